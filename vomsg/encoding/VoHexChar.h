@@ -1,0 +1,23 @@
+// Percent-hex ("%XX"), the escape of RFC 2231 parameter values.
+#pragma once
+
+#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/foundation/VoMsgExport.h"
+
+class VoMsgBufferedReader;
+class VoMsgBufferedWriter;
+class VoMsgResourceLocator;
+
+VOMSG_API extern const char hextable_char[17];
+VOMSG_API extern const char hextable[17];
+
+// The value of a hex digit of either case, else -1.
+VOMSG_API int hexCharToInt(int character);
+
+// Decodes the rest of `source`. kVoNoMemory: no writer; kVoDecodeFailed: a write failed.
+VOMSG_API VoErrorCode voDecodeHexChar(VoMsgResourceLocator* target, VoMsgBufferedReader* source);
+// Encodes all of `source`. kVoReadFailed: no reader; kVoEncodeFailed: a write failed.
+VOMSG_API VoErrorCode voEncodeHexChar(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source);
+// Directly between streams; kVoWriteFailed for any failure.
+VOMSG_API VoErrorCode voDecodeHexChar(VoMsgBufferedWriter* target, VoMsgBufferedReader* source);
+VOMSG_API VoErrorCode voEncodeHexChar(VoMsgBufferedWriter* target, VoMsgBufferedReader* source);

@@ -1,0 +1,164 @@
+// The base of everything in a message tree: MIME parts, messages, TNEF messages and their entities, attachments
+// embedded in text. It owns the tree links; parents own children. One thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/foundation/VoMsgBoundary.h"
+#include "vomsg/foundation/VoMsgExport.h"
+
+class VoMsgBufferedReader;
+class VoMsgBufferedWriter;
+class VoMsgHeaderField;
+class VoMsgResourceLocator;
+class VoMsgUserAddress;
+
+// Entity type ids: flags in the top bits, the kind in the low ones.
+inline constexpr std::uint32_t kVoEntityIsMessage = 0x20000000u;    // a message
+inline constexpr std::uint32_t kVoEntityIsContainer = 0x40000000u;  // holds a nested message or children of its own
+inline constexpr std::uint32_t kVoEntityMime = 1;                   // 0x40000001 when its first child is a message
+inline constexpr std::uint32_t kVoEntityRfc822Message = 0x20000002u;
+inline constexpr std::uint32_t kVoEntityEmbeded = 3;                // 0x40000003 when its first child is a message
+inline constexpr std::uint32_t kVoEntityMultiEmbeded = 0x80000004u;
+inline constexpr std::uint32_t kVoEntityTnef = 5;                   // 0x40000005 when it has children
+inline constexpr std::uint32_t kVoEntityTnefMessage = 0x20000006u;
+
+// How replaceTextContent treats the declared charset.
+enum VoMsgReplaceOption : int {
+  kVoReplaceKeepCharset = 0,  // convert to the declared charset when that loses nothing
+  kVoReplaceUseCharset = 1    // keep the bytes and declare the given charset
+};
+
+class VOMSG_API VoMsgEntity {
+ public:
+  VoMsgEntity(const VoMsgEntity&) = delete;
+  VoMsgEntity& operator=(const VoMsgEntity&) = delete;
+  virtual ~VoMsgEntity();  // destroys the subtree, without recursion
+
+  virtual std::uint32_t getEntityTypeID() const = 0;
+
+  // --- the tree. All pointers are borrowed; null where there is nothing.
+  virtual unsigned getIndex();            // position among the parent's children; 0 for a root
+  virtual unsigned getNestingLevel();     // enclosing messages, the tree's root not counted
+  virtual bool hasChildEntity() const;
+  virtual unsigned countChildEntity() const;
+  virtual VoMsgEntity* getParentEntity() const;
+  virtual VoMsgEntity* getNextSiblingEntity() const;
+  virtual VoMsgEntity* getChildEntity() const;
+  virtual VoMsgEntity* getChildEntityAt(unsigned i) const;
+
+  // The entity takes the child over unless the call fails. Removing destroys the child with its subtree.
+  // kVoBadArgument: null; kVoOutOfRange: no such place; kVoNoChildren: not a multipart.
+  virtual VoErrorCode appendChildEntity(VoMsgEntity* child) = 0;
+  virtual VoErrorCode insertChildEntityAt(VoMsgEntity* child, unsigned i) = 0;
+  virtual VoErrorCode removeChildEntityAt(unsigned i) = 0;
+
+  // --- header fields; first match, names without case. Returned texts and fields are borrowed.
+  virtual const char* getHeaderValue(const char* name, const char* charset) const = 0;
+  virtual const char* getRawHeaderValue(const char* name) const = 0;
+  virtual const char* getHeaderParameterValue(const char* name, const char* param, const char* charset) const = 0;
+  virtual const char* getRawHeaderParameterValue(const char* name, const char* param) const = 0;
+  // Sets the first field of that name, or appends one; its parameters stay. `value` is in `srcCharset` and is
+  // stored in `dstCharset` (null: in `srcCharset`).
+  virtual VoErrorCode setHeaderValue(const char* name, const char* value, const char* srcCharset,
+                                     const char* dstCharset) = 0;
+  virtual VoErrorCode setHeaderParameterValue(const char* name, const char* param, const char* value,
+                                              const char* srcCharset, const char* dstCharset) = 0;
+  virtual unsigned countHeaders() const = 0;
+  virtual VoMsgHeaderField* getHeaderAt(unsigned i) const = 0;
+  virtual VoMsgHeaderField* getHeader(const char* name) const = 0;
+  virtual VoErrorCode appendHeader(VoMsgHeaderField* field) = 0;
+  virtual VoErrorCode insertHeaderAt(VoMsgHeaderField* field, unsigned i) = 0;
+  virtual VoErrorCode removeHeaderAt(unsigned i) = 0;
+  virtual VoErrorCode removeHeader(const char* name) = 0;
+  virtual VoErrorCode removeHeaderParameter(const char* name, const char* param) = 0;
+
+  // --- what the content is. Null where nothing is declared.
+  virtual const char* getContentType() const = 0;
+  virtual const char* getCharset() const = 0;
+  virtual const char* getEncoding() const = 0;
+  virtual const char* getFileName(const char* charset) const = 0;  // as in the mail: never trust it as a path
+  virtual unsigned getContentSize() const = 0;                     // bytes of the decoded content
+
+  // --- content. Getters report through `err` and return a resource that the entity keeps (borrowed, valid until
+  // the content changes); with a `target` the content goes there and the target is returned. Null on failure.
+  virtual const VoMsgResourceLocator* getContent(int& err, const VoMsgResourceLocator* target) = 0;
+  virtual const VoMsgResourceLocator* getTextContent(int& err, const VoMsgResourceLocator* target,
+                                                     const char* charset) = 0;
+  virtual const VoMsgResourceLocator* getRawContent(int& err, const VoMsgResourceLocator* target) = 0;
+  // Setters copy what they need at once; the caller keeps its resource. They return a VoErrorCode.
+  virtual VoErrorCode setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding) = 0;
+  virtual VoErrorCode setTextContent(VoMsgResourceLocator* content, const char* contentType, const char* charset) = 0;
+  virtual VoErrorCode setRawContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding) = 0;
+  virtual VoErrorCode replaceContent(VoMsgResourceLocator* content, const char* encoding) = 0;
+  virtual VoErrorCode replaceTextContent(VoMsgResourceLocator* content, const char* charset,
+                                         VoMsgReplaceOption option) = 0;
+  virtual bool isMultipartEntity() const = 0;
+
+  // --- classification. isContentType is a prefix test on purpose: ("multipart", null) accepts every multipart.
+  virtual bool isContentType(const char* type, const char* subtype) const;
+  virtual bool isSignedPart();
+  virtual bool isEncryptedPart();
+  virtual bool isModified();  // a caller changed something in this subtree
+
+  // --- addresses of From, To, Cc and BCC. Entities without addresses: 0, null, kVoNotSupported.
+  virtual unsigned countUserAddress(const char* name) const;
+  virtual VoMsgUserAddress* getUserAddressAt(const char* name, unsigned i) const;
+  virtual VoErrorCode appendUserAddress(const char* name, VoMsgUserAddress* address);
+  virtual VoErrorCode appendUserAddress(const char* name, const char* address);
+  virtual VoErrorCode insertUserAddressAt(const char* name, VoMsgUserAddress* address, unsigned i);
+  virtual VoErrorCode insertUserAddressAt(const char* name, const char* address, unsigned i);
+  virtual VoErrorCode removeUserAddressAt(const char* name, unsigned i);
+
+  virtual void dumpEntityInf(std::FILE* out) = 0;
+  virtual void _dumpEntityInf(std::FILE* out);
+  virtual VoMsgEntity* createWrapperEntity();  // null where an entity needs no wrapper
+
+  virtual VoErrorCode setFileName(const char* name) = 0;
+  virtual VoErrorCode setContentType(const char* contentType) = 0;
+  virtual VoErrorCode setAttachment(VoMsgResourceLocator* content) = 0;
+  virtual unsigned getResourceSize(VoMsgResourceLocator* resource) = 0;
+  virtual VoErrorCode appendEntity(VoMsgEntity* entity) = 0;
+
+  virtual const VoMsgResourceLocator* _getContent(int& err, const VoMsgResourceLocator* target) = 0;
+  virtual const VoMsgResourceLocator* _getRawContent(int& err, const VoMsgResourceLocator* target) = 0;
+  virtual const VoMsgResourceLocator* _getTextContent(int& err, const VoMsgResourceLocator* target,
+                                                      const char* charset) = 0;
+  virtual bool _isMultiEmbededEntity();
+  virtual VoErrorCode copy(VoMsgEntity* from) = 0;  // becomes a copy of one entity of the same kind, without children
+  // The opened reader that this entity's bytes come from; borrowed. Null with success where there is none.
+  virtual VoMsgBufferedReader* getContextSource(int& err);
+
+  virtual VoErrorCode _readHeaderPart(const char* defaultCharset) = 0;
+  virtual VoErrorCode _readBodyPart(VoMsgBoundaryType& end) = 0;
+  virtual VoErrorCode _writeBoundarySeparator(VoMsgBufferedWriter* writer, bool first) = 0;
+  virtual VoErrorCode _writeBoundaryBegin(VoMsgBufferedWriter* writer);
+  virtual VoErrorCode _writeBoundaryEnd(VoMsgBufferedWriter* writer);
+  virtual VoErrorCode _writeToResource(VoMsgBufferedWriter* writer) = 0;
+  virtual VoErrorCode _writeEntityToResource(VoMsgEntity* entity, VoMsgBufferedWriter* writer);
+  virtual bool _isModified() = 0;  // a caller changed this very entity: its header, its body, its list of children
+  virtual const char* _getEntityName() = 0;
+  virtual const char* _getUUIDString();  // the log tag of the message around this entity; never null
+
+  std::uint32_t getEntityID() const { return mEntityID; }  // unique in the process, from 1
+  // The first entity with that id in document order, from this entity on; null when there is none.
+  VoMsgEntity* getChildEntityByID(std::uint32_t id);
+
+ protected:
+  VoMsgEntity();
+
+  // The tree rules that the public operations of every kind are built on; they mark nothing as changed.
+  void _appendChild(VoMsgEntity* child);  // with its whole chain of siblings
+  bool _insertChildAt(VoMsgEntity* child, unsigned i);
+  bool _removeChildAt(unsigned i);
+  void _freeTree();  // destroys every descendant
+
+  VoMsgEntity* mpParent = nullptr;
+  VoMsgEntity* mpSibling = nullptr;
+  VoMsgEntity* mpCild = nullptr;
+  std::uint32_t mReserved = 0;  // for the kinds' own use
+  std::uint32_t mEntityID;
+  VoMsgEntity* mpLastChild = nullptr;  // so that appending never walks the children
+};

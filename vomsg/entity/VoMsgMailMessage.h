@@ -1,0 +1,71 @@
+// A message: the host's handle on an entity tree and on the resource it was read from.
+#pragma once
+
+#include "vomsg/entity/VoMsgEntity.h"
+#include "vomsg/foundation/VoObjectStub.h"
+#include "vomsg/foundation/VoUUID.h"
+
+class VoMsgMailSessionInfo;
+
+// Where a disclaimer goes; any other value counts as bottom.
+enum VoMsgDisclaimerPosition_e : int { kVoDisclaimerTop = 1, kVoDisclaimerBottom = 2 };
+
+// The option bits of insertDisclaimerMessage.
+enum VoMsgDisclaimerOption_e : int {
+  kVoDisclaimerModeMask = 0x03,
+  kVoDisclaimerBody = 0,              // insert into the existing body
+  kVoDisclaimerNewBody = 1,           // a body of its own
+  kVoDisclaimerWrap = 2,              // wrap the message
+  kVoDisclaimerWrapNew = 3,           // wrap it under a fresh header
+  kVoDisclaimerHtml = 0x04,           // insert into HTML mail too, instead of wrapping it
+  kVoDisclaimerWrapOnRefusal = 0x08,  // kVoDisclaimerRefused falls back to wrapping
+  kVoDisclaimerTnefOk = 0x10,         // TNEF children do not force wrapping
+  kVoDisclaimerTnefNewBody = 0x40,    // TNEF children force mode 1 at the bottom instead of mode 3
+  kVoDisclaimerAttach = 0x80          // attach the disclaimer wherever a wrap would happen
+};
+
+class VOMSG_API VoMsgMailMessage : public virtual VoMsgEntity {
+ public:
+  ~VoMsgMailMessage() override;
+
+  // An independent copy, yours; it may outlive this message. Null on failure.
+  virtual VoMsgMailMessage* split() = 0;
+  // Reads the message in `source`, once per object. The resource is taken over: the message, its copies and what was
+  // parsed from it share it, and the last of them deletes it; it must come from new. After a failure the tree read
+  // so far stays usable and an unedited write still gives the source back.
+  virtual VoErrorCode readFrom(VoMsgResourceLocator* source) = 0;
+  virtual VoErrorCode readMailHeaderFrom(VoMsgResourceLocator* source) = 0;
+  virtual VoErrorCode readMailBodyFrom(VoMsgResourceLocator* source) = 0;
+  // Writes the message to `target`, which must not be its own source (kVoBadArgument, nothing is touched).
+  virtual VoErrorCode writeTo(VoMsgResourceLocator* target) = 0;
+  virtual VoMsgMailSessionInfo* getSessionInfo() = 0;
+  virtual void setSessionInfo(VoMsgMailSessionInfo* info) = 0;  // borrowed
+  // Adds a disclaimer. On success the message takes `disclaimer` over and deletes it; on failure the caller
+  // keeps it. `preferCharset` null means "utf-8".
+  virtual VoErrorCode insertDisclaimerMessage(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
+                                              int option, const char* srcCharset, const char* preferCharset) = 0;
+  virtual void* getUserData() = 0;
+  virtual void setUserData(void* data) = 0;
+  virtual VoErrorCode stripSignaturePart() = 0;
+  virtual VoErrorCode _isPartialMessage() = 0;
+  virtual VoErrorCode _copyEntity(VoMsgEntity* from, VoMsgEntity* to) = 0;
+  virtual VoErrorCode _readEntityBodyPart(VoMsgEntity* entity, VoMsgBoundaryType& end) = 0;
+
+  // The deepest nesting level that is still extracted.
+  static int mMaxExtractLevel;
+  static int getMaxExtractLevel() { return mMaxExtractLevel; }
+
+  const char* _getUUIDString() override;
+  const VoUUID_t& getUUID() const { return mUUID; }
+
+ protected:
+  VoMsgMailMessage();                             // a new UUID
+  explicit VoMsgMailMessage(const VoUUID_t* uuid);  // null: a new one
+
+  VoObjectStub<VoMsgResourceLocator> mSource;
+  VoMsgMailSessionInfo* mpSessionInfo = nullptr;
+  void* mpUserData = nullptr;
+  int mEndPosition = 0;
+  VoUUID_t mUUID;
+  char mUUIDString[37];
+};

@@ -1,0 +1,44 @@
+// The resource that a message's entities are read from, and the one reader they share. Entities hold it by a
+// VoObjectStub, so a copy may outlive the message it came from.
+#pragma once
+
+#include <memory>
+
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoObjectStub.h"
+
+namespace vomsg::detail {
+
+class MessageSource {
+ public:
+  explicit MessageSource(const VoObjectStub<VoMsgResourceLocator>& resource);
+  ~MessageSource();
+
+  VoMsgResourceLocator* resource() const { return mResource.getObject(); }
+  // The reader, made when it is first asked for and opened when it is closed; borrowed. Null when the resource
+  // cannot be read.
+  VoMsgBufferedReader* openReader();
+  void closeReader();
+
+ private:
+  VoObjectStub<VoMsgResourceLocator> mResource;
+  std::unique_ptr<VoMsgBufferedReader> mpReader;
+};
+
+// Keeps the reader open while it lives; closes it at the end when it was closed before.
+class OpenSource {
+ public:
+  explicit OpenSource(MessageSource* source);
+  ~OpenSource();
+  OpenSource(const OpenSource&) = delete;
+  OpenSource& operator=(const OpenSource&) = delete;
+  VoMsgBufferedReader* reader() const { return mpReader; }
+
+ private:
+  MessageSource* mpSource;
+  VoMsgBufferedReader* mpReader = nullptr;
+  bool mWasOpen = false;
+};
+
+}  // namespace vomsg::detail

@@ -1,0 +1,143 @@
+// A MIME entity (RFC 2045, RFC 2046): a header block and a body cut out of a message's source. After parsing it
+// knows ranges only; fields and bodies become objects when somebody asks for them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "vomsg/entity/VoMsgEntity.h"
+#include "vomsg/entity/VoMsgEntityBody.h"
+#include "vomsg/foundation/VoObjectStub.h"
+#include "vomsg/header/VoMsgEntityHeader.h"
+
+class VoMsgSingleBody;
+class VoMsgMultipartBody;
+namespace vomsg::detail {
+class MessageSource;
+class MessageParser;
+class MessageWriter;
+class ContentEditor;
+}  // namespace vomsg::detail
+
+class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
+ public:
+  ~VoMsgRfc822Entity() override;
+
+  VoErrorCode appendChildEntity(VoMsgEntity* child) override;
+  VoErrorCode insertChildEntityAt(VoMsgEntity* child, unsigned i) override;
+  VoErrorCode removeChildEntityAt(unsigned i) override;
+
+  const char* getHeaderValue(const char* name, const char* charset) const override;
+  const char* getRawHeaderValue(const char* name) const override;
+  const char* getHeaderParameterValue(const char* name, const char* param, const char* charset) const override;
+  const char* getRawHeaderParameterValue(const char* name, const char* param) const override;
+  VoErrorCode setHeaderValue(const char* name, const char* value, const char* srcCharset,
+                             const char* dstCharset) override;
+  VoErrorCode setHeaderParameterValue(const char* name, const char* param, const char* value, const char* srcCharset,
+                                      const char* dstCharset) override;
+  unsigned countHeaders() const override;
+  VoMsgHeaderField* getHeaderAt(unsigned i) const override;
+  VoMsgHeaderField* getHeader(const char* name) const override;
+  VoErrorCode appendHeader(VoMsgHeaderField* field) override;
+  VoErrorCode insertHeaderAt(VoMsgHeaderField* field, unsigned i) override;
+  VoErrorCode removeHeaderAt(unsigned i) override;
+  VoErrorCode removeHeader(const char* name) override;
+  VoErrorCode removeHeaderParameter(const char* name, const char* param) override;
+  VoErrorCode removeHeaderParameterAt(const char* name, unsigned i);
+
+  const char* getContentType() const override;  // "text/plain" as written, without parameters
+  const char* getCharset() const override;
+  const char* getEncoding() const override;
+  const char* getFileName(const char* charset) const override;
+  unsigned getContentSize() const override;
+  const char* getBoundary() const;
+
+  const VoMsgResourceLocator* getContent(int& err, const VoMsgResourceLocator* target) override;
+  const VoMsgResourceLocator* getTextContent(int& err, const VoMsgResourceLocator* target,
+                                             const char* charset) override;
+  const VoMsgResourceLocator* getRawContent(int& err, const VoMsgResourceLocator* target) override;
+  VoErrorCode setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding) override;
+  VoErrorCode setTextContent(VoMsgResourceLocator* content, const char* contentType, const char* charset) override;
+  VoErrorCode setRawContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding) override;
+  VoErrorCode replaceContent(VoMsgResourceLocator* content, const char* encoding) override;
+  VoErrorCode replaceTextContent(VoMsgResourceLocator* content, const char* charset,
+                                 VoMsgReplaceOption option) override;
+  bool isMultipartEntity() const override;
+
+  bool isModified() override;
+
+  unsigned countUserAddress(const char* name) const override;
+  VoMsgUserAddress* getUserAddressAt(const char* name, unsigned i) const override;
+  VoErrorCode appendUserAddress(const char* name, VoMsgUserAddress* address) override;
+  VoErrorCode appendUserAddress(const char* name, const char* address) override;
+  VoErrorCode insertUserAddressAt(const char* name, VoMsgUserAddress* address, unsigned i) override;
+  VoErrorCode insertUserAddressAt(const char* name, const char* address, unsigned i) override;
+  VoErrorCode removeUserAddressAt(const char* name, unsigned i) override;
+
+  void dumpEntityInf(std::FILE* out) override;
+
+  VoErrorCode setFileName(const char* name) override;
+  VoErrorCode setContentType(const char* contentType) override;
+  VoErrorCode setAttachment(VoMsgResourceLocator* content) override;
+  unsigned getResourceSize(VoMsgResourceLocator* resource) override;
+  VoErrorCode appendEntity(VoMsgEntity* entity) override;
+
+  const VoMsgResourceLocator* _getContent(int& err, const VoMsgResourceLocator* target) override;
+  const VoMsgResourceLocator* _getRawContent(int& err, const VoMsgResourceLocator* target) override;
+  const VoMsgResourceLocator* _getTextContent(int& err, const VoMsgResourceLocator* target,
+                                              const char* charset) override;
+  VoErrorCode copy(VoMsgEntity* from) override;
+  VoMsgBufferedReader* getContextSource(int& err) override;
+
+  VoErrorCode _readHeaderPart(const char* defaultCharset) override;
+  VoErrorCode _readBodyPart(VoMsgBoundaryType& end) override;
+  VoErrorCode _writeBoundarySeparator(VoMsgBufferedWriter* writer, bool first) override;
+  VoErrorCode _writeBoundaryBegin(VoMsgBufferedWriter* writer) override;
+  VoErrorCode _writeBoundaryEnd(VoMsgBufferedWriter* writer) override;
+  VoErrorCode _writeToResource(VoMsgBufferedWriter* writer) override;
+  bool _isModified() override;
+
+  // Where the entity lies in the resource it is read from.
+  unsigned getHeaderOffset() const { return mHeaderOffset; }
+  unsigned getHeaderSize() const { return mHeaderSize; }
+  unsigned getBodyOffset() const { return mBodyOffset; }
+  unsigned getBodySize() const { return mBodySize; }
+  // How text without conversion losses would be read: the charset declared, detected or assumed for the text
+  // content, for hosts that want to show it. The name is borrowed until the next call.
+  enum class CharsetOrigin : std::uint8_t { declared, detected, assumed };
+  const char* getTextCharset(CharsetOrigin& origin);
+
+  // The header block; made from the source on first use. Borrowed, never null.
+  VoMsgEntityHeader* getEntityHeader() const;
+
+ protected:
+  VoMsgRfc822Entity();
+
+  friend class vomsg::detail::MessageParser;
+  friend class vomsg::detail::MessageWriter;
+  friend class vomsg::detail::ContentEditor;
+
+  VoMsgEntityHeader* _changeableHeader();  // not shared with a copy any more
+  VoMsgEntityBody* _body() const;
+  VoMsgSingleBody* _singleBody() const;  // null for a multipart
+  // Makes a new body when there is none, when it is shared, or when it is of the other kind.
+  VoMsgEntityBody* _createEntityBody(bool multipart);
+  VoErrorCode _changeSingleToMulti();
+  bool _hasEditedSubtree();
+
+  mutable VoObjectStub<VoMsgEntityHeader> mHeader;  // empty until asked for
+  mutable VoObjectStub<VoMsgEntityBody> mBody;      // empty until asked for
+  VoObjectStub<vomsg::detail::MessageSource> mMessageSource;
+  std::uint32_t mHeaderOffset = 0;
+  std::uint32_t mHeaderSize = 0;
+  std::uint32_t mBodyOffset = 0;
+  std::uint32_t mBodySize = 0;
+  bool mHasHeaderRange : 1;      // the block lies in the source
+  bool mHasBodyRange : 1;        // the body lies in the source
+  bool mIsMultipartBody : 1;     // the body was cut into children
+  bool mUnterminatedHeader : 1;  // no empty line ended the block
+  bool mIsChildHeader : 1;       // the limits of blocks below the top level apply
+  bool mChildrenChanged : 1;     // a caller appended, inserted or removed children
+  bool mBelowSigned : 1;         // lies below a multipart/signed as it was parsed
+  bool mSubtreeMarked : 1;       // a block in the subtree carries a parser's mark
+};

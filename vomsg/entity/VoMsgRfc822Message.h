@@ -1,0 +1,66 @@
+// An Internet message (RFC 5322, RFC 2045): the root of its own tree, or nested in a message/rfc822 part.
+#pragma once
+
+#include "vomsg/entity/VoMsgMailMessage.h"
+#include "vomsg/entity/VoMsgRfc822Entity.h"
+
+class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822Entity {
+ public:
+  VoMsgRfc822Message();                             // empty, with a UUID of its own
+  explicit VoMsgRfc822Message(const VoUUID_t* uuid);  // `uuid` tags the message's log lines
+  explicit VoMsgRfc822Message(VoMsgEntity* parent);   // nested; the caller links it
+  ~VoMsgRfc822Message() override;
+  std::uint32_t getEntityTypeID() const override;
+  const char* _getEntityName() override;
+  const char* _getUUIDString() override;
+
+  VoMsgMailMessage* split() override;
+  VoErrorCode readFrom(VoMsgResourceLocator* source) override;
+  VoErrorCode readMailHeaderFrom(VoMsgResourceLocator* source) override;  // the same as readFrom
+  VoErrorCode readMailBodyFrom(VoMsgResourceLocator* source) override;    // the same as readFrom
+  VoErrorCode writeTo(VoMsgResourceLocator* target) override;
+  VoMsgMailSessionInfo* getSessionInfo() override;
+  void setSessionInfo(VoMsgMailSessionInfo* info) override;
+  VoErrorCode insertDisclaimerMessage(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
+                                      int option, const char* srcCharset, const char* preferCharset) override;
+  void* getUserData() override;
+  void setUserData(void* data) override;
+  VoErrorCode stripSignaturePart() override;
+  VoErrorCode _isPartialMessage() override;
+  VoErrorCode _copyEntity(VoMsgEntity* from, VoMsgEntity* to) override;
+  VoErrorCode _readEntityBodyPart(VoMsgEntity* entity, VoMsgBoundaryType& end) override;
+
+  VoErrorCode copy(VoMsgEntity* from) override;
+  VoErrorCode _copyMessage(VoMsgEntity* from);  // the whole tree of `from` becomes this message's
+  VoErrorCode _writeToResource(VoMsgBufferedWriter* writer) override;
+  // The entity that holds the main text: the first inline text part outside nested messages, plain text before
+  // HTML unless `preferHtml`. Null when there is none.
+  VoMsgEntity* _findMessageBody(bool preferHtml);
+  static bool _isTnefMessage(VoMsgEntity* entity);
+  void dumpMessageInf(std::FILE* out);
+
+  // Predicates of message editing; see docs/editing.md.
+  static bool _isAttachment(VoMsgEntity* entity);
+  static bool _isAlternative(VoMsgEntity* entity);
+  static bool _isParentAlternative(VoMsgEntity* entity);
+  bool _hasAlternative();
+  bool _isTextCalendar(VoMsgEntity* entity);
+  bool _hasTextCalendar();
+
+  // The steps of insertDisclaimerMessage, one for each way to add a disclaimer.
+  VoErrorCode _defaultDisclaimerMessage(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
+                                        const char* srcCharset, const char* preferCharset);
+  VoErrorCode _defaultDisclaimerMessageHTML(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
+                                            const char* srcCharset, const char* preferCharset);
+  VoErrorCode _defaultDisclaimerMessageTextCalendar(VoMsgDisclaimerPosition_e position,
+                                                    VoMsgResourceLocator* disclaimer, const char* srcCharset,
+                                                    const char* preferCharset);
+  VoErrorCode _newDisclaimerMessage(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
+                                    const char* srcCharset, const char* preferCharset);
+  VoErrorCode _wrapDisclaimerMessage(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
+                                     const char* srcCharset, const char* preferCharset);
+  VoErrorCode _wrapNewDisclaimerMessage(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
+                                        const char* srcCharset, const char* preferCharset);
+  VoErrorCode _DisclaimerMessageAttachment(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
+                                           const char* srcCharset, const char* preferCharset);
+};

@@ -1,0 +1,40 @@
+// The body of a leaf: a range of the source, or replacement content that is already transfer-encoded.
+#pragma once
+
+#include <memory>
+
+#include "vomsg/entity/VoMsgEntityBody.h"
+#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/foundation/VoMsgResourceLocator.h"
+
+class VoMsgBufferedReader;
+
+class VOMSG_API VoMsgSingleBody : public VoMsgEntityBody {
+ public:
+  VoMsgSingleBody();
+  ~VoMsgSingleBody() override;
+  bool isMultipart() const override;
+  void dumpEntityBody(std::FILE* out) const override;
+
+  // The decoded content. Without a target (null) `resource` becomes the body's own decoded copy (borrowed), which
+  // later calls hand out again; with one, the content goes there. `encoding` may be null; unknown ones copy.
+  // kVoNoContent: the body is empty; kVoReadFailed: the bytes cannot be read; kVoWriteFailed: no target.
+  VoErrorCode getContent(VoMsgBufferedReader* reader, const char* encoding, const VoMsgResourceLocator*& resource);
+  // The body as it stands, still encoded.
+  VoErrorCode getRawContent(VoMsgBufferedReader* reader, const VoMsgResourceLocator*& resource);
+  // Bytes of the decoded content, counted without keeping them.
+  VoErrorCode countContent(VoMsgBufferedReader* reader, const char* encoding, unsigned& size);
+
+  // Replaces the body by encoded bytes; the resource is taken over.
+  void setNewContent(std::unique_ptr<VoMsgResourceLocator> encoded);
+  const VoMsgResourceLocator* getNewContent() const { return mpNewContent.get(); }
+  void dropDecodedCopies();
+
+ private:
+  template <class Sink>
+  VoErrorCode withEncodedBytes(VoMsgBufferedReader* reader, Sink&& sink) const;
+
+  std::unique_ptr<VoMsgResourceLocator> mpNewContent;
+  std::unique_ptr<VoMsgResourceLocator> mpDecoded;
+  std::unique_ptr<VoMsgResourceLocator> mpRaw;
+};

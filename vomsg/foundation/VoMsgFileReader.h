@@ -1,0 +1,31 @@
+// Reads a regular file.
+#pragma once
+
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+
+class VOMSG_API VoMsgFileReader : public VoMsgBufferedReader {
+ public:
+  // `fileName` is copied; the file is opened by open().
+  VoMsgFileReader(const char* fileName, unsigned bufferSize);
+  bool open() override;  // false for anything but a readable regular file
+  void close() override;
+  bool isOpen() override;
+  unsigned getOffset() override;
+  bool seek(long delta) override;
+  long rseek(long offset, int whence) override;
+  bool ungetChar() override;
+  unsigned getSize() override;  // opens the file for the moment when it is closed
+  ~VoMsgFileReader() override;
+  int readBuffer() override;
+
+  const char* getFileName() const { return mpFileName; }
+  void unlink();  // closes and removes the file
+
+ private:
+  bool moveTo(long long position);
+
+  int mFile = -1;
+  char* mpFileName;
+  unsigned mFileOffset = 0;  // bytes taken from the file so far: the position of mpEnd
+  unsigned mFileSize = 0;
+};

@@ -1,0 +1,29 @@
+// Exported operations are walls: what throws inside becomes a code there.
+#pragma once
+
+#include <utility>
+
+#include "vomsg/foundation/VoErrorCode.h"
+
+namespace vomsg::detail {
+
+template <class Body>
+VoErrorCode guarded(Body&& body) noexcept {
+  try {
+    return std::forward<Body>(body)();
+  } catch (...) {
+    return kVoNoMemory;
+  }
+}
+
+// The same for operations that answer with a value: `fallback` is the answer when memory runs out.
+template <class Value, class Body>
+Value guardedOr(Value fallback, Body&& body) noexcept {
+  try {
+    return std::forward<Body>(body)();
+  } catch (...) {
+    return fallback;
+  }
+}
+
+}  // namespace vomsg::detail

@@ -1,0 +1,28 @@
+// The process-wide limits and options. Plain globals without locks: set them before the first message.
+#pragma once
+
+#include "vomsg/foundation/VoMsgExport.h"
+
+VOMSG_API extern int MaxEntityHeaders;          // header fields per block; more fail with kVoMalformed; <= 0: no limit
+VOMSG_API extern int MaxHeaderAddress;          // addresses per From, To, Cc or Bcc; <= 0: no limit
+VOMSG_API extern int MaxHeaderParams;           // parameters per field; exactly this many fail already; <= 0: no limit
+VOMSG_API extern bool NoMaxAddressForChild;     // no address limit below the top level
+VOMSG_API extern int VoMsgExtraOption;          // the bits below
+
+// Mask values of VoMsgExtraOption.
+inline constexpr int kVoOptionEncodeDot = 1;            // quoted-printable writes "." as "=2E"
+inline constexpr int kVoOptionKeepFoldSpace = 4;        // unfolding drops a leading tab, but keeps a leading space
+inline constexpr int kVoOptionStrictUUEncode = 8;       // uuencoded lines must hold whole groups
+inline constexpr int kVoOptionRawSubject = 16;          // Subject is written exactly as stored
+inline constexpr int kVoOptionNoChildHeaderLimit = 32;  // no header-count limit below the top level
+inline constexpr int kVoOptionNoChildParamLimit = 64;   // no parameter-count limit below the top level
+
+// A negative limit restores 100; 0 switches the limit off.
+VOMSG_API void VoMsgSetMaxEntityHeaders(int limit);
+VOMSG_API void VoMsgSetMaxHeaderAddress(int limit);
+VOMSG_API void VoMsgSetMaxHeaderParams(int limit);
+VOMSG_API void VoMsgSetNoMaxAddressForChild(bool noLimit);
+// ORs `bits` into VoMsgExtraOption; bits are never cleared.
+VOMSG_API void VoMsgSetExtraOption(int bits);
+// Sets kVoOptionEncodeDot when the lowest bit of `flag` is set; does nothing otherwise.
+VOMSG_API void VoMsgSetEncodeDot(int flag);

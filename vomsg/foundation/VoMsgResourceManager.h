@@ -1,0 +1,42 @@
+// Makes temporary resources: in memory while they are small and the total allows, else in a temporary file.
+#pragma once
+
+#include "vomsg/foundation/VoMsgCString.h"
+#include "vomsg/foundation/VoMsgExport.h"
+
+class VoMsgResourceLocator;
+
+class VOMSG_API VoMsgResourceManager {
+ public:
+  static VoMsgResourceManager instance;
+
+  // The directory for temporary files, ending in "/"; null: the system's own. The path is copied.
+  static const char* getTmpDirPath();
+  static void setTmpDirPath(const char* path);
+  // The largest temporary resource kept in memory; never below 1 MiB.
+  static unsigned getMaxMemoryResourceSize();
+  static void setMaxMemoryResourceSize(unsigned size);
+  // The limit of all temporary resources in memory; never below 32 MiB.
+  static unsigned getTotalAllocateMemoryLimit();
+  static void setTotalAllocateMemoryLimit(unsigned limit);
+  static unsigned currentAllocateMemorySize();
+
+  // A path "VOMSG_..." that nobody can predict and nothing stands on yet; the caller frees it. Null when the
+  // directory cannot be used.
+  static char* createTmpFilePath();
+  // A temporary file resource, made exclusively with mode 0600 when its first stream opens. Yours; null on failure.
+  static VoMsgResourceLocator* createTmpFileResource();
+  // A temporary resource for `size` bytes; size 0 always gives a file. Yours; null on failure.
+  static VoMsgResourceLocator* createTmpResource(unsigned size);
+  // Gives the memory of a temporary resource back to the budget.
+  static void freeTmpResource(VoMsgResourceLocator* resource);
+
+ private:
+  VoMsgResourceManager();
+  ~VoMsgResourceManager();
+
+  vomsg::detail::CString mTmpDirPath;
+  unsigned mMaxMemoryResourceSize;
+  unsigned mAllocated;
+  unsigned mTotalLimit;
+};

@@ -1,0 +1,42 @@
+// A handle on a shared object: the last handle deletes it. Handles are values and members; ask
+// countReference() before you change what others may share. Not for several threads.
+#pragma once
+
+#include "vomsg/foundation/VoObjectRef.h"
+
+template <class T>
+class VoObjectStub {
+ public:
+  VoObjectStub() = default;                                          // empty
+  explicit VoObjectStub(T* object) : mpRef(new VoObjectRef<T>(object)) {}  // takes the object over
+  VoObjectStub(const VoObjectStub& other) : mpRef(other.mpRef) {
+    if (mpRef) ++mpRef->mCount;
+  }
+  VoObjectStub& operator=(const VoObjectStub& other) {
+    if (other.mpRef) ++other.mpRef->mCount;
+    free();
+    mpRef = other.mpRef;
+    return *this;
+  }
+  ~VoObjectStub() { free(); }
+
+  // A further handle on the same object, on the heap; the caller deletes it.
+  VoObjectStub* copy() const { return new VoObjectStub(*this); }
+
+  // Lets go of the object, which dies with its last handle. The handle is empty afterwards.
+  void free() {
+    if (mpRef && --mpRef->mCount == 0) delete mpRef;
+    mpRef = nullptr;
+  }
+  T* getObject() const { return mpRef ? mpRef->mpObject : nullptr; }      // borrowed; null when empty
+  int countReference() const { return mpRef ? mpRef->mCount : 0; }
+  // Lets go of the present object and becomes the first handle of `object`, which it takes over.
+  void setNewObject(T* object) {
+    VoObjectRef<T>* const ref = new VoObjectRef<T>(object);
+    free();
+    mpRef = ref;
+  }
+
+ private:
+  VoObjectRef<T>* mpRef = nullptr;
+};

@@ -1,0 +1,105 @@
+// The header block of one entity: its fields, the addresses of From, To, Cc and Bcc, and how it is written back:
+// unchanged blocks byte for byte, changed ones anew, folded at 76 columns (RFC 5322, section 2.1.1).
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/foundation/VoMsgBoundary.h"
+#include "vomsg/foundation/VoMsgExport.h"
+#include "vomsg/header/VoMsgHeaderField.h"
+#include "vomsg/header/VoMsgUserAddress.h"
+
+class VoMsgBufferedReader;
+class VoMsgBufferedWriter;
+namespace vomsg::detail {
+struct StructuredValue;
+class HeaderBlockBuilder;
+enum class HeaderMark : std::uint8_t;
+}  // namespace vomsg::detail
+
+class VOMSG_API VoMsgEntityHeader {
+ public:
+  VoMsgEntityHeader();
+  ~VoMsgEntityHeader();
+  VoMsgEntityHeader(const VoMsgEntityHeader&) = delete;
+  VoMsgEntityHeader& operator=(const VoMsgEntityHeader&) = delete;
+
+  VoMsgEntityHeader* newCopy() const;  // deep; yours; an edited block stays edited
+  void dumpEntityHeader(std::FILE* out) const;
+
+  // Reads the block at the reader's position, to its empty line or to a delimiter in force (which is left to the
+  // next reader). kVoReadFailed: no reader; kVoMalformed: a limit was passed, the fields so far stay.
+  VoErrorCode parseHeaderPart(VoMsgBufferedReader* reader, const char* defaultCharset, VoMsgBoundaryList* boundaries);
+  // One unfolded line without its terminator, for free(); null at the end of the data.
+  char* getNextLine(VoMsgBufferedReader* reader);
+  // Adds the field of one logical line. kVoMalformed: a limit was passed.
+  VoErrorCode parseHeaderLine(const char* line, const char* defaultCharset);
+  // A field of a structured header with its parameters; yours. Null when name or value is null.
+  VoMsgHeaderField* createHeader(const char* name, const char* value, const char* defaultCharset);
+  static bool isStructuredHeader(const char* name);
+
+  unsigned getHeaderOffset() const { return mHeaderOffset; }
+  unsigned getHeaderSize() const { return mHeaderSize; }
+  void setHeaderRange(unsigned offset, unsigned size);
+
+  unsigned countHeaders() const;
+  VoMsgHeaderField* getHeaderAt(unsigned i) const;         // borrowed; null past the end
+  VoMsgHeaderField* getHeader(const char* name) const;     // the first of that name; null for null
+  // The block takes the field over unless the call fails.
+  VoErrorCode appendHeader(VoMsgHeaderField* field);
+  VoErrorCode insertHeaderAt(VoMsgHeaderField* field, unsigned i);  // before the i-th; an empty list takes 0 only
+  VoErrorCode removeHeaderAt(unsigned i);
+  VoErrorCode removeHeader(const char* name);  // every field of that name; succeeds when there is none
+
+  // Addresses by header name: "From", "To", "Cc" or "BCC". Other names: count 0, null, kVoBadArgument.
+  unsigned countAddress(const char* name) const;
+  VoMsgUserAddress* getAddressAt(const char* name, unsigned i) const;
+  VoErrorCode appendAddress(const char* name, const char* text);
+  VoErrorCode appendAddress(const char* name, VoMsgUserAddress* address);
+  VoErrorCode insertAddressAt(const char* name, const char* text, unsigned i);
+  VoErrorCode insertAddressAt(const char* name, VoMsgUserAddress* address, unsigned i);
+  VoErrorCode removeAddressAt(const char* name, unsigned i);
+  VoErrorCode setAddressList(const char* name, const char* text);
+
+  // The block or a field must be written anew: a caller changed it or the parser marked it.
+  bool isNewHeader() const;
+  // A caller changed the block or a field of it; what the parser marked does not count.
+  bool isEdited() const;
+  void setEdited() { mIsNewHeader = mIsEdited = true; }
+  // The parser's mark: the first reason and the source offset of the line that caused it.
+  void setMark(vomsg::detail::HeaderMark mark, unsigned offset);
+  vomsg::detail::HeaderMark getMark() const { return mMark; }
+  unsigned getMarkOffset() const { return mMarkOffset; }
+
+  bool isChild() const { return mIsChild; }
+  void setChild(bool child) { mIsChild = child; }
+
+  // Writes the block: anew when isNewHeader(), else from the source.
+  VoErrorCode writeHeaderPart(VoMsgBufferedReader* reader, VoMsgBufferedWriter* writer);
+  VoErrorCode writeHeaderPartFromSource(VoMsgBufferedReader* reader, VoMsgBufferedWriter* writer);
+  VoErrorCode writeNewHeaderPart(VoMsgBufferedWriter* writer);
+
+  // For the message parser: builds the fields of a block that surveyHeaderBlock has passed, given its bytes, without
+  // testing the limits again; range and marks are set by the caller.
+  VoErrorCode parseSurveyedBlock(std::string_view block, const char* defaultCharset);
+
+ private:
+  friend class vomsg::detail::HeaderBlockBuilder;
+
+  unsigned mHeaderOffset = 0;
+  unsigned mHeaderSize = 0;
+  std::vector<std::unique_ptr<VoMsgHeaderField>> mpHeaderList;
+  std::array<std::vector<std::unique_ptr<VoMsgUserAddress>>, 4> mAddressLists;  // From, To, Cc, Bcc
+  bool mIsNewHeader = false;
+  bool mIsChild = false;
+  bool mIsEdited = false;
+  bool mAddressEdited[4] = {false, false, false, false};
+  vomsg::detail::HeaderMark mMark{};
+  unsigned mMarkOffset = 0;
+};

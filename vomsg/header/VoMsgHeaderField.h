@@ -1,0 +1,90 @@
+// One header field: a name, a raw value and its parameters (RFC 5322, RFC 2045, RFC 2231).
+// Getters return pointers into the field that stay valid until it changes. Names are compared without case; the
+// first match counts.
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/foundation/VoMsgCString.h"
+#include "vomsg/foundation/VoMsgExport.h"
+#include "vomsg/foundation/VoMsgMultiString.h"
+#include "vomsg/header/VoMsgHeaderParameter.h"
+
+class VOMSG_API VoMsgHeaderField {
+ public:
+  VoMsgHeaderField(const char* name, const char* rawValue);
+  ~VoMsgHeaderField();
+  VoMsgHeaderField(const VoMsgHeaderField&) = delete;
+  VoMsgHeaderField& operator=(const VoMsgHeaderField&) = delete;
+
+  VoMsgHeaderField* newCopy() const;  // yours; caches and the edited flag are not copied
+  void dumpHeaderField(std::FILE* out) const;
+
+  const char* getName() const { return mName.get(); }
+  int isNewHeader() const { return mIsNewHeader; }  // 1: changed since it was read
+  void setNewHeader(int flag) { mIsNewHeader = flag; }
+  bool hasEncodedWord() const { return mHasEncodedWord; }
+  const char* getDefaultCharset() const { return mDefaultCharset.get(); }
+  void _setDefaultCharset(const char* charset);
+
+  // The value as it stood; null without one.
+  const char* getRawFieldValue() const;
+  // The value decoded and converted to `charset`; the raw value when it cannot be converted. "us-ascii" always
+  // gives the raw value. Null for a null `charset` or without a value.
+  const char* getFieldValue(const char* charset);
+  // The value decoded in the charset of its encoded words, which `charsetOut` names (null without any).
+  const char* getFieldValueEx(const char*& charsetOut);
+  // Replaces the value as it stands; does not count as a change.
+  VoErrorCode setRawFieldValue(const char* raw);
+  // Converts `value` from `srcCharset` to `dstCharset` (null: stays), encodes it, in several words when it is
+  // long, and stores it. kVoBadArgument: `value` null or `dstCharset` unknown; kVoConversionFailed.
+  VoErrorCode setFieldValue(const char* value, const char* srcCharset, const char* dstCharset);
+
+  unsigned countParameter() const;
+  const char* getParameterNameAt(unsigned i) const;
+  const char* getRawParameterValueAt(unsigned i) const;
+  const char* getParameterValueAt(unsigned i, const char* charset);
+  const char* getParameterValueAtEx(unsigned i, const char*& charsetOut);
+  const char* getRawParameterValue(const char* name) const;
+  // Decoded and converted, RFC 2231 pieces put together; they win over a plain parameter of the same name.
+  const char* getParameterValue(const char* name, const char* charset);
+  const char* getParameterValueEx(const char* name, const char*& charsetOut);
+  // Appends as it stands; does not count as a change. kVoNoMemory.
+  VoErrorCode appendRawParameter(const char* name, const char* value, bool isEncoded, const char* charset);
+  // kVoBadArgument: null name or unknown `dstCharset`. A null value makes a parameter without value.
+  VoErrorCode appendParameter(const char* name, const char* value, const char* srcCharset, const char* dstCharset);
+  // `i` may equal the count. kVoOutOfRange above it.
+  VoErrorCode insertParameterAt(unsigned i, const char* name, const char* value, const char* srcCharset,
+                                const char* dstCharset);
+  // Replaces the first parameter of that name and all its RFC 2231 pieces, or appends one.
+  VoErrorCode setParameterValue(const char* name, const char* value, const char* srcCharset, const char* dstCharset);
+  // kVoNoSuchHeader: no parameters at all; kVoOutOfRange.
+  VoErrorCode removeParameterAt(unsigned i);
+  // Removes the first parameter of that name, or all its RFC 2231 pieces. Succeeds when there is none.
+  VoErrorCode removeParameter(const char* name);
+  bool hasRFC2231(const char* name) const;
+
+  // The steps of RFC 2231 assembly: numbers are decimal strings of any length.
+  static std::string getSequenceNo(const char* pieceName);
+  static void _cutFirstZero(std::string& number);
+  static bool _isSmallSequenceNo(const std::string& a, const std::string& b);
+  static void _incrementString(std::string& number);
+  const char* getSeqRawParameterValue(const char* name, std::string& seq, bool* isEncodedOut) const;
+  bool getConvertRFC2231Value(const char* name, const char* charset, std::string& out);
+  bool getRfc2231Charset(const char* name, std::string& out) const;
+
+ private:
+  VoMsgHeaderParameter* find(const char* name) const;
+
+  int mIsNewHeader = 0;
+  vomsg::detail::CString mName;
+  std::unique_ptr<VoMsgMultiString> mValue;
+  bool mHasEncodedWord = false;
+  vomsg::detail::CString mDefaultCharset;
+  std::vector<std::unique_ptr<VoMsgHeaderParameter>> mParameterList;
+  std::vector<std::unique_ptr<VoMsgHeaderParameter>> mRfc2231List;
+};

@@ -1,0 +1,59 @@
+// What the message parser must know of a header block while it runs: where the block ends, whether it is sound,
+// and what its body is. No field object is made; the block's fields are built from the source when somebody
+// asks for them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/header/VoMsgStructuredValue.h"
+
+class VoMsgBufferedReader;
+
+namespace vomsg::detail {
+
+class BoundaryTable;
+
+// What ended a header block.
+enum class HeaderEnd : std::uint8_t {
+  emptyLine,     // the rule
+  blankLine,     // a line of blanks, taken as the empty line
+  boundaryLine,  // a delimiter of a multipart around it: no body
+  endOfData      // no body
+};
+
+// Why the parser wants a block written anew.
+enum class HeaderMark : std::uint8_t {
+  none,
+  droppedLine,          // a line without ":" after its name
+  repeatedContentType,  // a second Content-Type replaced the first
+  unquotedBoundary,     // a boundary without the quotes it needs
+  blankTerminator,      // a line of blanks where the empty line belongs
+  repeatedBoundary,     // of several boundary parameters the last one counts
+  missingBoundary       // a multipart without boundary, read as text/plain
+};
+
+// Meant to be reused from block to block: the strings keep their storage.
+struct HeaderSurvey {
+  VoErrorCode code = kVoSuccess;  // kVoMalformed: a limit was passed
+  std::uint32_t offset = 0;
+  std::uint32_t size = 0;  // the empty line included
+  HeaderEnd end = HeaderEnd::endOfData;
+  HeaderMark mark = HeaderMark::none;  // the first one
+  std::uint32_t markOffset = 0;        // the source offset of the line that caused it
+  bool contentTypesDiffer = false;     // a replaced Content-Type said something else
+
+  bool hasContentType = false;
+  StructuredValue contentType;  // of the last Content-Type
+  bool hasEncoding = false;
+  StructuredValue encoding;     // of the first Content-Transfer-Encoding
+  bool hasDisposition = false;
+  StructuredValue disposition;  // of the first Content-Disposition
+};
+
+// Reads the block at the reader's position and leaves the reader behind it. `isChild` selects the limits of
+// blocks below the top level; `boundaries` (may be null) are those in force.
+void surveyHeaderBlock(HeaderSurvey& out, VoMsgBufferedReader& reader, bool isChild, const BoundaryTable* boundaries);
+
+}  // namespace vomsg::detail
