@@ -20,10 +20,14 @@ inline constexpr std::uint32_t kVoEntityIsMessage = 0x20000000u;    // a message
 inline constexpr std::uint32_t kVoEntityIsContainer = 0x40000000u;  // holds a nested message or children of its own
 inline constexpr std::uint32_t kVoEntityMime = 1;                   // 0x40000001 when its first child is a message
 inline constexpr std::uint32_t kVoEntityRfc822Message = 0x20000002u;
-inline constexpr std::uint32_t kVoEntityEmbeded = 3;                // 0x40000003 when its first child is a message
+inline constexpr std::uint32_t kVoEntityEmbeded = 3;  // 0x40000003 when its first child is a message
 inline constexpr std::uint32_t kVoEntityMultiEmbeded = 0x80000004u;
-inline constexpr std::uint32_t kVoEntityTnef = 5;                   // 0x40000005 when it has children
+inline constexpr std::uint32_t kVoEntityTnef = 5;  // 0x40000005 when it has children
 inline constexpr std::uint32_t kVoEntityTnefMessage = 0x20000006u;
+
+namespace vomsg::detail {
+struct TreeAccess;
+}
 
 // How replaceTextContent treats the declared charset.
 enum VoMsgReplaceOption : int {
@@ -40,8 +44,8 @@ class VOMSG_API VoMsgEntity {
   virtual std::uint32_t getEntityTypeID() const = 0;
 
   // --- the tree. All pointers are borrowed; null where there is nothing.
-  virtual unsigned getIndex();            // position among the parent's children; 0 for a root
-  virtual unsigned getNestingLevel();     // enclosing messages, the tree's root not counted
+  virtual unsigned getIndex();         // position among the parent's children; 0 for a root
+  virtual unsigned getNestingLevel();  // enclosing messages, the tree's root not counted
   virtual bool hasChildEntity() const;
   virtual unsigned countChildEntity() const;
   virtual VoMsgEntity* getParentEntity() const;
@@ -147,6 +151,7 @@ class VOMSG_API VoMsgEntity {
   VoMsgEntity* getChildEntityByID(std::uint32_t id);
 
  protected:
+  friend struct vomsg::detail::TreeAccess;
   VoMsgEntity();
 
   // The tree rules that the public operations of every kind are built on; they mark nothing as changed.

@@ -59,7 +59,7 @@ class VOMSG_API VoMsgMailMessage : public virtual VoMsgEntity {
   const VoUUID_t& getUUID() const { return mUUID; }
 
  protected:
-  VoMsgMailMessage();                             // a new UUID
+  VoMsgMailMessage();                               // a new UUID
   explicit VoMsgMailMessage(const VoUUID_t* uuid);  // null: a new one
 
   VoObjectStub<VoMsgResourceLocator> mSource;

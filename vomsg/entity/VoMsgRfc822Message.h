@@ -6,13 +6,12 @@
 
 class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822Entity {
  public:
-  VoMsgRfc822Message();                             // empty, with a UUID of its own
+  VoMsgRfc822Message();                               // empty, with a UUID of its own
   explicit VoMsgRfc822Message(const VoUUID_t* uuid);  // `uuid` tags the message's log lines
   explicit VoMsgRfc822Message(VoMsgEntity* parent);   // nested; the caller links it
   ~VoMsgRfc822Message() override;
   std::uint32_t getEntityTypeID() const override;
   const char* _getEntityName() override;
-  const char* _getUUIDString() override;
 
   VoMsgMailMessage* split() override;
   VoErrorCode readFrom(VoMsgResourceLocator* source) override;
@@ -21,8 +20,8 @@ class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822
   VoErrorCode writeTo(VoMsgResourceLocator* target) override;
   VoMsgMailSessionInfo* getSessionInfo() override;
   void setSessionInfo(VoMsgMailSessionInfo* info) override;
-  VoErrorCode insertDisclaimerMessage(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
-                                      int option, const char* srcCharset, const char* preferCharset) override;
+  VoErrorCode insertDisclaimerMessage(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer, int option,
+                                      const char* srcCharset, const char* preferCharset) override;
   void* getUserData() override;
   void setUserData(void* data) override;
   VoErrorCode stripSignaturePart() override;

@@ -1,0 +1,3 @@
+#include "vomsg/entity/VoMsgEntityBody.h"
+
+VoMsgEntityBody::~VoMsgEntityBody() = default;

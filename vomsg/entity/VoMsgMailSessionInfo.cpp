@@ -1,0 +1,3 @@
+#include "vomsg/entity/VoMsgMailSessionInfo.h"
+
+VoMsgMailSessionInfo::~VoMsgMailSessionInfo() = default;
