@@ -1,0 +1,11 @@
+# Each public header compiles alone, as C++17, with warnings as errors.
+add_library(vomsg_header_check OBJECT)
+foreach(header IN LISTS VOMSG_PUBLIC_HEADERS)
+  string(REPLACE "/" "_" name ${header})
+  set(source ${CMAKE_BINARY_DIR}/header-check/${name}.cpp)
+  file(CONFIGURE OUTPUT ${source} CONTENT "#include \"@header@\"\n" @ONLY)
+  target_sources(vomsg_header_check PRIVATE ${source})
+endforeach()
+set_target_properties(vomsg_header_check PROPERTIES CXX_STANDARD 17)
+target_include_directories(vomsg_header_check PRIVATE ${PROJECT_SOURCE_DIR})
+target_link_libraries(vomsg_header_check PRIVATE vomsg_warnings)

@@ -1,0 +1,69 @@
+// All that a caller of libvomsg includes, floor by floor. Nothing inside the library includes this file.
+//
+// A message is read from a resource and is from then on a tree of entities:
+//   VoMsgRfc822Message message;
+//   VoErrorCode code = message.readFrom(new VoMsgFileResource("in.eml", nullptr, nullptr));
+// docs/design.md tells who owns what; voFailed() tells a failure from a success.
+#pragma once
+
+// Results, the host's log, process-wide options.
+#include "vomsg/encoding/VoUtf8.h"
+#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/foundation/VoIntLog.h"
+#include "vomsg/foundation/VoMsgDump.h"
+#include "vomsg/foundation/VoMsgExport.h"
+#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgOptions.h"
+#include "vomsg/foundation/VoMsgProcess.h"
+#include "vomsg/foundation/VoMsgStandAloneLog.h"
+#include "vomsg/foundation/VoObjectStub.h"
+#include "vomsg/foundation/VoUUID.h"
+
+// Charset names and conversion.
+#include "vomsg/charset/convert/VoCharsetName.h"
+#include "vomsg/charset/convert/VoConvertCharset.h"
+#include "vomsg/charset/convert/VoMsgCharsetConverter.h"
+#include "vomsg/charset/convert/VoMsgConverterFactory.h"
+
+// Byte streams.
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgFileReader.h"
+#include "vomsg/foundation/VoMsgFileWriter.h"
+#include "vomsg/foundation/VoMsgMemoryReader.h"
+#include "vomsg/foundation/VoMsgMemoryWriter.h"
+
+// Strings, boundaries, resources.
+#include "vomsg/foundation/VoMsgBoundary.h"
+#include "vomsg/foundation/VoMsgFileResource.h"
+#include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/foundation/VoMsgMultiString.h"
+#include "vomsg/foundation/VoMsgResourceDump.h"
+#include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoMsgResourceManager.h"
+#include "vomsg/foundation/VoMsgString.h"
+#include "vomsg/foundation/VoMsgTokenizer.h"
+
+// Transfer encodings.
+#include "vomsg/encoding/VoBase64.h"
+#include "vomsg/encoding/VoHexChar.h"
+#include "vomsg/encoding/VoQuotedPrintable.h"
+
+// Header fields.
+#include "vomsg/header/VoMsgEncodedWord.h"
+#include "vomsg/header/VoMsgEntityHeader.h"
+#include "vomsg/header/VoMsgHeaderField.h"
+#include "vomsg/header/VoMsgHeaderParameter.h"
+#include "vomsg/header/VoMsgUserAddress.h"
+
+// The entity tree and messages.
+#include "vomsg/entity/VoMsgEntity.h"
+#include "vomsg/entity/VoMsgEntityBody.h"
+#include "vomsg/entity/VoMsgEntityIterator.h"
+#include "vomsg/entity/VoMsgMailMessage.h"
+#include "vomsg/entity/VoMsgMailSessionInfo.h"
+#include "vomsg/entity/VoMsgMimeEntity.h"
+#include "vomsg/entity/VoMsgMultipartBody.h"
+#include "vomsg/entity/VoMsgRfc822Entity.h"
+#include "vomsg/entity/VoMsgRfc822Message.h"
+#include "vomsg/entity/VoMsgSingleBody.h"
