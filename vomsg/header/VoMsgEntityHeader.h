@@ -13,6 +13,7 @@
 #include "vomsg/foundation/VoMsgBoundary.h"
 #include "vomsg/foundation/VoMsgExport.h"
 #include "vomsg/header/VoMsgHeaderField.h"
+#include "vomsg/header/VoMsgHeaderMark.h"
 #include "vomsg/header/VoMsgUserAddress.h"
 
 class VoMsgBufferedReader;
@@ -20,7 +21,6 @@ class VoMsgBufferedWriter;
 namespace vomsg::detail {
 struct StructuredValue;
 class HeaderBlockBuilder;
-enum class HeaderMark : std::uint8_t;
 }  // namespace vomsg::detail
 
 class VOMSG_API VoMsgEntityHeader {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/header/VoMsgHeaderMark.h"
 #include "vomsg/header/VoMsgStructuredValue.h"
 
 class VoMsgBufferedReader;
@@ -21,17 +22,6 @@ enum class HeaderEnd : std::uint8_t {
   blankLine,     // a line of blanks, taken as the empty line
   boundaryLine,  // a delimiter of a multipart around it: no body
   endOfData      // no body
-};
-
-// Why the parser wants a block written anew.
-enum class HeaderMark : std::uint8_t {
-  none,
-  droppedLine,          // a line without ":" after its name
-  repeatedContentType,  // a second Content-Type replaced the first
-  unquotedBoundary,     // a boundary without the quotes it needs
-  blankTerminator,      // a line of blanks where the empty line belongs
-  repeatedBoundary,     // of several boundary parameters the last one counts
-  missingBoundary       // a multipart without boundary, read as text/plain
 };
 
 // Meant to be reused from block to block: the strings keep their storage.
