@@ -12,11 +12,11 @@ enum VoMsgBoundaryType : int {
 };
 
 enum VoMsgTerminatorType : int {
-  kVoTerminatorText = 0,   // an ordinary line
-  kVoTerminatorEmpty,      // nothing but line-end characters
-  kVoTerminatorBoundary,   // a delimiter or close-delimiter of a boundary in force
-  kVoTerminatorEnd,        // no line: the end of the input
-  kVoTerminatorBlank       // blanks and tabs only
+  kVoTerminatorText = 0,  // an ordinary line
+  kVoTerminatorEmpty,     // nothing but line-end characters
+  kVoTerminatorBoundary,  // a delimiter or close-delimiter of a boundary in force
+  kVoTerminatorEnd,       // no line: the end of the input
+  kVoTerminatorBlank      // blanks and tabs only
 };
 
 // The boundaries in force, innermost first; the strings are borrowed.

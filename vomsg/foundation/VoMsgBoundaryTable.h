@@ -1,11 +1,16 @@
 // The boundaries in force while a message is parsed, as a stack with one look-up per candidate line: the test
-// costs the same however many multiparts are open.
+// costs the same however many multiparts are open. It answers as voGetBoundaryType asked for each boundary,
+// innermost first, would.
+//
+// Few boundaries, which is what real mail has, are compared one by one; more are found through a hash table keyed
+// by a secret of this process, so that no sender can choose boundaries that collide. Making a table costs
+// nothing until the first push, and clear() keeps what it has grown.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "vomsg/foundation/VoMsgBoundary.h"
@@ -20,25 +25,41 @@ struct BoundaryMatch {
 class BoundaryTable {
  public:
   void push(std::string_view boundary);  // becomes the innermost one; copied
-  void pop();
+  void pop();                            // drops the innermost one; nothing to do when there is none
+  void clear();                          // drops all, for the next message
   std::size_t size() const { return mStack.size(); }
   bool empty() const { return mStack.empty(); }
 
   // Classifies one line, given without its terminator, against all boundaries, innermost first.
-  BoundaryMatch match(std::string_view line) const;
+  BoundaryMatch match(std::string_view line) const {
+    if (line.size() < 2 || line[0] != '-' || line[1] != '-' || mStack.empty()) return {};
+    return matchDelimiter(line);
+  }
 
  private:
-  struct Hash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const noexcept;
-  };
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
   struct Entry {
-    std::vector<std::size_t> depths;  // where this very boundary stands; the innermost last
+    std::size_t begin;  // into mBytes
+    std::size_t length;
+    std::size_t longest;  // of this boundary and those around it
+    std::size_t outer;    // the next equal boundary outwards, or kNone; of hashed entries only
+    std::uint64_t hash;   // of hashed entries only
   };
 
-  std::vector<const std::string*> mStack;
-  std::unordered_map<std::string, Entry, Hash, std::equal_to<>> mEntries;
-  std::size_t mLongest = 0;
+  BoundaryMatch matchDelimiter(std::string_view line) const;
+  std::string_view bytesOf(const Entry& entry) const { return {mBytes.data() + entry.begin, entry.length}; }
+  std::size_t find(std::string_view boundary) const;  // the innermost equal one, or kNone
+  std::size_t slotOf(std::string_view boundary, std::uint64_t hash) const;
+  void enter(std::size_t index);
+  void rehash(std::size_t slots);
+
+  std::string mBytes;  // all boundaries, one behind the other
+  std::vector<Entry> mStack;
+  // Open addressing; a slot holds one more than the index of the innermost boundary of its text, or 0. Empty while
+  // the boundaries are few. As boundaries leave in the reverse of the order in which they came, a slot is simply
+  // emptied: whatever once had to walk past it has left before.
+  std::vector<std::size_t> mSlots;
 };
 
 }  // namespace vomsg::detail

@@ -29,31 +29,37 @@ class VOMSG_API VoMsgTokenizer {
   // States of the default tables.
   enum State : int { structured = 0, quoted = 1, comment = 2, parameterValue = 3 };
 
-  // Starts in state 0 at position 0. `text` and `set` are borrowed; a null set selects the default tables.
+  // Starts in state 0 at position 0. `text` and `set` are borrowed; a null set selects the default tables, a null
+  // `text` is an empty one. Positions never leave the text, of which the first 2^31 - 1 bytes count.
   VoMsgTokenizer(const char* text, const VoMsgTokenTableSet* set);
 
-  // The next token's id. When `expectedId` is not -1 and a token of that id stands here, it is taken before
-  // the tables are tried in order.
+  // The next token's id; 0 at the end of the text. When `expectedId` is not -1 and the first entry of that id
+  // matches here, it is taken before the state's table is tried in order.
   int getNextToken(int expectedId = -1);
   // The current token's text; empty when it has no length.
   void getTokenString(std::string& out) const;
-  // Recovers a boundary value written without quotes from the current token, and moves back so that the rest
-  // is read again.
+  // Recovers a boundary value written without quotes from the current token: what stands before its first ";",
+  // without leading blanks, up to a blank or a double quote. Moves back to that ";" plus the number of leading
+  // blanks, or to one before the token plus that number when it holds no ";". This is kept exactly, and capped
+  // to the text.
   void getIllegalBoundary(std::string& out);
 
-  void setState(int state) { mState = state; }
+  void setState(int state) { mState = state; }  // a state the set does not have knows no tokens
   int getState() const { return mState; }
   int getPosition() const { return mPosition; }
 
   // Steps of getNextToken.
-  bool isToken(int index) const;
-  int fetchTokenTable() const;  // index of the entry that matches here, or -1
-  int getIndexFromTokenID(int id) const;
-  int getCommentString();
+  bool isToken(int index) const;          // does that entry of the state's table match here?
+  int fetchTokenTable() const;            // index of the first entry that matches here, or -1
+  int getIndexFromTokenID(int id) const;  // index of the first entry with that id, or -1
+  int getCommentString();                 // the next token inside a comment
   void setToken(int start, int length);
 
  private:
-  int consume(int index);
+  const VoMsgTokenState& currentState() const;
+  int capped(long long position) const;
+  bool matchesAt(const VoMsgTokenEntry& entry, int position) const;
+  int consume(const VoMsgTokenEntry& entry);
 
   const VoMsgTokenTableSet* mpSet;
   int mState = 0;
