@@ -20,7 +20,7 @@ class VOMSG_API VoMsgMultiString {
   // The charset name under which that string was added, or null.
   const char* getCharsetRef(const char* charset) const;
 
-  // Adds the text in another charset; both are copied.
+  // Adds the text in another charset; both are copied. Without memory nothing is added.
   void addString(const char* text, const char* charset);
 
  private:

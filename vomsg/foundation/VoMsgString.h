@@ -6,7 +6,7 @@
 
 class VOMSG_API VoMsgString {
  public:
-  VoMsgString(const char* text, const char* charset);  // copies both; either may be null
+  VoMsgString(const char* text, const char* charset);        // copies both; either may be null
   const char* getString() const { return mText.get(); }      // borrowed
   const char* getCharset() const { return mCharset.get(); }  // borrowed
 
