@@ -3,6 +3,7 @@
 // first match counts.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -78,12 +79,29 @@ class VOMSG_API VoMsgHeaderField {
   bool getRfc2231Charset(const char* name, std::string& out) const;
 
  private:
+  // What the encoded words of the value say, in the charset of the last of them.
+  struct Decoded {
+    bool tried = false;
+    bool isDeclared = false;     // a word named the charset
+    const char* text = nullptr;  // both within mValue; null: nothing was decoded
+    const char* charset = nullptr;
+  };
+
+  VoErrorCode store(const char* raw, bool hasEncodedWord);
+  bool decode();
+  bool cleanJapanese();
   VoMsgHeaderParameter* find(const char* name) const;
+  VoErrorCode insertEncoded(std::size_t at, const char* name, const char* value, const char* srcCharset,
+                            const char* dstCharset);
+  bool removePieces(const char* name);
+  void changeParameters();
 
   int mIsNewHeader = 0;
   vomsg::detail::CString mName;
   std::unique_ptr<VoMsgMultiString> mValue;
   bool mHasEncodedWord = false;
+  Decoded mDecoded;
+  vomsg::detail::CString mCleaned;  // Japanese text with its needed escape sequences only
   vomsg::detail::CString mDefaultCharset;
   std::vector<std::unique_ptr<VoMsgHeaderParameter>> mParameterList;
   std::vector<std::unique_ptr<VoMsgHeaderParameter>> mRfc2231List;
