@@ -11,16 +11,27 @@ class VoMsgBufferedWriter;
 class VoMsgResourceLocator;
 
 // Decodes the next `length` bytes of `source` into the data part of `target`, replacing what it held.
-// `length` is trusted: it must not exceed what `source` still holds. kVoWriteFailed: no writer, or a write failed.
+// "=" that no two hex digits follow is dropped, and a soft line break goes on from there to the next line end: blanks
+// vanish, other characters stay. A soft break that ends in a bare LF counts that LF twice, so that decoding ends one
+// byte earlier for each; two hex digits behind the end of the length still belong to their "=".
+// `length` is trusted: it should not exceed what `source` still holds. When it does, a byte 0xFF stands for each one
+// missing, at most for as many as were there and 4096 more. kVoWriteFailed: no writer, or a write failed;
+// kVoBadArgument: null.
 VOMSG_API VoErrorCode voDecodeQuotedPrintable(VoMsgResourceLocator* target, VoMsgBufferedReader* source, long length);
-// Encodes all of `source` with soft line breaks; the output always ends in CR LF. kVoReadFailed: no reader.
+// Encodes all of `source` with soft line breaks. LF and CR LF are line ends, a lone CR is "=0D"; what is written ends
+// in CR LF, whether `source` did or not. kVoReadFailed: no reader; kVoWriteFailed: a write failed; kVoBadArgument:
+// null.
 VOMSG_API VoErrorCode voEncodeQuotedPrintable(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source);
-// The same for C strings; the encoder writes no soft line breaks. The result is the caller's, for free(); null
-// for null and on failure.
+// The same for C strings; the encoder writes no soft line breaks. The result is the caller's, for free(): null for
+// null and on failure, "" when nothing comes out. A decoded NUL ends it.
 VOMSG_API char* voDecodeQuotedPrintable(const char* text);
 VOMSG_API char* voEncodeQuotedPrintable(const char* text);
 
 namespace vomsg::detail {
 // Decodes `length` bytes of `source` into `target` and flushes. False when a write fails.
 bool decodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::uint64_t length);
+// The number of bytes that decodeQuotedPrintable() would write. Reads and consumes alike, and stores nothing.
+std::uint64_t countQuotedPrintable(VoMsgBufferedReader& source, std::uint64_t length);
+// Encodes the rest of `source` and flushes. False when a write fails.
+bool encodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool softBreaks);
 }  // namespace vomsg::detail

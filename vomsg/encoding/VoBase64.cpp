@@ -1,0 +1,192 @@
+#include "vomsg/encoding/VoBase64.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "vomsg/encoding/VoBase64Decoder.h"
+#include "vomsg/encoding/VoTextCodec.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
+
+namespace vomsg::detail {
+
+namespace {
+
+constexpr std::size_t kPiece = 16384;  // decoded at once, so that the result is still in the first cache when written
+constexpr std::uint64_t kChunk = 4096;
+constexpr std::size_t kLineBytes = 57;  // carried by a line of 76 characters
+constexpr std::size_t kLineChars = 76;
+constexpr std::size_t kBatchLines = 128;
+
+// Decodes `length` bytes of `source` and hands the result to `emit` in pieces. False when `emit` refuses one.
+template <class Emit>
+bool decodePieces(VoMsgBufferedReader& source, std::uint64_t length, Emit emit) {
+  Base64Decoder decoder;
+  std::array<char, kPiece / 4 * 3 + 3 + kBase64Slack> out;
+  std::uint64_t done = 0;
+  char chunkStart = 0;
+  while (done < length && ReaderWindow::fill(source)) {
+    const std::string_view piece = ReaderWindow::buffered(source).substr(
+        0, static_cast<std::size_t>(std::min<std::uint64_t>(length - done, kPiece)));
+    const std::uint64_t lastChunk = (done + piece.size() - 1) / kChunk * kChunk;
+    if (lastChunk >= done) chunkStart = piece[static_cast<std::size_t>(lastChunk - done)];
+    const std::size_t decoded = decoder.decode(piece.data(), piece.size(), out.data());
+    done += piece.size();
+    ReaderWindow::consume(source, piece.size());
+    if (!emit(out.data(), decoded)) return false;
+  }
+  if (done == 0) return true;
+  // A source shorter than promised: the first byte of its last chunk stands for what is missing, but never for
+  // more than the source gave, and one chunk.
+  std::uint64_t missing = std::min(length - done, done + kChunk);
+  std::array<char, kChunk> filler;
+  filler.fill(chunkStart);
+  while (missing > 0) {
+    const std::size_t n = static_cast<std::size_t>(std::min(missing, kChunk));
+    if (!emit(out.data(), decoder.decode(filler.data(), n, out.data()))) return false;
+    missing -= n;
+  }
+  return true;
+}
+
+// Whole groups, then a padded one for one or two bytes left over. Returns the end of what it wrote.
+char* encodeGroups(const unsigned char* in, std::size_t n, char* out) {
+  const char* const alphabet = base64table_char;
+  for (; n >= 3; n -= 3, in += 3, out += 4) {
+    const unsigned group = static_cast<unsigned>(in[0] << 16 | in[1] << 8 | in[2]);
+    out[0] = alphabet[group >> 18];
+    out[1] = alphabet[group >> 12 & 63];
+    out[2] = alphabet[group >> 6 & 63];
+    out[3] = alphabet[group & 63];
+  }
+  if (n == 0) return out;
+  const unsigned group = static_cast<unsigned>(in[0] << 16 | (n == 2 ? in[1] << 8 : 0));
+  *out++ = alphabet[group >> 18];
+  *out++ = alphabet[group >> 12 & 63];
+  *out++ = n == 2 ? alphabet[group >> 6 & 63] : '=';
+  *out++ = '=';
+  return out;
+}
+
+// Collects lines and writes them in batches.
+class LineEncoder {
+ public:
+  LineEncoder(VoMsgBufferedWriter& target, bool lineBreaks) : mTarget(target), mLineBreaks(lineBreaks) {}
+
+  bool line(const unsigned char* in, std::size_t n) {
+    mTo = encodeGroups(in, n, mTo);
+    if (mLineBreaks) {
+      *mTo++ = '\r';
+      *mTo++ = '\n';
+    }
+    return ++mLines < kBatchLines || emit();
+  }
+
+  bool emit() {
+    const std::size_t n = static_cast<std::size_t>(mTo - mOut.data());
+    mTo = mOut.data();
+    mLines = 0;
+    return n == 0 || WriterAccess::writeThrough(mTarget, mOut.data(), n);
+  }
+
+ private:
+  VoMsgBufferedWriter& mTarget;
+  bool mLineBreaks;
+  std::size_t mLines = 0;
+  std::array<char, kBatchLines*(kLineChars + 2)> mOut;
+  char* mTo = mOut.data();
+};
+
+bool encodeAll(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool lineBreaks) {
+  LineEncoder lines(target, lineBreaks);
+  unsigned char open[kLineBytes];  // a line of which the buffer held only the beginning
+  std::size_t held = 0;
+  while (ReaderWindow::fill(source)) {
+    const std::string_view window = ReaderWindow::buffered(source);
+    const auto* in = reinterpret_cast<const unsigned char*>(window.data());
+    std::size_t left = window.size();
+    if (held > 0) {
+      const std::size_t n = std::min(kLineBytes - held, left);
+      std::memcpy(open + held, in, n);
+      held += n;
+      in += n;
+      left -= n;
+      if (held == kLineBytes) {
+        if (!lines.line(open, kLineBytes)) return false;
+        held = 0;
+      }
+    }
+    for (; left >= kLineBytes; left -= kLineBytes, in += kLineBytes)
+      if (!lines.line(in, kLineBytes)) return false;
+    if (left > 0) {
+      std::memcpy(open, in, left);
+      held = left;
+    }
+    ReaderWindow::consume(source, window.size());
+  }
+  if (held > 0 && !lines.line(open, held)) return false;
+  return lines.emit() && target.flush();
+}
+
+}  // namespace
+
+VoErrorCode decodeBase64(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::uint64_t length) {
+  const std::uint64_t here = source.getOffset();
+  const std::uint64_t size = source.getSize();
+  if (size != 0xFFFFFFFFu && size > here) WriterAccess::expect(target, std::min(length, size - here) / 4 * 3 + 3);
+  const bool written = decodePieces(source, length, [&](const char* data, std::size_t n) {
+    return n == 0 || WriterAccess::writeThrough(target, data, n);
+  });
+  return written && target.flush() ? kVoSuccess : kVoWriteFailed;
+}
+
+std::uint64_t countBase64(VoMsgBufferedReader& source, std::uint64_t length) {
+  std::uint64_t total = 0;
+  decodePieces(source, length, [&](const char*, std::size_t n) {
+    total += n;
+    return true;
+  });
+  return total;
+}
+
+VoErrorCode encodeBase64(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool lineBreaks) {
+  return encodeAll(target, source, lineBreaks) ? kVoSuccess : kVoWriteFailed;
+}
+
+}  // namespace vomsg::detail
+
+VoErrorCode voDecodeBase64(VoMsgResourceLocator* target, VoMsgBufferedReader* source, long length) {
+  if (!target || !source) return kVoBadArgument;
+  return vomsg::detail::guarded([&] {
+    const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
+    if (!writer) return kVoWriteFailed;
+    return vomsg::detail::decodeBase64(*writer, *source, length > 0 ? static_cast<std::uint64_t>(length) : 0);
+  });
+}
+
+VoErrorCode voEncodeBase64(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source) {
+  if (!target || !source) return kVoBadArgument;
+  return vomsg::detail::guarded([&] {
+    const std::unique_ptr<VoMsgBufferedReader> reader(source->getInputStream(VoMsgResourceLocator::dataPart));
+    if (!reader) return kVoReadFailed;
+    return vomsg::detail::encodeBase64(*target, *reader, true);
+  });
+}
+
+char* voDecodeBase64(const char* text) {
+  return vomsg::detail::convertText(text, [](auto& writer, auto& reader, std::size_t length) {
+    return !voFailed(vomsg::detail::decodeBase64(writer, reader, length));
+  });
+}
+
+char* voEncodeBase64(const char* text) {
+  return vomsg::detail::convertText(text, [](auto& writer, auto& reader, std::size_t) {
+    return !voFailed(vomsg::detail::encodeBase64(writer, reader, false));
+  });
+}

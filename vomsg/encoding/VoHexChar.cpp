@@ -1,0 +1,137 @@
+// The byte 0xFF ends the input of both directions, as the end of the data does; no charset of parameter values
+// that matters here has it.
+#include "vomsg/encoding/VoHexChar.h"
+
+#include <array>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
+
+constexpr char hextable_char[17] = "0123456789ABCDEF";
+constexpr char hextable[17] = "0123456789ABCDEF";
+
+int hexCharToInt(int character) {
+  if (character >= '0' && character <= '9') return character - '0';
+  if (character >= 'A' && character <= 'F') return character - 'A' + 10;
+  if (character >= 'a' && character <= 'f') return character - 'a' + 10;
+  return -1;
+}
+
+namespace vomsg::detail {
+
+namespace {
+
+constexpr unsigned char kEndOfInput = 0xFF;
+
+constexpr std::array<bool, 256> kEscaped = [] {
+  std::array<bool, 256> table{};
+  for (std::size_t c = 0; c < table.size(); ++c) table[c] = c <= 0x20 || c >= 0x80;
+  for (const char c : std::string_view("*'%()<>@,;:\"/[]?=")) table[static_cast<unsigned char>(c)] = true;
+  return table;
+}();
+
+// Hands the bytes before the end of the input to `each`, which says whether to go on. False when it said no.
+template <class Each>
+bool forEachByte(VoMsgBufferedReader& source, Each each) {
+  while (ReaderWindow::fill(source)) {
+    const std::string_view window = ReaderWindow::buffered(source);
+    std::size_t used = 0;
+    bool goOn = true, ended = false;
+    while (used < window.size() && goOn && !ended) {
+      const unsigned char c = static_cast<unsigned char>(window[used++]);
+      ended = c == kEndOfInput;
+      if (!ended) goOn = each(c);
+    }
+    ReaderWindow::consume(source, used);
+    if (!goOn) return false;
+    if (ended) return true;
+  }
+  return true;
+}
+
+// Two characters as the C library's strtol reads them in base 16: blanks and a sign before the digits, a prefix
+// "0x", 0 for what is no number. Written out because strtol asks the host's locale what a blank is.
+unsigned char escapedByte(const char (&digits)[2]) {
+  std::string_view rest(digits, 2);
+  while (!rest.empty() && (rest[0] == ' ' || (rest[0] >= '\t' && rest[0] <= '\r'))) rest.remove_prefix(1);
+  bool negative = false;
+  if (!rest.empty() && (rest[0] == '+' || rest[0] == '-')) {
+    negative = rest[0] == '-';
+    rest.remove_prefix(1);
+  }
+  int value = 0;
+  for (; !rest.empty() && hexCharToInt(static_cast<unsigned char>(rest[0])) >= 0; rest.remove_prefix(1))
+    value = value << 4 | hexCharToInt(static_cast<unsigned char>(rest[0]));
+  return static_cast<unsigned char>(negative ? -value : value);
+}
+
+bool decodeHex(VoMsgBufferedWriter& target, VoMsgBufferedReader& source) {
+  char digits[2];
+  unsigned missing = 0;  // digits of the open escape
+  const bool written = forEachByte(source, [&](unsigned char c) {
+    if (missing > 0) {
+      digits[2 - missing--] = static_cast<char>(c);
+      if (missing > 0) return true;
+      c = escapedByte(digits);
+    } else if (c == '%') {
+      missing = 2;
+      return true;
+    }
+    const char byte = static_cast<char>(c);
+    return target.write(&byte, 1);
+  });
+  return written && target.flush();
+}
+
+bool encodeHex(VoMsgBufferedWriter& target, VoMsgBufferedReader& source) {
+  const bool written = forEachByte(source, [&](unsigned char c) {
+    char out[3] = {static_cast<char>(c)};
+    if (!kEscaped[c]) return target.write(out, 1);
+    // Bytes from 0x80 all become "%FF", which receivers of these values have come to know; only ASCII survives.
+    out[0] = '%';
+    out[1] = c < 0x80 ? hextable_char[c >> 4] : 'F';
+    out[2] = c < 0x80 ? hextable_char[c & 15] : 'F';
+    return target.write(out, 3);
+  });
+  return written && target.flush();
+}
+
+}  // namespace
+
+}  // namespace vomsg::detail
+
+VoErrorCode voDecodeHexChar(VoMsgResourceLocator* target, VoMsgBufferedReader* source) {
+  if (!target || !source) return kVoBadArgument;
+  return vomsg::detail::guarded([&] {
+    const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
+    if (!writer) return kVoNoMemory;
+    return vomsg::detail::decodeHex(*writer, *source) ? kVoSuccess : kVoDecodeFailed;
+  });
+}
+
+VoErrorCode voEncodeHexChar(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source) {
+  if (!target || !source) return kVoBadArgument;
+  return vomsg::detail::guarded([&] {
+    const std::unique_ptr<VoMsgBufferedReader> reader(source->getInputStream(VoMsgResourceLocator::dataPart));
+    if (!reader) return kVoReadFailed;
+    return vomsg::detail::encodeHex(*target, *reader) ? kVoSuccess : kVoEncodeFailed;
+  });
+}
+
+VoErrorCode voDecodeHexChar(VoMsgBufferedWriter* target, VoMsgBufferedReader* source) {
+  if (!target || !source) return kVoBadArgument;
+  return vomsg::detail::guarded(
+      [&] { return vomsg::detail::decodeHex(*target, *source) ? kVoSuccess : kVoWriteFailed; });
+}
+
+VoErrorCode voEncodeHexChar(VoMsgBufferedWriter* target, VoMsgBufferedReader* source) {
+  if (!target || !source) return kVoBadArgument;
+  return vomsg::detail::guarded(
+      [&] { return vomsg::detail::encodeHex(*target, *source) ? kVoSuccess : kVoWriteFailed; });
+}

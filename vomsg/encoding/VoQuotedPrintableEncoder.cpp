@@ -1,0 +1,163 @@
+// Lines are laid out in the output block itself: characters are appended behind the open line, and only a line
+// that grows past 75 characters is touched again, to put a soft break before its last breakable place.
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+#include "vomsg/encoding/VoHexChar.h"
+#include "vomsg/encoding/VoQuotedPrintable.h"
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgOptions.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
+
+namespace vomsg::detail {
+
+namespace {
+
+constexpr std::ptrdiff_t kLongestLine = 75;     // before the "=" of a soft break
+constexpr std::ptrdiff_t kBlankFitsAfter = 74;  // a longer line gets its trailing blank encoded on a line of its own
+constexpr std::ptrdiff_t kBlock = 8192;
+constexpr std::ptrdiff_t kMargin = 256;  // more than the longest line with all that can be put into it
+
+constexpr std::array<bool, 256> plainCharacters(bool dotIsPlain) {
+  std::array<bool, 256> table{};
+  for (std::size_t c = 0x21; c <= 0x7E; ++c) table[c] = c != '=' && (c != '.' || dotIsPlain);
+  return table;
+}
+
+constexpr std::array<bool, 256> kPlain = plainCharacters(true);
+constexpr std::array<bool, 256> kPlainButDot = plainCharacters(false);
+
+class Encoder {
+ public:
+  Encoder(VoMsgBufferedWriter& target, bool softBreaks)
+      : mTarget(target),
+        mSoftBreaks(softBreaks),
+        mPlain((VoMsgExtraOption & kVoOptionEncodeDot) != 0 ? kPlainButDot : kPlain) {}
+
+  bool encode(const unsigned char* in, const unsigned char* end) {
+    while (in < end) {
+      const unsigned char c = *in;
+      if (mOpenCarriageReturn) {
+        mOpenCarriageReturn = false;
+        if (c == '\n') {
+          ++in;
+          if (!endLine()) return false;
+        } else if (!appendEncoded('\r')) {
+          return false;
+        }
+      } else if (mPlain[c]) {
+        char* to = mEnd;
+        char* const full = mLine + kLongestLine + 1;
+        do {
+          *to++ = static_cast<char>(*in++);
+        } while (to < full && in < end && mPlain[*in]);
+        mEnd = to;
+        if (to >= full && !breakLine()) return false;
+      } else {
+        ++in;
+        bool written = true;
+        if (c == '\n') {
+          written = endLine();
+        } else if (c == '\r') {
+          mOpenCarriageReturn = true;  // whether it is a line end is for the next byte to say
+        } else if (c == ' ' || c == '\t') {
+          mBreak = mEnd;
+          *mEnd++ = static_cast<char>(c);
+          written = breakLine();
+        } else {
+          written = appendEncoded(c);
+        }
+        if (!written) return false;
+      }
+    }
+    return true;
+  }
+
+  bool finish() {
+    if (mOpenCarriageReturn && !appendEncoded('\r')) return false;
+    if (mEnd > mLine) append("\r\n", 2);
+    mLine = mEnd;
+    return emit() && mTarget.flush();
+  }
+
+ private:
+  void append(const char* text, std::size_t n) {
+    std::memcpy(mEnd, text, n);
+    mEnd += n;
+  }
+
+  bool appendEncoded(unsigned char c) {
+    mBreak = mEnd;
+    const char encoded[3] = {'=', hextable_char[c >> 4], hextable_char[c & 15]};
+    append(encoded, 3);
+    return breakLine();
+  }
+
+  bool endLine() {
+    if (mEnd > mLine && isBlank(mEnd[-1])) {
+      const bool tooLong = mEnd - mLine > kBlankFitsAfter;
+      const char blank = *--mEnd;
+      if (tooLong && mSoftBreaks) append("=\r\n", 3);
+      append(blank == ' ' ? "=20" : "=09", 3);
+    }
+    append("\r\n", 2);
+    return startLine(mEnd);
+  }
+
+  // Ends the open line softly when it has become too long.
+  bool breakLine() {
+    if (mEnd - mLine <= kLongestLine) return true;
+    char* at = mBreak ? mBreak : mEnd - 1;
+    if (mSoftBreaks) {
+      std::memmove(at + 3, at, static_cast<std::size_t>(mEnd - at));
+      std::memcpy(at, "=\r\n", 3);
+      at += 3;
+      mEnd += 3;
+    }
+    return startLine(at);
+  }
+
+  bool startLine(char* at) {
+    mLine = at;
+    mBreak = nullptr;
+    return mLine - mBlock.data() < kBlock || emit();
+  }
+
+  // Writes what stands before the open line and moves that to the front.
+  bool emit() {
+    const std::size_t done = static_cast<std::size_t>(mLine - mBlock.data());
+    if (done > 0 && !WriterAccess::writeThrough(mTarget, mBlock.data(), done)) return false;
+    const std::size_t open = static_cast<std::size_t>(mEnd - mLine);
+    std::memmove(mBlock.data(), mLine, open);
+    mLine = mBlock.data();
+    mEnd = mLine + open;
+    return true;
+  }
+
+  VoMsgBufferedWriter& mTarget;
+  const bool mSoftBreaks;
+  const std::array<bool, 256>& mPlain;
+  bool mOpenCarriageReturn = false;
+  std::array<char, kBlock + kMargin> mBlock;
+  char* mLine = mBlock.data();  // start of the open line
+  char* mEnd = mLine;           // its end
+  char* mBreak = nullptr;       // the last place in it where a soft break may stand
+};
+
+}  // namespace
+
+bool encodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool softBreaks) {
+  Encoder encoder(target, softBreaks);
+  while (ReaderWindow::fill(source)) {
+    const std::string_view window = ReaderWindow::buffered(source);
+    const auto* in = reinterpret_cast<const unsigned char*>(window.data());
+    if (!encoder.encode(in, in + window.size())) return false;
+    ReaderWindow::consume(source, window.size());
+  }
+  return encoder.finish();
+}
+
+}  // namespace vomsg::detail
