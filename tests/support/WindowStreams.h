@@ -1,0 +1,73 @@
+// Streams that are hard on their users: a reader that never shows more than a few bytes at once, and a writer that
+// stops taking bytes.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+
+namespace vomsg::test {
+
+// Reads `text` (borrowed) through a heap buffer of exactly `window` bytes; moves as a file reader does.
+class WindowReader : public VoMsgBufferedReader {
+ public:
+  WindowReader(std::string_view text, std::size_t window)
+      : VoMsgBufferedReader(static_cast<unsigned>(window)), mText(text) {
+    open();
+  }
+  bool open() override { return rseek(0, 0) == 0; }
+  void close() override { mpCurrent = mpEnd = mpBuffer; }
+  bool isOpen() override { return true; }
+  unsigned getOffset() override { return static_cast<unsigned>(mNext - static_cast<std::size_t>(mpEnd - mpCurrent)); }
+  bool seek(long delta) override { return rseek(delta, 1) >= 0; }
+  long rseek(long offset, int whence) override {
+    const std::size_t base = whence == 0 ? 0 : whence == 1 ? getOffset() : mText.size();
+    const std::int64_t target = static_cast<std::int64_t>(base) + offset;
+    if (target < 0 || target > static_cast<std::int64_t>(mText.size())) return -1;
+    mNext = static_cast<std::size_t>(target);
+    mpCurrent = mpEnd = mpBuffer;
+    return static_cast<long>(target);
+  }
+  bool ungetChar() override { return seek(-1); }
+  unsigned getSize() override { return static_cast<unsigned>(mText.size()); }
+  int readBuffer() override {
+    const std::size_t n = std::min<std::size_t>(mBufferSize, mText.size() - mNext);
+    if (n > 0) std::memcpy(mpBuffer, mText.data() + mNext, n);
+    mNext += n;
+    mpCurrent = mpBuffer;
+    mpEnd = mpBuffer + n;
+    return static_cast<int>(n);
+  }
+
+ private:
+  std::string_view mText;
+  std::size_t mNext = 0;  // where the next refill begins
+};
+
+// Takes `limit` bytes, then refuses.
+class LimitedWriter : public VoMsgBufferedWriter {
+ public:
+  explicit LimitedWriter(std::size_t limit = SIZE_MAX, unsigned buffer = 16)
+      : VoMsgBufferedWriter(buffer), mLimit(limit) {}
+  bool open() override { return true; }
+  bool close() override { return flush(); }
+  bool isOpen() override { return true; }
+  bool writeBuffer() override {
+    if (text.size() + mUsed > mLimit) return false;
+    text.append(mpBuffer, mUsed);
+    mUsed = 0;
+    return true;
+  }
+
+  std::string text;  // what was taken
+
+ private:
+  std::size_t mLimit;
+};
+
+}  // namespace vomsg::test
