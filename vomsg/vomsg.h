@@ -22,8 +22,14 @@
 // Charset names and conversion.
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/convert/VoConvertCharset.h"
+#include "vomsg/charset/convert/VoGetnUnicodeString.h"
 #include "vomsg/charset/convert/VoMsgCharsetConverter.h"
 #include "vomsg/charset/convert/VoMsgConverterFactory.h"
+#include "vomsg/charset/convert/VoMsgICUConverter.h"
+#include "vomsg/charset/convert/VoMsgToISO8859EuConverter.h"
+#include "vomsg/charset/convert/VoMsgToUTF8EuConverter.h"
+#include "vomsg/charset/convert/VoMsgUTF8ToISO8859EuConverter.h"
+#include "vomsg/charset/convert/VoUnicodeTable.h"
 
 // Byte streams.
 #include "vomsg/foundation/VoMsgBufferedReader.h"

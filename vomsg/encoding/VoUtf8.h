@@ -7,6 +7,6 @@
 // Writes 1 to 4 bytes to `out` and returns their number. A code above 0xFFFF is a pair (high unit << 16 | low unit).
 VOMSG_API int voUcs2ToUtf8(unsigned int code, unsigned char* out);
 
-// Reads 1 to 4 bytes and returns how many were used. Continuation bytes are not checked, except that a NUL ends
-// the sequence early.
+// Reads 1 to 4 bytes and returns how many were used, at least 1. Continuation bytes are not checked, except that a NUL
+// ends the sequence early, so a C string is never read past its end; what was cut that way gives U+FFFD.
 VOMSG_API int voUtf8ToUcs2(const unsigned char* in, unsigned int& out);

@@ -1,0 +1,217 @@
+// Cuts a text into pieces that each make one encoded word. The text is decoded once; then characters are taken for as
+// long as they can be sure to fit, the piece so far is encoded anew from its first character, and when it has outgrown
+// its budget the last take begins the next piece. Encoding each piece from the start makes it complete in itself:
+// escape sequences open and close within it, and no character is ever cut.
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "vomsg/charset/convert/VoCharsetName.h"
+#include "vomsg/charset/convert/VoConvertCharset.h"
+#include "vomsg/charset/convert/VoGetnUnicodeString.h"
+#include "vomsg/charset/convert/VoMsgIcuHandle.h"
+#include "vomsg/charset/convert/VoMsgJisEscapes.h"
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgGuard.h"
+
+namespace {
+
+using vomsg::detail::equalNoCase;
+using vomsg::detail::IcuHandle;
+using vomsg::detail::kJisToAscii;
+
+constexpr std::size_t kPieceBlock = 128;  // every piece is a block of this size
+constexpr int kEncodedWordRoom = 68;      // 75, the longest encoded word, less "=?", "?B?" and "?="
+constexpr std::string_view kHzToAscii = "~}";
+
+// Their letters are written in quoted-printable, three characters each. "iso_8859-5", the canonical spelling, is
+// missing on purpose: texts in that charset are written in base64.
+constexpr std::string_view kQuotedCharsets[] = {
+    "iso-8859-1", "iso-8859-2", "iso-8859-3",  "iso-8859-4",  "iso-8859-5",  "iso-8859-6",  "iso-8859-7",
+    "iso-8859-8", "iso-8859-9", "iso-8859-10", "iso-8859-13", "iso-8859-14", "iso-8859-15",
+};
+
+enum class Mode { plain, jis, hz };
+
+struct LineTableDeleter {
+  void operator()(std::list<char*>* lines) const { voFreeLineTable(lines); }
+};
+
+// The target charset and what fits into one encoded word of it.
+class Target {
+ public:
+  explicit Target(const char* name) : mpConverter(vomsg::detail::openIcu(name)), mName(name) {
+    if (!mpConverter) return;
+    vomsg::detail::substituteInIcu(*mpConverter, '?');
+    mWidth = vomsg::detail::maxBytesPerChar(*mpConverter);
+    if (equalNoCase(mName, "iso-2022-jp")) mMode = Mode::jis;
+    if (equalNoCase(mName, "hz-gb-2312")) mMode = Mode::hz;
+  }
+
+  bool isOpen() const { return mpConverter != nullptr; }
+  int width() const { return mWidth; }
+
+  // Bytes of text, without the closing sequence, for the first piece and for those after it.
+  int firstBudget(int room) const {
+    const std::int64_t wanted = mMode == Mode::hz ? std::int64_t{3} * room - 8 : budgetFor(room);
+    // HZ counts its first room more generously than the others; even so a piece has to fit into an encoded word.
+    return static_cast<int>(std::min<std::int64_t>(wanted, mMode == Mode::plain ? kPieceBlock - 1 : nextBudget()));
+  }
+  int nextBudget() const {
+    const int room = mName.size() > INT_MAX / 2 ? INT_MIN / 2 : kEncodedWordRoom - static_cast<int>(mName.size());
+    return static_cast<int>(std::min<std::int64_t>(budgetFor(room), kPieceBlock - 1));
+  }
+
+  // `text` as a piece of its own: its bytes, and how many of them count against the budget.
+  struct Encoded {
+    std::string bytes;
+    std::size_t counted;
+  };
+  bool encode(std::u16string_view text, Encoded& piece) const {
+    piece.bytes.clear();
+    if (!vomsg::detail::encodeWithIcu(*mpConverter, text, piece.bytes)) return false;
+    piece.counted = piece.bytes.size();
+    if (mMode == Mode::jis && endsWith(piece.bytes, kJisToAscii)) piece.counted -= kJisToAscii.size();
+    if (mMode == Mode::hz && isHzOpen(piece.bytes)) piece.bytes += kHzToAscii;
+    // Pieces are handed out as C strings; a NUL would hide the rest of one.
+    return piece.bytes.find('\0') == std::string::npos;
+  }
+
+ private:
+  static bool endsWith(std::string_view text, std::string_view end) {
+    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+  }
+
+  static bool isHzOpen(std::string_view text) {
+    bool open = false;
+    for (std::size_t i = 0; i + 1 < text.size(); ++i)
+      if (open && text[i] != '~') {
+        ++i;  // the second byte of a character
+      } else if (text[i] == '~') {
+        ++i;
+        if (text[i] == '{') open = true;
+        if (text[i] == '}') open = false;
+      }
+    return open;
+  }
+
+  std::int64_t budgetFor(int room) const {
+    const std::int64_t groups = room / 4;
+    if (mWidth == 1) {
+      const bool quoted = std::any_of(std::begin(kQuotedCharsets), std::end(kQuotedCharsets),
+                                      [&](std::string_view name) { return equalNoCase(name, mName); });
+      return quoted ? room / 3 : room;
+    }
+    return 3 * groups - (mMode == Mode::jis ? 3 : mMode == Mode::hz ? 2 : 0);
+  }
+
+  IcuHandle mpConverter;
+  std::string_view mName;
+  Mode mMode = Mode::plain;
+  int mWidth = 0;
+};
+
+// The whole text in UTF-16, up to its first NUL; surrogates without a partner, which no charset can say, become U+FFFD.
+bool decode(const char* charset, std::string_view bytes, std::u16string& text) {
+  const IcuHandle converter = vomsg::detail::openIcu(charset);
+  if (!converter) return false;
+  std::string prepared;
+  if (equalNoCase(charset, "iso-2022-jp")) bytes = prepared = vomsg::detail::dropRedundantJisEscapes(bytes);
+  if (!vomsg::detail::decodeWithIcu(*converter, bytes, text)) return false;
+  text.resize(std::min(text.find(u'\0'), text.size()));
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool lead = (text[i] & 0xFC00) == 0xD800;
+    if (lead && i + 1 < text.size() && (text[i + 1] & 0xFC00) == 0xDC00)
+      ++i;
+    else if ((text[i] & 0xF800) == 0xD800)
+      text[i] = 0xFFFD;
+  }
+  return true;
+}
+
+VoErrorCode appendPiece(std::list<char*>& lines, std::string_view piece) {
+  auto* block = static_cast<char*>(std::malloc(kPieceBlock));
+  if (!block) return kVoNoMemory;
+  block[piece.copy(block, kPieceBlock - 1)] = '\0';
+  try {
+    lines.push_back(block);
+  } catch (...) {
+    std::free(block);
+    return kVoNoMemory;
+  }
+  return kVoSuccess;
+}
+
+// One piece of `text` from `start` on; `end` becomes the position behind it. What a take costs is an estimate that
+// escape sequences can exceed, so a take that turns out too long is tried again at half the size, down to a character.
+VoErrorCode fillPiece(const std::u16string& text, const Target& target, int budget, int start, int& end,
+                      std::string& piece) {
+  Target::Encoded longer;
+  std::u16string taken;
+  std::int64_t counted = 0;
+  std::int64_t room = budget;
+  for (end = start; static_cast<std::size_t>(end) < text.size();) {
+    int next = end;
+    taken.clear();
+    const VoErrorCode code =
+        voGetnUnicodeString(text, next, static_cast<unsigned>(room), static_cast<unsigned>(target.width()), taken);
+    if (voFailed(code)) return end == start ? code : kVoSuccess;
+    if (!target.encode(
+            std::u16string_view(text).substr(static_cast<std::size_t>(start), static_cast<std::size_t>(next - start)),
+            longer))
+      return kVoConversionFailed;
+    const bool tooLong = static_cast<std::int64_t>(longer.counted) > budget;
+    if (tooLong && room > target.width()) {
+      room = std::max<std::int64_t>(room / 2, target.width());
+      continue;
+    }
+    if (tooLong && end > start) break;
+    end = next;
+    std::swap(piece, longer.bytes);
+    counted = static_cast<std::int64_t>(longer.counted);
+    room = budget - counted;
+  }
+  return kVoSuccess;
+}
+
+VoErrorCode divide(const std::u16string& text, const Target& target, int firstRoom, std::list<char*>& lines) {
+  int budget = target.firstBudget(firstRoom);
+  std::string piece;
+  for (int start = 0, end = 0; static_cast<std::size_t>(start) < text.size(); start = end) {
+    VoErrorCode code = fillPiece(text, target, budget, start, end, piece);
+    if (voFailed(code)) return code;
+    if (piece.size() >= kPieceBlock) return kVoConversionFailed;
+    code = appendPiece(lines, piece);
+    if (voFailed(code)) return code;
+    budget = target.nextBudget();
+  }
+  return kVoSuccess;
+}
+
+}  // namespace
+
+VoErrorCode voDivisionConvert(const char* fromCharset, const char* toCharset, std::string& text, unsigned int firstRoom,
+                              std::list<char*>** lines) {
+  if (!lines) return kVoBadArgument;
+  *lines = nullptr;
+  if (!fromCharset || !toCharset) return kVoBadArgument;
+  return vomsg::detail::guarded([&] {
+    const Target target(voGetFQNCharsetName(toCharset));
+    std::u16string unicode;
+    if (!decode(voGetFQNCharsetName(fromCharset), text, unicode) || !target.isOpen()) return kVoConversionFailed;
+    // voGetnUnicodeString counts units in an int.
+    if (unicode.size() > INT_MAX) return kVoConversionFailed;
+    std::unique_ptr<std::list<char*>, LineTableDeleter> table(new std::list<char*>);
+    const VoErrorCode code = divide(unicode, target, static_cast<int>(firstRoom), *table);
+    if (!voFailed(code)) *lines = table.release();
+    return code;
+  });
+}
+
+void voFreeLineTable(std::list<char*>* lines) {
+  if (!lines) return;
+  for (char* line : *lines) std::free(line);
+  delete lines;
+}

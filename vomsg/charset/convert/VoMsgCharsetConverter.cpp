@@ -1,0 +1,3 @@
+#include "vomsg/charset/convert/VoMsgCharsetConverter.h"
+
+VoMsgCharsetConverter::~VoMsgCharsetConverter() = default;

@@ -1,0 +1,23 @@
+// From one ISO 8859 charset to another, through the mapping tables. Stops at the first NUL. On failure `out` holds what
+// was converted before.
+#pragma once
+
+#include "vomsg/charset/convert/VoMsgCharsetConverter.h"
+
+struct VoUnicodeTable;
+
+class VOMSG_API VoMsgToISO8859EuConverter : public VoMsgCharsetConverter {
+ public:
+  VoMsgToISO8859EuConverter() = default;
+  VoMsgToISO8859EuConverter(const VoUnicodeTable* toTable, const VoUnicodeTable* fromTable, signed char enforce,
+                            char replaceChar);
+  ~VoMsgToISO8859EuConverter() override;
+
+  VoMsgCharsetConverter* copy(const char* toCharset, const char* fromCharset, signed char enforce,
+                              char replaceChar) override;
+  VoErrorCode convert(std::string& out, std::string& in) override;
+
+ private:
+  const VoUnicodeTable* mpToTable = nullptr;  // borrowed, static
+  const VoUnicodeTable* mpFromTable = nullptr;
+};

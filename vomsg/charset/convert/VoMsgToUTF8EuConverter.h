@@ -1,0 +1,20 @@
+// From an ISO 8859 charset to UTF-8. Stops at the first NUL. On failure `out` holds what was converted before.
+#pragma once
+
+#include "vomsg/charset/convert/VoMsgCharsetConverter.h"
+
+struct VoUnicodeTable;
+
+class VOMSG_API VoMsgToUTF8EuConverter : public VoMsgCharsetConverter {
+ public:
+  VoMsgToUTF8EuConverter() = default;
+  VoMsgToUTF8EuConverter(const VoUnicodeTable* fromTable, signed char enforce, char replaceChar);
+  ~VoMsgToUTF8EuConverter() override;
+
+  VoMsgCharsetConverter* copy(const char* toCharset, const char* fromCharset, signed char enforce,
+                              char replaceChar) override;
+  VoErrorCode convert(std::string& out, std::string& in) override;
+
+ private:
+  const VoUnicodeTable* mpFromTable = nullptr;  // borrowed, static
+};
