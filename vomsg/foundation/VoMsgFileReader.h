@@ -1,6 +1,8 @@
 // Reads a regular file.
 #pragma once
 
+#include <cstdint>
+
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 
 class VOMSG_API VoMsgFileReader : public VoMsgBufferedReader {
@@ -22,10 +24,11 @@ class VOMSG_API VoMsgFileReader : public VoMsgBufferedReader {
   void unlink();  // closes and removes the file
 
  private:
-  bool moveTo(long long position);
+  std::uint64_t position() const;
+  bool refillAt(std::int64_t target);
 
   int mFile = -1;
   char* mpFileName;
-  unsigned mFileOffset = 0;  // bytes taken from the file so far: the position of mpEnd
-  unsigned mFileSize = 0;
+  std::uint64_t mFileOffset = 0;  // bytes taken from the file so far: the position of mpEnd
+  std::uint64_t mFileSize = 0;    // when it was opened
 };

@@ -7,10 +7,10 @@
 class VOMSG_API VoMsgMemoryResource : public VoMsgResourceLocator {
  public:
   // `copy` 1: an own copy of the bytes; otherwise the caller's memory in place, which must outlive the
-  // resource and is never written to.
+  // resource and is never written to. No `data` means no bytes, whatever `length` says.
   VoMsgMemoryResource(void* data, unsigned length, signed char copy, const char* name, const char* charset);
   VoMsgMemoryResource(void* data, unsigned length, const char* name, const char* charset);
-  // An own block of `size` bytes, zeroed.
+  // An own block of `size` bytes, zeroed; empty when memory runs out.
   VoMsgMemoryResource(unsigned size, const char* name, const char* charset);
   ~VoMsgMemoryResource() override;
   int getResourceType() const override;

@@ -1,7 +1,6 @@
 // Makes temporary resources: in memory while they are small and the total allows, else in a temporary file.
 #pragma once
 
-#include "vomsg/foundation/VoMsgCString.h"
 #include "vomsg/foundation/VoMsgExport.h"
 
 class VoMsgResourceLocator;
@@ -28,15 +27,16 @@ class VOMSG_API VoMsgResourceManager {
   static VoMsgResourceLocator* createTmpFileResource();
   // A temporary resource for `size` bytes; size 0 always gives a file. Yours; null on failure.
   static VoMsgResourceLocator* createTmpResource(unsigned size);
-  // Gives the memory of a temporary resource back to the budget.
+  // Gives the memory of a temporary resource back to the budget; resources do it themselves when they are destroyed.
   static void freeTmpResource(VoMsgResourceLocator* resource);
 
  private:
-  VoMsgResourceManager();
+  // Initialised at compile time, so that it serves the constructors of other static objects too.
+  constexpr VoMsgResourceManager() {}
   ~VoMsgResourceManager();
 
-  vomsg::detail::CString mTmpDirPath;
-  unsigned mMaxMemoryResourceSize;
-  unsigned mAllocated;
-  unsigned mTotalLimit;
+  char* mpTmpDirPath = nullptr;
+  unsigned mMaxMemoryResourceSize = 0x100000;
+  unsigned mAllocated = 0;
+  unsigned mTotalLimit = 0x2000000;
 };

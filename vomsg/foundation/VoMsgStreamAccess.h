@@ -23,6 +23,8 @@ class ReaderWindow {
   static void consume(VoMsgBufferedReader& reader, std::size_t n);
   // Makes buffered() non-empty when any data is left. False at the end of the data.
   static bool fill(VoMsgBufferedReader& reader);
+  // Moves by `delta` when that stays inside the buffer, its end included; false, with nothing moved, otherwise.
+  static bool moveWithin(VoMsgBufferedReader& reader, std::int64_t delta);
 };
 
 class WriterAccess {
