@@ -16,10 +16,12 @@ class MessageSource {
   ~MessageSource();
 
   VoMsgResourceLocator* resource() const { return mResource.getObject(); }
+  const VoObjectStub<VoMsgResourceLocator>& sharedResource() const { return mResource; }
   // The reader, made when it is first asked for and opened when it is closed; borrowed. Null when the resource
   // cannot be read.
   VoMsgBufferedReader* openReader();
   void closeReader();
+  bool isOpen() const;
 
  private:
   VoObjectStub<VoMsgResourceLocator> mResource;

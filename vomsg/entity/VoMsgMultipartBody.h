@@ -1,7 +1,9 @@
 // The body of a multipart: the range of the source that its children lie in, and the text around them.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "vomsg/entity/VoMsgEntityBody.h"
 
@@ -16,6 +18,15 @@ class VOMSG_API VoMsgMultipartBody : public VoMsgEntityBody {
   void setNewBody();
   const std::string& getPreamble() const { return mPreamble; }
 
+  // A part that was removed: where it lay in the source, its header block included.
+  struct Range {
+    std::uint32_t begin;
+    std::uint32_t end;
+  };
+  void addRemoved(Range range) { mRemoved.push_back(range); }
+  const std::vector<Range>& getRemoved() const { return mRemoved; }
+
  private:
   std::string mPreamble;
+  std::vector<Range> mRemoved;
 };

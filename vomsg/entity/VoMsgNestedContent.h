@@ -2,10 +2,11 @@
 // defined in tnef/; nothing here depends on them.
 #pragma once
 
+#include <cstdint>
+
 #include "vomsg/foundation/VoErrorCode.h"
 
 class VoMsgEntity;
-class VoMsgResourceLocator;
 
 namespace vomsg::detail {
 
@@ -17,5 +18,12 @@ VoErrorCode parseTnefChild(VoMsgEntity* part);
 // Scans the decoded text of `part` for uuencode and BinHex blocks. On success `part` has a multi-embedded entity
 // as its child. kVoNoContent: no block was found, and nothing changed.
 VoErrorCode scanEmbeddedBlocks(VoMsgEntity* part);
+
+// Scans [offset, offset + size) of the source of `multipart`, the text behind its close delimiter, in the same way.
+// On success a multi-embedded entity is its last child. kVoNoContent: no block was found, and nothing changed.
+VoErrorCode scanEpilogue(VoMsgEntity* multipart, std::uint32_t offset, std::uint32_t size);
+
+// A copy of a multi-embedded entity with its subtree, for a copy of its message; yours. Null on failure.
+VoMsgEntity* copyEmbeddedTree(VoMsgEntity* from);
 
 }  // namespace vomsg::detail

@@ -117,13 +117,29 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   friend class vomsg::detail::MessageWriter;
   friend class vomsg::detail::ContentEditor;
 
-  VoMsgEntityHeader* _changeableHeader();  // not shared with a copy any more
+  VoMsgEntityHeader* _buildHeader(const char* defaultCharset) const;
   VoMsgEntityBody* _body() const;
   VoMsgSingleBody* _singleBody() const;  // null for a multipart
   // Makes a new body when there is none, when it is shared, or when it is of the other kind.
   VoMsgEntityBody* _createEntityBody(bool multipart);
+
+  // Turns a leaf into multipart/mixed: what it held becomes its first part.
   VoErrorCode _changeSingleToMulti();
-  bool _hasEditedSubtree();
+  VoErrorCode _makeMultipartHeader();
+  VoErrorCode _changeMultipartForEmbeded();
+  static void _createBoundary(char* buffer, unsigned length);
+
+  // Steps of the content setters.
+  VoErrorCode _checkContentChange(VoMsgResourceLocator* content, const char* contentType, const char* encoding) const;
+  VoErrorCode _setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,
+                          bool isEncoded, bool takeName);
+  VoErrorCode _setTextContent(VoMsgResourceLocator* content, const char* contentType, const char* charset,
+                              VoMsgReplaceOption option);
+  VoErrorCode _describeContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,
+                               bool takeName);
+  VoErrorCode _setParameterIfChanged(const char* name, const char* param, const char* value, const char* charset);
+  // The code of a failed operation, after its log line.
+  VoErrorCode _failed(const char* function, unsigned line, VoErrorCode code);
 
   mutable VoObjectStub<VoMsgEntityHeader> mHeader;  // empty until asked for
   mutable VoObjectStub<VoMsgEntityBody> mBody;      // empty until asked for
@@ -139,5 +155,8 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   bool mIsChildHeader : 1;       // the limits of blocks below the top level apply
   bool mChildrenChanged : 1;     // a caller appended, inserted or removed children
   bool mBelowSigned : 1;         // lies below a multipart/signed as it was parsed
-  bool mSubtreeMarked : 1;       // a block in the subtree carries a parser's mark
+  bool mIsMarked : 1;            // the block carries a parser's mark that counts
+  bool mSubtreeMarked : 1;       // so does a block in the subtree, down to nested messages
+  bool mMayBePartial : 1;        // the block declares some message/* type
+  bool mInPlace : 1;             // lies between the delimiters of its parent's source
 };

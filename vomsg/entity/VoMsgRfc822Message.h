@@ -29,6 +29,7 @@ class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822
   VoErrorCode _copyEntity(VoMsgEntity* from, VoMsgEntity* to) override;
   VoErrorCode _readEntityBodyPart(VoMsgEntity* entity, VoMsgBoundaryType& end) override;
 
+  VoMsgEntity* createWrapperEntity() override;  // a message/rfc822 part that holds this message
   VoErrorCode copy(VoMsgEntity* from) override;
   VoErrorCode _copyMessage(VoMsgEntity* from);  // the whole tree of `from` becomes this message's
   VoErrorCode _writeToResource(VoMsgBufferedWriter* writer) override;

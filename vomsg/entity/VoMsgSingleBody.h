@@ -2,12 +2,16 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "vomsg/entity/VoMsgEntityBody.h"
 #include "vomsg/foundation/VoErrorCode.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 
 class VoMsgBufferedReader;
+namespace vomsg::detail {
+enum class TransferEncoding : std::uint8_t;
+}
 
 class VOMSG_API VoMsgSingleBody : public VoMsgEntityBody {
  public:
@@ -30,11 +34,19 @@ class VOMSG_API VoMsgSingleBody : public VoMsgEntityBody {
   const VoMsgResourceLocator* getNewContent() const { return mpNewContent.get(); }
   void dropDecodedCopies();
 
+  // Keep the last converted text and charset name for the caller who borrows them; never taken for the content.
+  const VoMsgResourceLocator* keepText(std::unique_ptr<VoMsgResourceLocator> text);
+  const char* keepTextCharset(const std::string& name);
+
  private:
   template <class Sink>
   VoErrorCode withEncodedBytes(VoMsgBufferedReader* reader, Sink&& sink) const;
+  VoErrorCode fetch(VoMsgBufferedReader* reader, vomsg::detail::TransferEncoding encoding,
+                    std::unique_ptr<VoMsgResourceLocator>& kept, const VoMsgResourceLocator*& resource);
 
   std::unique_ptr<VoMsgResourceLocator> mpNewContent;
   std::unique_ptr<VoMsgResourceLocator> mpDecoded;
   std::unique_ptr<VoMsgResourceLocator> mpRaw;
+  std::unique_ptr<VoMsgResourceLocator> mpText;
+  std::string mTextCharset;
 };

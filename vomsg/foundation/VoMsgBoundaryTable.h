@@ -29,6 +29,7 @@ class BoundaryTable {
   void clear();                          // drops all, for the next message
   std::size_t size() const { return mStack.size(); }
   bool empty() const { return mStack.empty(); }
+  std::size_t longest() const { return mLongest; }  // bytes of the longest boundary seen
 
   // Classifies one line, given without its terminator, against all boundaries, innermost first.
   BoundaryMatch match(std::string_view line) const {

@@ -1,0 +1,320 @@
+// The loop in parse() is the whole story: read a header block (enter), look for the next delimiter of any multipart
+// in force, give the body that ends there to its entity, close the multiparts that the delimiter ends, and start the
+// next part. The depth at which the delimiter matched says how many multiparts it ends.
+
+#include "vomsg/entity/VoMsgMessageParser.h"
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+
+#include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgMailMessage.h"
+#include "vomsg/entity/VoMsgMimeEntity.h"
+#include "vomsg/entity/VoMsgNestedContent.h"
+#include "vomsg/entity/VoMsgRangeResource.h"
+#include "vomsg/entity/VoMsgRfc822Message.h"
+#include "vomsg/entity/VoMsgTransferEncoding.h"
+#include "vomsg/entity/VoMsgTreeAccess.h"
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgOptions.h"
+#include "vomsg/foundation/VoMsgResourceManager.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
+
+namespace vomsg::detail {
+
+namespace {
+
+constexpr char kLogSource[] = "VoMsgRfc822Entity";
+
+bool isEmlName(std::string_view name) { return name.size() >= 5 && endsWithNoCase(name, ".eml"); }
+bool isTnefName(std::string_view name) { return equalNoCase(name, "winmail.dat"); }
+
+// Puts the reader back where it stood, whatever looked at the source meanwhile.
+class PositionKeeper {
+ public:
+  explicit PositionKeeper(VoMsgBufferedReader& reader) : mReader(reader), mOffset(reader.getOffset()) {}
+  ~PositionKeeper() { moveTo(mReader, mOffset); }
+  PositionKeeper(const PositionKeeper&) = delete;
+  PositionKeeper& operator=(const PositionKeeper&) = delete;
+
+ private:
+  VoMsgBufferedReader& mReader;
+  std::uint64_t mOffset;
+};
+
+}  // namespace
+
+MessageParser::MessageParser(VoMsgRfc822Entity& root, const VoObjectStub<MessageSource>& source,
+                             VoMsgBufferedReader& reader)
+    : mRoot(root),
+      mSource(source),
+      mReader(reader),
+      mTag(root._getUUIDString()),
+      mRootLevel(static_cast<int>(root.getNestingLevel())),
+      // The tree's root is not counted, so its parts are on its own level.
+      mPartLevel(mRootLevel + (root.getParentEntity() ? 1 : 0)) {}
+
+VoErrorCode MessageParser::parse() {
+  VoErrorCode code = enter(mRoot);
+  while (!voFailed(code)) {
+    const BodyEnd end = findBodyEnd(mReader, mBoundaries);
+    const std::uint64_t bodyEnd = end.lineOffset - end.terminatorBefore;
+    code = finishLeaf(bodyEnd);
+    if (voFailed(code)) break;
+    if (end.match.type == kVoBoundaryNone) {
+      closeAll(end.lineOffset);
+      return kVoSuccess;
+    }
+    while (mOpen.size() > end.match.depth + 1) closeInnermost(bodyEnd);
+    if (end.match.type == kVoBoundaryClose) {
+      mBoundaries.pop();
+      mOpen.back().inEpilogue = true;
+      mOpen.back().epilogueOffset = static_cast<std::uint32_t>(end.lineEnd);
+      continue;
+    }
+    auto child = std::make_unique<VoMsgMimeEntity>();
+    VoMsgMimeEntity& entity = *child;
+    TreeAccess::append(mOpen.back().entity, child.release());
+    entity.mInPlace = true;
+    code = enter(entity);
+  }
+  // What was not read belongs to whatever was open, so that nothing of the source is lost when it is written.
+  const std::uint64_t size = mReader.getSize();
+  if (mLeaf) mLeaf->mBodySize = static_cast<std::uint32_t>(size - mLeaf->mBodyOffset);
+  for (OpenMultipart& open : mOpen) open.inEpilogue = false;
+  closeAll(size);
+  return code;
+}
+
+// Reads the header block of `entity` and decides what its body is: parts to come, or a leaf.
+VoErrorCode MessageParser::enter(VoMsgRfc822Entity& entity) {
+  const bool isChild = entity.getParentEntity() != nullptr;
+  surveyHeaderBlock(mSurvey, mReader, isChild, mBoundaries.empty() ? nullptr : &mBoundaries);
+  entity.mMessageSource = mSource;
+  entity.mIsChildHeader = isChild;
+  if (!mOpen.empty()) entity.mBelowSigned = mOpen.back().belowSigned;
+  takeHeaderRange(entity);
+  mLeaf = &entity;
+  mPlan = {};
+  bool multipart = false;
+  const VoErrorCode code = soundHeader(entity, multipart);
+  if (voFailed(code)) return code;
+  if (mSurvey.end == HeaderEnd::boundaryLine || mSurvey.end == HeaderEnd::endOfData) return kVoSuccess;  // no body
+  if (!multipart) {
+    mPlan = planLeaf(entity);
+    return kVoSuccess;
+  }
+  const StructuredValue& type = mSurvey.contentType;
+  const StructuredParameter* boundary = nullptr;
+  for (std::size_t i = 0; i < type.count; ++i)
+    if (equalNoCase(type.parameters[i].name, "boundary")) boundary = &type.parameters[i];
+  OpenMultipart open{&entity, {}, entity.mBelowSigned || equalNoCase(type.value, "multipart/signed"), false, 0};
+  if (const StructuredParameter* const charset = type.find("charset"))
+    if (!equalNoCase(charset->value, "us-ascii")) open.charset = charset->value;
+  mBoundaries.push(boundary->value);
+  mOpen.push_back(std::move(open));
+  entity.mIsMultipartBody = true;
+  mLeaf = nullptr;
+  return kVoSuccess;
+}
+
+void MessageParser::takeHeaderRange(VoMsgRfc822Entity& entity) {
+  entity.mHeaderOffset = mSurvey.offset;
+  entity.mHeaderSize = mSurvey.size;
+  entity.mHasHeaderRange = true;
+  entity.mUnterminatedHeader = mSurvey.end == HeaderEnd::boundaryLine || mSurvey.end == HeaderEnd::endOfData;
+  entity.mBodyOffset = mSurvey.offset + mSurvey.size;
+  entity.mBodySize = 0;
+  entity.mHasBodyRange = true;
+  entity.mMayBePartial = mSurvey.hasContentType && startsWithNoCase(mSurvey.contentType.value, "message/");
+}
+
+// Tests the block and settles what is odd about it. The fields are built at once where building them later could
+// give something else: when the parser corrects them, or when they depend on what is around the block.
+VoErrorCode MessageParser::soundHeader(VoMsgRfc822Entity& entity, bool& multipart) {
+  const std::string inherited = mOpen.empty() ? std::string() : mOpen.back().charset;
+  const auto build = [&]() -> VoMsgEntityHeader& {
+    const PositionKeeper keeper(mReader);
+    return *entity._buildHeader(inherited.empty() ? "us-ascii" : inherited.c_str());
+  };
+  if (voFailed(mSurvey.code) || mSurvey.contentTypesDiffer) {
+    build();
+    return voFailed(mSurvey.code) ? mSurvey.code : kVoMalformed;
+  }
+  const StructuredValue& type = mSurvey.contentType;
+  unsigned boundaries = 0;
+  const StructuredParameter* boundary = nullptr;
+  if (mSurvey.hasContentType) {
+    multipart = startsWithNoCase(type.value, "multipart/");
+    for (std::size_t i = 0; i < type.count; ++i) {
+      if (!equalNoCase(type.parameters[i].name, "boundary")) continue;
+      boundary = &type.parameters[i];
+      ++boundaries;
+    }
+  }
+  const bool withoutBoundary = multipart && !boundary;
+  HeaderMark mark = mSurvey.mark;
+  if (mark == HeaderMark::none && boundaries > 1) mark = HeaderMark::repeatedBoundary;
+  if (mark == HeaderMark::none && withoutBoundary) mark = HeaderMark::missingBoundary;
+  if (mark == HeaderMark::none && inherited.empty() && !(VoMsgExtraOption & kVoOptionKeepFoldSpace))
+    return multipart && boundary->value.empty() ? kVoMalformed : kVoSuccess;
+
+  VoMsgEntityHeader& header = build();
+  if (mark != HeaderMark::none) {
+    header.setMark(mark, mSurvey.mark != HeaderMark::none ? mSurvey.markOffset : mSurvey.offset);
+    markForRewriting(entity);
+  }
+  VoMsgHeaderField* const field = header.getHeader("Content-Type");
+  if (field && boundaries > 1) {
+    for (unsigned i = 0; i < field->countParameter() && boundaries > 1;) {
+      if (!equalNoCase(viewOf(field->getParameterNameAt(i)), "boundary")) {
+        ++i;
+        continue;
+      }
+      field->removeParameterAt(i);
+      --boundaries;
+    }
+    field->setNewHeader(0);  // the parser's doing, not the caller's
+  }
+  if (field && withoutBoundary) {
+    field->setRawFieldValue("text/plain");
+    while (field->countParameter() > 0) field->removeParameterAt(0);
+    field->appendRawParameter("charset", "us-ascii", false, "us-ascii");
+    field->setNewHeader(0);
+    multipart = false;
+  }
+  return multipart && boundary->value.empty() ? kVoMalformed : kVoSuccess;
+}
+
+// A marked block is written anew, except where that would destroy what nobody touched: text that follows a block
+// without its empty line, and whatever a signature covers.
+void MessageParser::markForRewriting(VoMsgRfc822Entity& entity) {
+  if (entity.mUnterminatedHeader || entity.mBelowSigned) return;
+  entity.mIsMarked = true;
+  VoMsgEntity* up = &entity;
+  for (auto* current = &entity; current && !current->mSubtreeMarked; current = dynamic_cast<VoMsgRfc822Entity*>(up)) {
+    current->mSubtreeMarked = true;
+    if (current == &mRoot) return;
+    up = up->getParentEntity();
+  }
+}
+
+bool MessageParser::namedLike(VoMsgRfc822Entity& entity, bool (*likeThis)(std::string_view name)) {
+  const auto needsDecoding = [](const StructuredValue& value, std::string_view name) {
+    for (std::size_t i = 0; i < value.count; ++i) {
+      const StructuredParameter& parameter = value.parameters[i];
+      if (!startsWithNoCase(parameter.name, name)) continue;
+      if (parameter.name.size() == name.size() ? parameter.isEncoded : parameter.name[name.size()] == '*') return true;
+    }
+    return false;
+  };
+  if ((mSurvey.hasDisposition && needsDecoding(mSurvey.disposition, "filename")) ||
+      (mSurvey.hasContentType && needsDecoding(mSurvey.contentType, "name"))) {
+    const PositionKeeper keeper(mReader);
+    const char* const name = entity.getFileName("us-ascii");
+    return name && likeThis(name);
+  }
+  const StructuredParameter* name = mSurvey.hasDisposition ? mSurvey.disposition.find("filename") : nullptr;
+  if (!name && mSurvey.hasContentType) name = mSurvey.contentType.find("name");
+  return name && likeThis(name->value);
+}
+
+MessageParser::LeafPlan MessageParser::planLeaf(VoMsgRfc822Entity& entity) {
+  LeafPlan plan{};
+  const bool mayExtract = (&entity == &mRoot ? mRootLevel : mPartLevel) < VoMsgMailMessage::getMaxExtractLevel();
+  plan.encoding = mSurvey.hasEncoding ? transferEncodingOf(mSurvey.encoding.value.c_str()) : TransferEncoding::identity;
+  if (!mSurvey.hasContentType) {
+    plan.text = true;
+    plan.message = mayExtract && namedLike(entity, isEmlName);
+    plan.tnefByName = mayExtract && namedLike(entity, isTnefName);
+    return plan;
+  }
+  const std::string_view type = mSurvey.contentType.value;
+  if (mayExtract) {
+    plan.message = equalNoCase(type, "message/rfc822") ||
+                   (!startsWithNoCase(type, "application/mac-binhex") && namedLike(entity, isEmlName));
+    plan.tnefByType = equalNoCase(type, "application/ms-tnef") || equalNoCase(type, "application/x-ms-tnef");
+    plan.tnefByName = !plan.tnefByType && !startsWithNoCase(type, "multipart/") &&
+                      !startsWithNoCase(type, "message/") && !startsWithNoCase(type, "text/") &&
+                      namedLike(entity, isTnefName);
+  }
+  plan.text = startsWithNoCase(type, "text") || startsWithNoCase(type, "application/mac-binhex40") ||
+              (startsWithNoCase(type, "application/octet-stream") && mSurvey.hasEncoding &&
+               startsWithNoCase(mSurvey.encoding.value, "x-uuencode"));
+  return plan;
+}
+
+VoErrorCode MessageParser::finishLeaf(std::uint64_t end) {
+  if (!mLeaf) return kVoSuccess;
+  VoMsgRfc822Entity& entity = *mLeaf;
+  entity.mBodySize = static_cast<std::uint32_t>(std::max<std::uint64_t>(end, entity.mBodyOffset) - entity.mBodyOffset);
+  mLeaf = nullptr;
+  return entity.mBodySize > 0 ? readNested(entity) : kVoSuccess;
+}
+
+// At most one kind of child per leaf: a nested message, else TNEF, else attachments embedded in text.
+VoErrorCode MessageParser::readNested(VoMsgRfc822Entity& entity) {
+  if (mPlan.message) return _parseRfc822Message(entity);
+  if (mPlan.tnefByType || mPlan.tnefByName) {
+    const PositionKeeper keeper(mReader);
+    parseTnefChild(&entity);
+    if (entity.hasChildEntity() || !mPlan.tnefByType) return kVoSuccess;
+    return _parseTextMessage(entity);  // named TNEF, but it is none
+  }
+  return mPlan.text ? _parseTextMessage(entity) : kVoSuccess;
+}
+
+// A message that lies in its part as it is is read in place; an encoded one from a decoded copy of its own.
+VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
+  VO_LOG(9, mTag, "begin: _parseRfc822Message");
+  std::unique_ptr<VoMsgResourceLocator> content;
+  if (mPlan.encoding == TransferEncoding::identity) {
+    VoObjectStub<VoMsgResourceLocator> whole(mSource.getObject()->sharedResource());
+    content = std::make_unique<RangeResource>(whole, entity.mBodyOffset, entity.mBodySize);
+  } else {
+    const PositionKeeper keeper(mReader);
+    content.reset(VoMsgResourceManager::createTmpResource(entity.mBodySize));
+    if (!content) return kVoWriteFailed;
+    if (!moveTo(mReader, entity.mBodyOffset)) return kVoReadFailed;
+    const VoErrorCode code = decodeTransfer(mPlan.encoding, *content, mReader, entity.mBodySize);
+    if (voFailed(code)) return code;
+  }
+  auto message = std::make_unique<VoMsgRfc822Message>(static_cast<VoMsgEntity*>(&entity));
+  VoMsgRfc822Message& nested = *message;
+  nested.mBelowSigned = entity.mBelowSigned;
+  TreeAccess::append(&entity, message.release());
+  const VoErrorCode code = nested.readFrom(content.release());
+  if (voFailed(code)) TreeAccess::removeAt(&entity, 0);
+  VO_LOG(9, mTag, "end  : _parseRfc822Message");
+  return code;
+}
+
+VoErrorCode MessageParser::_parseTextMessage(VoMsgRfc822Entity& entity) {
+  VO_LOG(9, mTag, "begin: _parseTextMessage");
+  const PositionKeeper keeper(mReader);
+  const VoErrorCode code = scanEmbeddedBlocks(&entity);
+  VO_LOG(9, mTag, "end  : _parseTextMessage");
+  return (code & 0xFFFFu) == (kVoNoContent & 0xFFFFu) ? kVoSuccess : code;
+}
+
+void MessageParser::closeInnermost(std::uint64_t end) {
+  OpenMultipart& open = mOpen.back();
+  VoMsgRfc822Entity& entity = *open.entity;
+  entity.mBodySize = static_cast<std::uint32_t>(std::max<std::uint64_t>(end, entity.mBodyOffset) - entity.mBodyOffset);
+  if (!open.inEpilogue) {
+    mBoundaries.pop();
+  } else if (end > open.epilogueOffset) {
+    const PositionKeeper keeper(mReader);
+    scanEpilogue(&entity, open.epilogueOffset, static_cast<std::uint32_t>(end - open.epilogueOffset));
+  }
+  mOpen.pop_back();
+}
+
+void MessageParser::closeAll(std::uint64_t end) {
+  while (!mOpen.empty()) closeInnermost(end);
+}
+
+}  // namespace vomsg::detail

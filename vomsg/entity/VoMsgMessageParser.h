@@ -1,0 +1,74 @@
+// Reads one message into its tree: header blocks are surveyed, bodies are cut at the delimiters in force, nested
+// content is handed to whoever reads it. Everything is recorded as ranges of the source. There is no recursion per
+// multipart; nested messages recurse, bounded by the extract level.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "vomsg/entity/VoMsgMessageSource.h"
+#include "vomsg/entity/VoMsgRfc822Entity.h"
+#include "vomsg/foundation/VoMsgBoundaryTable.h"
+#include "vomsg/header/VoMsgHeaderSurvey.h"
+
+namespace vomsg::detail {
+
+enum class TransferEncoding : std::uint8_t;
+
+class MessageParser {
+ public:
+  // `root` is a message; its entities share `source`, whose opened reader is `reader` and stands at the start.
+  MessageParser(VoMsgRfc822Entity& root, const VoObjectStub<MessageSource>& source, VoMsgBufferedReader& reader);
+
+  // A failure leaves the tree read so far; together its entities still cover the whole source.
+  VoErrorCode parse();
+
+ private:
+  // A multipart whose parts are being read. Its boundary is the one of the same depth in the table, except for the
+  // innermost one while its epilogue is read: that boundary is no longer in force.
+  struct OpenMultipart {
+    VoMsgRfc822Entity* entity;
+    std::string charset;  // what its parts inherit for 8-bit names; empty: us-ascii
+    bool belowSigned;     // for its parts
+    bool inEpilogue;
+    std::uint32_t epilogueOffset;
+  };
+
+  // What may be found in the body of a leaf, decided from its header block.
+  struct LeafPlan {
+    bool message;
+    bool tnefByType;
+    bool tnefByName;
+    bool text;
+    TransferEncoding encoding;
+  };
+
+  VoErrorCode enter(VoMsgRfc822Entity& entity);
+  VoErrorCode soundHeader(VoMsgRfc822Entity& entity, bool& multipart);
+  void takeHeaderRange(VoMsgRfc822Entity& entity);
+  void markForRewriting(VoMsgRfc822Entity& entity);
+  LeafPlan planLeaf(VoMsgRfc822Entity& entity);
+  bool namedLike(VoMsgRfc822Entity& entity, bool (*likeThis)(std::string_view name));
+  VoErrorCode finishLeaf(std::uint64_t end);
+  VoErrorCode readNested(VoMsgRfc822Entity& entity);
+  VoErrorCode _parseRfc822Message(VoMsgRfc822Entity& entity);
+  VoErrorCode _parseTextMessage(VoMsgRfc822Entity& entity);
+  void closeInnermost(std::uint64_t end);
+  void closeAll(std::uint64_t end);
+
+  VoMsgRfc822Entity& mRoot;
+  const VoObjectStub<MessageSource>& mSource;
+  VoMsgBufferedReader& mReader;
+  const char* mTag;         // for log lines
+  int mRootLevel;           // nesting level of the message itself
+  int mPartLevel;           // nesting level of its parts
+  BoundaryTable mBoundaries;
+  std::vector<OpenMultipart> mOpen;
+  HeaderSurvey mSurvey;
+  VoMsgRfc822Entity* mLeaf = nullptr;  // the leaf whose body is being read
+  LeafPlan mPlan{};
+};
+
+}  // namespace vomsg::detail

@@ -1,0 +1,377 @@
+// The tree is walked with an explicit stack, for an edit may sit a hundred thousand levels deep. The source of a
+// multipart's body is a sequence of gaps and parts: a gap holds the line end and the delimiter line before a part, the
+// first one also the preamble, the last one the close delimiter and the epilogue. Unchanged parts and gaps are copied.
+// A part that was added brings its own delimiter line; one that was removed takes the delimiter line before it along.
+
+#include "vomsg/entity/VoMsgMessageWriter.h"
+
+#include <algorithm>
+
+#include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgEntityIterator.h"
+#include "vomsg/entity/VoMsgMultipartBody.h"
+#include "vomsg/entity/VoMsgSingleBody.h"
+#include "vomsg/entity/VoMsgTransferEncoding.h"
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgMemoryReader.h"
+#include "vomsg/foundation/VoMsgResourceManager.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/header/VoMsgHeaderSurvey.h"
+
+namespace vomsg::detail {
+
+namespace {
+
+// Embedded attachments found behind the close delimiter are part of the last gap.
+bool isBehindParts(const VoMsgEntity& entity) { return entity.getEntityTypeID() == kVoEntityMultiEmbeded; }
+
+}  // namespace
+
+VoErrorCode MessageWriter::write(VoMsgRfc822Entity& root) {
+  findChanges(root);
+  VoErrorCode code = begin(root, root.mHasHeaderRange && !root.mInPlace);
+  while (!voFailed(code) && !mOpen.empty()) {
+    OpenMultipart& open = mOpen.back();
+    if (open.current) {
+      code = afterChild(open);
+      continue;
+    }
+    while (open.next && isBehindParts(*open.next)) open.next = open.next->getNextSiblingEntity();
+    if (!open.next) {
+      code = afterLastChild(open);
+      mOpen.pop_back();
+      continue;
+    }
+    auto* const child = dynamic_cast<VoMsgRfc822Entity*>(open.next);
+    open.next = open.next->getNextSiblingEntity();
+    if (!child) continue;
+    open.current = child;
+    code = beforeChild(open, *child);
+    if (!voFailed(code)) code = begin(*child, false);
+  }
+  mSources.clear();
+  return code;
+}
+
+// A caller's change reaches up to the root. A parser's mark reaches up to its own message only: what lies around a
+// nested message that nobody edited is not touched for its sake.
+void MessageWriter::findChanges(VoMsgRfc822Entity& root) {
+  mAnew.clear();
+  mEdited.clear();
+  VoMsgEntityIterator walk(&root);
+  for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) {
+    const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity);
+    if ((mime && !mime->mHasHeaderRange) || entity->_isModified()) {
+      for (VoMsgEntity* up = entity; mEdited.insert(up).second && up != &root; up = up->getParentEntity()) mAnew.insert(up);
+      mAnew.insert(&root);
+    } else if (mime && mime->mIsMarked) {
+      for (VoMsgEntity* up = entity; mAnew.insert(up).second && up != &root; up = up->getParentEntity())
+        if (up->getEntityTypeID() & kVoEntityIsMessage) break;
+    }
+  }
+}
+
+VoErrorCode MessageWriter::begin(VoMsgRfc822Entity& entity, bool wholeSource) {
+  if (entity.mMessageSource.getObject() && !readerOf(entity)) return kVoReadFailed;
+  VoMsgBufferedReader* const reader = readerOf(entity);
+  const std::uint64_t end = !entity.mHasBodyRange ? 0
+                            : wholeSource && reader ? reader->getSize()
+                                                    : std::uint64_t{entity.mBodyOffset} + entity.mBodySize;
+  if (isUnchanged(entity)) return copySource(entity, entity.mHeaderOffset, end);
+  const VoErrorCode code = writeHeader(entity);
+  if (voFailed(code)) return code;
+  if (!entity.mIsMultipartBody) return writeLeaf(entity, end);
+  openMultipart(entity, end);
+  return kVoSuccess;
+}
+
+VoErrorCode MessageWriter::writeHeader(VoMsgRfc822Entity& entity) {
+  const VoMsgEntity* const child = entity.mIsMultipartBody ? nullptr : entity.getChildEntity();
+  if (child && child->getEntityTypeID() == kVoEntityTnefMessage && mEdited.contains(child) &&
+      encodingForChild(entity, *child) != transferEncodingOf(entity.getEncoding())) {
+    const std::unique_ptr<VoMsgEntityHeader> header(entity.getEntityHeader()->newCopy());
+    header->removeHeader("Content-Transfer-Encoding");
+    auto field = std::make_unique<VoMsgHeaderField>("Content-Transfer-Encoding", "base64");
+    const VoErrorCode code = header->appendHeader(field.get());
+    if (voFailed(code)) return code;
+    field.release();
+    return header->writeNewHeaderPart(&mOut);
+  }
+  const VoMsgEntityHeader* const header = entity.mHeader.getObject();
+  if ((header && header->isEdited()) || entity.mIsMarked || !entity.mHasHeaderRange)
+    return entity.getEntityHeader()->writeNewHeaderPart(&mOut);
+  const VoErrorCode code =
+      copySource(entity, entity.mHeaderOffset, std::uint64_t{entity.mHeaderOffset} + entity.mHeaderSize);
+  const bool getsBody = entity.mBody.getObject() && entity.mBody.getObject()->isNewBody();
+  if (voFailed(code) || !entity.mUnterminatedHeader || !(getsBody || entity.mChildrenChanged)) return code;
+  // A new body needs the empty line that the block never had.
+  const std::uint64_t blockEnd = std::uint64_t{entity.mHeaderOffset} + entity.mHeaderSize;
+  const std::string last = entity.mHeaderSize ? sourceBytes(entity, blockEnd - 1, blockEnd) : std::string();
+  const VoErrorCode ended = last.empty() || isLineEnd(last[0]) ? kVoSuccess : put(lineEndOf(entity));
+  return voFailed(ended) ? ended : put(lineEndOf(entity));
+}
+
+VoErrorCode MessageWriter::writeLeaf(VoMsgRfc822Entity& entity, std::uint64_t end) {
+  if (VoMsgEntity* const child = entity.getChildEntity(); child && mEdited.contains(child))
+    return writeChangedChild(entity, *child);
+  const VoMsgEntityBody* const body = entity.mBody.getObject();
+  if (body && body->isNewBody()) {
+    const VoMsgResourceLocator* const content = static_cast<const VoMsgSingleBody*>(body)->getNewContent();
+    const unsigned size = content ? content->getSize(VoMsgResourceLocator::dataPart) : 0;
+    if (size == 0) return kVoSuccess;
+    const std::unique_ptr<VoMsgBufferedReader> reader(content->getInputStream(VoMsgResourceLocator::dataPart));
+    return reader ? copyRange(*reader, mOut, 0, size) : kVoReadFailed;
+  }
+  return entity.mHasBodyRange ? copySource(entity, entity.mBodyOffset, end) : kVoSuccess;
+}
+
+// TNEF is binary, so a part that declares no encoding, or 7bit, gets base64.
+TransferEncoding MessageWriter::encodingForChild(const VoMsgRfc822Entity& entity, const VoMsgEntity& child) {
+  const char* const declared = entity.getEncoding();
+  if (child.getEntityTypeID() == kVoEntityTnefMessage && (!declared || !*declared || equalNoCase(declared, "7bit")))
+    return TransferEncoding::base64;
+  return transferEncodingOf(declared);
+}
+
+// A nested message, a TNEF stream or a text with attachments in it that a caller changed is written afresh and
+// encoded as its part declares.
+VoErrorCode MessageWriter::writeChangedChild(VoMsgRfc822Entity& entity, VoMsgEntity& child) {
+  const TransferEncoding encoding = encodingForChild(entity, child);
+  if (encoding == TransferEncoding::identity) return child._writeToResource(&mOut);
+  const std::unique_ptr<VoMsgResourceLocator> content(
+      VoMsgResourceManager::createTmpResource(std::max(1u, entity.mBodySize)));
+  if (!content) return kVoNoMemory;
+  {
+    const std::unique_ptr<VoMsgBufferedWriter> writer(content->getOutputStream(VoMsgResourceLocator::dataPart));
+    if (!writer) return kVoWriteFailed;
+    const VoErrorCode code = child._writeToResource(writer.get());
+    if (voFailed(code)) return code;
+    if (!writer->flush()) return kVoWriteFailed;
+  }
+  return encodeTransfer(encoding, mOut, *content);
+}
+
+// ---- multiparts
+
+void MessageWriter::openMultipart(VoMsgRfc822Entity& entity, std::uint64_t end) {
+  OpenMultipart open{};
+  open.entity = &entity;
+  open.next = entity.getChildEntity();
+  const VoMsgEntityBody* const body = entity.mBody.getObject();
+  open.isNew = !entity.mHasBodyRange || (body && body->isNewBody());
+  open.position = entity.mBodyOffset;
+  open.end = end;
+  open.lineEnd = lineEndOf(entity);
+  open.boundary = viewOf(entity.getBoundary());
+  open.sourceBoundary = open.isNew ? open.boundary : sourceBoundaryOf(entity);
+  if (open.isNew && body && body->isMultipart())
+    open.close = static_cast<const VoMsgMultipartBody*>(body)->getPreamble();
+  mOpen.push_back(std::move(open));
+  if (mOpen.back().isNew) {
+    OpenMultipart& fresh = mOpen.back();
+    put(fresh.close);
+    if (!fresh.close.empty()) put(fresh.lineEnd);
+    fresh.close = "--" + fresh.boundary + "--";
+    fresh.close += fresh.lineEnd;
+  }
+}
+
+VoErrorCode MessageWriter::beforeChild(OpenMultipart& open, VoMsgRfc822Entity& child) {
+  if (!open.isNew && child.mInPlace) return copyGap(open, child.mHeaderOffset);
+  std::string delimiter = "--" + open.boundary;
+  delimiter += open.lineEnd;
+  if (open.isNew) return put(delimiter);
+  if (open.seenInPlace) return put(std::string(open.lineEnd) + delimiter);
+  // A part added before the first one stands behind the delimiter line that is there.
+  for (const VoMsgEntity* later = child.getNextSiblingEntity(); later; later = later->getNextSiblingEntity())
+    if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(later); part && part->mInPlace)
+      return copyGap(open, part->mHeaderOffset);
+  const VoErrorCode code = gotoInsertionPoint(open);
+  return voFailed(code) ? code : put(delimiter);
+}
+
+VoErrorCode MessageWriter::afterChild(OpenMultipart& open) {
+  VoMsgRfc822Entity& child = *open.current;
+  open.current = nullptr;
+  if (open.isNew) return put(open.lineEnd);
+  if (child.mInPlace) {
+    open.seenInPlace = true;
+    open.position = std::uint64_t{child.mBodyOffset} + child.mBodySize;
+    // The source may have no line end between an empty part and the next delimiter.
+    const VoMsgEntityBody* const body = child.mBody.getObject();
+    if (!body || !body->isNewBody() || open.position >= open.end) return kVoSuccess;
+    const std::string next = sourceBytes(*open.entity, open.position, open.position + 1);
+    return next.empty() || isLineEnd(next[0]) ? kVoSuccess : put(open.lineEnd);
+  }
+  if (open.seenInPlace) return kVoSuccess;
+  const VoErrorCode code = put(open.lineEnd);
+  if (voFailed(code)) return code;
+  for (const VoMsgEntity* later = open.next; later; later = later->getNextSiblingEntity())
+    if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(later); part && part->mInPlace) {
+      std::string delimiter = "--" + open.boundary;
+      delimiter += open.lineEnd;
+      return put(delimiter);
+    }
+  return kVoSuccess;
+}
+
+VoErrorCode MessageWriter::afterLastChild(OpenMultipart& open) {
+  const VoErrorCode code = open.isNew ? kVoSuccess : copyGap(open, open.end);
+  return voFailed(code) ? code : put(open.close);
+}
+
+// Where parts go when none of the source is left: where the removed ones were, before the close delimiter, or at the
+// end of a body that has no delimiter at all.
+VoErrorCode MessageWriter::gotoInsertionPoint(OpenMultipart& open) {
+  if (open.position != open.entity->mBodyOffset || !open.close.empty()) return kVoSuccess;  // there already
+  VoMsgBufferedReader* const reader = readerOf(*open.entity);
+  if (!reader) return kVoReadFailed;
+  const VoMsgEntityBody* const body = open.entity->mBody.getObject();
+  if (body && body->isMultipart() && !static_cast<const VoMsgMultipartBody*>(body)->getRemoved().empty()) {
+    auto removed = static_cast<const VoMsgMultipartBody*>(body)->getRemoved();
+    const auto last = std::max_element(removed.begin(), removed.end(),
+                                       [](const auto& a, const auto& b) { return a.begin < b.begin; });
+    return copyGap(open, behindLineEnd(open, last->end));
+  }
+  BoundaryTable boundaries;
+  boundaries.push(open.sourceBoundary);
+  if (!moveTo(*reader, open.position)) return kVoReadFailed;
+  const BodyEnd end = findBodyEnd(*reader, boundaries);
+  if (end.match.type != kVoBoundaryNone && end.lineOffset < open.end) return copyGap(open, end.lineOffset);
+  open.close = "--" + open.boundary + "--";
+  open.close += open.lineEnd;
+  const VoErrorCode code = copyGap(open, open.end);
+  if (voFailed(code) || open.end == open.entity->mBodyOffset) return code;
+  const std::string last = sourceBytes(*open.entity, open.end - 1, open.end);
+  return !last.empty() && isLineEnd(last[0]) ? kVoSuccess : put(open.lineEnd);
+}
+
+// ---- the source around the parts
+
+// Copies from the multipart's position to `end`, less what belonged to removed parts.
+VoErrorCode MessageWriter::copyGap(OpenMultipart& open, std::uint64_t end) {
+  std::vector<VoMsgMultipartBody::Range> removed;
+  if (const VoMsgEntityBody* const body = open.entity->mBody.getObject(); body && body->isMultipart())
+    for (const auto& range : static_cast<const VoMsgMultipartBody*>(body)->getRemoved())
+      if (range.begin >= open.position && range.end <= end) removed.push_back(range);
+  std::sort(removed.begin(), removed.end(), [](const auto& a, const auto& b) { return a.begin < b.begin; });
+  VoErrorCode code = kVoSuccess;
+  for (const auto& range : removed) {
+    code = copyDelimiters(open, open.position, std::max(open.position, delimiterBefore(open, range.begin)));
+    if (voFailed(code)) return code;
+    open.position = std::min(end, behindLineEnd(open, range.end));
+  }
+  code = copyDelimiters(open, open.position, end);
+  open.position = std::max(open.position, end);
+  return code;
+}
+
+// Copies [begin, end) of the source; where a caller changed the boundary, with the delimiter lines of the new one.
+VoErrorCode MessageWriter::copyDelimiters(OpenMultipart& open, std::uint64_t begin, std::uint64_t end) {
+  if (open.boundary == open.sourceBoundary || open.sourceBoundary.empty() || open.boundary.empty() || begin >= end)
+    return begin < end ? copySource(*open.entity, begin, end) : kVoSuccess;
+  BoundaryTable boundaries;
+  boundaries.push(open.sourceBoundary);
+  VoMsgBufferedReader* const reader = readerOf(*open.entity);
+  while (begin < end) {
+    if (!reader || !moveTo(*reader, begin)) return kVoReadFailed;
+    const BodyEnd found = findBodyEnd(*reader, boundaries);
+    if (found.match.type == kVoBoundaryNone || found.lineOffset >= end) break;
+    const bool isClose = found.match.type == kVoBoundaryClose;
+    std::string line = "--" + open.boundary;
+    if (isClose) line += "--";
+    const std::string old = sourceBytes(*open.entity, found.lineOffset, found.lineEnd);
+    line += old.substr(std::min(old.size(), old.find_first_of("\r\n")));
+    VoErrorCode code = copySource(*open.entity, begin, found.lineOffset);
+    if (!voFailed(code)) code = put(line);
+    if (voFailed(code)) return code;
+    begin = found.lineEnd;
+    if (isClose) break;  // behind it the boundary means nothing
+  }
+  return begin < end ? copySource(*open.entity, begin, end) : kVoSuccess;
+}
+
+// The start of the line whose line end stands right before `offset`.
+std::uint64_t MessageWriter::delimiterBefore(OpenMultipart& open, std::uint64_t offset) {
+  constexpr std::uint64_t kStep = 4096;
+  const std::uint64_t floor = open.position;
+  const std::string tail = sourceBytes(*open.entity, offset - std::min<std::uint64_t>(2, offset - floor), offset);
+  if (tail == "\r\n")
+    offset -= 2;
+  else if (!tail.empty() && isLineEnd(tail.back()))
+    offset -= 1;
+  while (offset > floor) {
+    const std::uint64_t begin = offset - std::min(kStep, offset - floor);
+    const std::string bytes = sourceBytes(*open.entity, begin, offset);
+    const std::size_t at = bytes.find_last_of("\r\n");
+    if (at != bytes.npos) return begin + at + 1;
+    offset = begin;
+  }
+  return floor;
+}
+
+std::uint64_t MessageWriter::behindLineEnd(OpenMultipart& open, std::uint64_t offset) {
+  const std::string bytes = sourceBytes(*open.entity, offset, std::min(open.end, offset + 2));
+  if (bytes.empty() || !isLineEnd(bytes[0])) return offset;
+  return offset + (bytes == "\r\n" ? 2 : 1);
+}
+
+// ---- streams
+
+VoMsgBufferedReader* MessageWriter::readerOf(const VoMsgRfc822Entity& entity) {
+  MessageSource* const source = entity.mMessageSource.getObject();
+  if (!source) return nullptr;
+  std::unique_ptr<OpenSource>& opened = mSources[source];
+  if (!opened) opened = std::make_unique<OpenSource>(source);
+  return opened->reader();
+}
+
+VoErrorCode MessageWriter::copySource(const VoMsgRfc822Entity& entity, std::uint64_t begin, std::uint64_t end) {
+  if (begin >= end) return kVoSuccess;
+  VoMsgBufferedReader* const reader = readerOf(entity);
+  if (!reader) return kVoReadFailed;
+  return copyRange(*reader, mOut, begin, end - begin);
+}
+
+VoErrorCode MessageWriter::put(std::string_view text) {
+  if (text.empty()) return kVoSuccess;
+  return mOut.write(text.data(), static_cast<unsigned>(text.size())) ? kVoSuccess : kVoWriteFailed;
+}
+
+std::string MessageWriter::sourceBytes(const VoMsgRfc822Entity& entity, std::uint64_t begin, std::uint64_t end) {
+  VoMsgBufferedReader* const reader = readerOf(entity);
+  if (!reader || begin >= end || !moveTo(*reader, begin)) return {};
+  std::string bytes(static_cast<std::size_t>(end - begin), '\0');
+  bytes.resize(reader->read(bytes.data(), static_cast<unsigned>(bytes.size())));
+  return bytes;
+}
+
+// Lines that are added end as the empty line of the header block does.
+std::string_view MessageWriter::lineEndOf(const VoMsgRfc822Entity& entity) {
+  if (!entity.mHasHeaderRange || entity.mHeaderSize == 0) return "\r\n";
+  const std::uint64_t end = std::uint64_t{entity.mHeaderOffset} + entity.mHeaderSize;
+  const std::string bytes = sourceBytes(entity, end - std::min(2u, entity.mHeaderSize), end);
+  if (bytes.empty() || !isLineEnd(bytes.back())) return "\r\n";
+  if (bytes.back() == '\r') return "\r";
+  return bytes == "\r\n" ? "\r\n" : "\n";
+}
+
+// The boundary that the delimiter lines of the source carry.
+std::string MessageWriter::sourceBoundaryOf(const VoMsgRfc822Entity& entity) {
+  const VoMsgEntityHeader* const header = entity.mHeader.getObject();
+  if (!header || !header->isEdited()) return std::string(viewOf(entity.getBoundary()));
+  std::string block =
+      sourceBytes(entity, entity.mHeaderOffset, std::uint64_t{entity.mHeaderOffset} + entity.mHeaderSize);
+  VoMsgMemoryReader reader(reinterpret_cast<unsigned char*>(block.data()), static_cast<unsigned>(block.size()));
+  HeaderSurvey survey;
+  if (reader.open()) surveyHeaderBlock(survey, reader, entity.mIsChildHeader, nullptr);
+  std::string boundary;
+  for (std::size_t i = 0; i < survey.contentType.count; ++i)
+    if (equalNoCase(survey.contentType.parameters[i].name, "boundary"))
+      boundary = survey.contentType.parameters[i].value;
+  return boundary;
+}
+
+}  // namespace vomsg::detail

@@ -1,0 +1,31 @@
+// A stretch of another resource, read in place: the source of a message that lies unencoded in its part.
+#pragma once
+
+#include <cstdint>
+
+#include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoObjectStub.h"
+
+namespace vomsg::detail {
+
+class RangeResource : public VoMsgResourceLocator {
+ public:
+  static constexpr int kResourceType = 3;  // neither a whole file nor a whole block
+
+  // [offset, offset + size) of `whole`, which it shares; the range must lie inside.
+  RangeResource(const VoObjectStub<VoMsgResourceLocator>& whole, std::uint32_t offset, std::uint32_t size);
+  ~RangeResource() override;
+  int getResourceType() const override;
+  VoMsgBufferedReader* getInputStream(VoMsgResourceDataType type) const override;
+  VoMsgBufferedWriter* getOutputStream(VoMsgResourceDataType type) const override;  // always null
+  bool equal(VoMsgResourceLocator* other) const override;                           // true for the whole, too
+  unsigned getSize(VoMsgResourceDataType type) const override;
+  bool hasResourceFork() const override;
+
+ private:
+  VoObjectStub<VoMsgResourceLocator> mWhole;
+  std::uint32_t mOffset;
+  std::uint32_t mSize;
+};
+
+}  // namespace vomsg::detail

@@ -1,0 +1,477 @@
+// What a MIME entity is and declares: its header block, made from the source when it is first asked for, the tree
+// operations, and the description of its content. The content itself is in VoMsgRfc822Content.cpp.
+
+#include "vomsg/entity/VoMsgRfc822Entity.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgMessageSource.h"
+#include "vomsg/entity/VoMsgMessageWriter.h"
+#include "vomsg/entity/VoMsgMultipartBody.h"
+#include "vomsg/entity/VoMsgSingleBody.h"
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBoundaryTable.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/header/VoMsgStructuredValue.h"
+
+namespace {
+
+using namespace vomsg::detail;
+
+constexpr char kLogSource[] = "VoMsgRfc822Entity";
+
+bool isAddressHeader(std::string_view name) {
+  return equalNoCase(name, "From") || equalNoCase(name, "To") || equalNoCase(name, "Cc") || equalNoCase(name, "Bcc");
+}
+
+}  // namespace
+
+VoMsgRfc822Entity::VoMsgRfc822Entity()
+    : mHasHeaderRange(false),
+      mHasBodyRange(false),
+      mIsMultipartBody(false),
+      mUnterminatedHeader(false),
+      mIsChildHeader(false),
+      mChildrenChanged(false),
+      mBelowSigned(false),
+      mIsMarked(false),
+      mSubtreeMarked(false),
+      mMayBePartial(false),
+      mInPlace(false) {}
+
+VoMsgRfc822Entity::~VoMsgRfc822Entity() = default;
+
+VoErrorCode VoMsgRfc822Entity::_failed(const char* function, unsigned line, VoErrorCode code) {
+  voMessageLog(1, kLogSource, function, line, _getUUIDString(), "%s failed. (error code:%x)", function, code);
+  return code;
+}
+
+// ---- the header block
+
+VoMsgEntityHeader* VoMsgRfc822Entity::_buildHeader(const char* defaultCharset) const {
+  auto header = std::make_unique<VoMsgEntityHeader>();
+  header->setChild(mIsChildHeader);
+  header->setHeaderRange(mHeaderOffset, mHeaderSize);
+  const OpenSource source(mHasHeaderRange ? mMessageSource.getObject() : nullptr);
+  if (source.reader() && moveTo(*source.reader(), mHeaderOffset)) {
+    ReaderWindow::fill(*source.reader());
+    const std::string_view window = ReaderWindow::buffered(*source.reader());
+    if (window.size() >= mHeaderSize) {
+      header->parseSurveyedBlock(window.substr(0, mHeaderSize), defaultCharset);
+    } else {
+      std::string block(mHeaderSize, '\0');
+      block.resize(source.reader()->read(block.data(), mHeaderSize));
+      header->parseSurveyedBlock(block, defaultCharset);
+    }
+  }
+  mHeader.setNewObject(header.get());
+  return header.release();
+}
+
+VoMsgEntityHeader* VoMsgRfc822Entity::getEntityHeader() const {
+  VoMsgEntityHeader* const header = mHeader.getObject();
+  return header ? header : _buildHeader("us-ascii");
+}
+
+VoErrorCode VoMsgRfc822Entity::_readHeaderPart(const char* defaultCharset) {
+  return guarded([&]() -> VoErrorCode {
+    if (!mMessageSource.getObject()) return kVoReadFailed;
+    _buildHeader(defaultCharset);
+    return kVoSuccess;
+  });
+}
+
+const char* VoMsgRfc822Entity::getHeaderValue(const char* name, const char* charset) const {
+  return guardedOr<const char*>(nullptr, [&]() -> const char* {
+    VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
+    return field ? field->getFieldValue(charset) : nullptr;
+  });
+}
+
+const char* VoMsgRfc822Entity::getRawHeaderValue(const char* name) const {
+  return guardedOr<const char*>(nullptr, [&]() -> const char* {
+    const VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
+    return field ? field->getRawFieldValue() : nullptr;
+  });
+}
+
+const char* VoMsgRfc822Entity::getHeaderParameterValue(const char* name, const char* param,
+                                                       const char* charset) const {
+  return guardedOr<const char*>(nullptr, [&]() -> const char* {
+    VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
+    return field ? field->getParameterValue(param, charset) : nullptr;
+  });
+}
+
+const char* VoMsgRfc822Entity::getRawHeaderParameterValue(const char* name, const char* param) const {
+  return guardedOr<const char*>(nullptr, [&]() -> const char* {
+    const VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
+    return field && param ? field->getRawParameterValue(param) : nullptr;
+  });
+}
+
+// A structured value may come with its parameters; they are set one by one, and those not named stay.
+VoErrorCode VoMsgRfc822Entity::setHeaderValue(const char* name, const char* value, const char* srcCharset,
+                                              const char* dstCharset) {
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    if (!name || !*name || !value) return kVoBadArgument;
+    VoMsgEntityHeader& header = *getEntityHeader();
+    StructuredValue parts;
+    const bool structured = VoMsgEntityHeader::isStructuredHeader(name);
+    if (structured) parseStructuredValue(parts, value, 0);
+    const char* const main = structured && parts.count > 0 ? parts.value.c_str() : value;
+
+    VoMsgHeaderField* field = header.getHeader(name);
+    std::unique_ptr<VoMsgHeaderField> created;
+    if (!field) field = (created = std::make_unique<VoMsgHeaderField>(name, "")).get();
+    VoErrorCode result = field->setFieldValue(main, srcCharset, dstCharset);
+    for (std::size_t i = 0; i < parts.count && !voFailed(result); ++i)
+      result = field->setParameterValue(parts.parameters[i].name.c_str(), parts.parameters[i].value.c_str(),
+                                        srcCharset, dstCharset);
+    if (voFailed(result)) return result;
+    if (created) {
+      result = header.appendHeader(created.get());
+      if (voFailed(result)) return result;
+      created.release();
+    }
+    // The addresses are what is written, so they follow the value.
+    if (isAddressHeader(name)) {
+      const std::string raw(viewOf(field->getRawFieldValue()));
+      return header.setAddressList(name, raw.c_str());
+    }
+    return kVoSuccess;
+  });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+VoErrorCode VoMsgRfc822Entity::setHeaderParameterValue(const char* name, const char* param, const char* value,
+                                                       const char* srcCharset, const char* dstCharset) {
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    if (!name || !param) return kVoBadArgument;
+    VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
+    return field ? field->setParameterValue(param, value, srcCharset, dstCharset) : kVoNoSuchHeader;
+  });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+unsigned VoMsgRfc822Entity::countHeaders() const {
+  return guardedOr(0u, [&] { return getEntityHeader()->countHeaders(); });
+}
+
+VoMsgHeaderField* VoMsgRfc822Entity::getHeaderAt(unsigned i) const {
+  return guardedOr<VoMsgHeaderField*>(nullptr, [&] { return getEntityHeader()->getHeaderAt(i); });
+}
+
+VoMsgHeaderField* VoMsgRfc822Entity::getHeader(const char* name) const {
+  return guardedOr<VoMsgHeaderField*>(nullptr, [&] { return getEntityHeader()->getHeader(name); });
+}
+
+VoErrorCode VoMsgRfc822Entity::appendHeader(VoMsgHeaderField* field) {
+  const VoErrorCode code = guarded([&] { return getEntityHeader()->appendHeader(field); });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+VoErrorCode VoMsgRfc822Entity::insertHeaderAt(VoMsgHeaderField* field, unsigned i) {
+  const VoErrorCode code = guarded([&] { return getEntityHeader()->insertHeaderAt(field, i); });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+VoErrorCode VoMsgRfc822Entity::removeHeaderAt(unsigned i) {
+  const VoErrorCode code = guarded([&] { return getEntityHeader()->removeHeaderAt(i); });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+// An absent name succeeds and changes nothing.
+VoErrorCode VoMsgRfc822Entity::removeHeader(const char* name) {
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    if (!name) return kVoBadArgument;
+    VoMsgEntityHeader* const header = getEntityHeader();
+    return header->getHeader(name) ? header->removeHeader(name) : kVoSuccess;
+  });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+VoErrorCode VoMsgRfc822Entity::removeHeaderParameter(const char* name, const char* param) {
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    if (!name || !param) return kVoBadArgument;
+    VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
+    return field ? field->removeParameter(param) : kVoNoSuchHeader;
+  });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+VoErrorCode VoMsgRfc822Entity::removeHeaderParameterAt(const char* name, unsigned i) {
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    if (!name) return kVoBadArgument;
+    VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
+    return field ? field->removeParameterAt(i) : kVoNoSuchHeader;
+  });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+// ---- addresses
+
+unsigned VoMsgRfc822Entity::countUserAddress(const char* name) const {
+  return guardedOr(0u, [&] { return name ? getEntityHeader()->countAddress(name) : 0u; });
+}
+
+VoMsgUserAddress* VoMsgRfc822Entity::getUserAddressAt(const char* name, unsigned i) const {
+  return guardedOr<VoMsgUserAddress*>(nullptr,
+                                      [&] { return name ? getEntityHeader()->getAddressAt(name, i) : nullptr; });
+}
+
+VoErrorCode VoMsgRfc822Entity::appendUserAddress(const char* name, VoMsgUserAddress* address) {
+  const VoErrorCode code = guarded([&] {
+    return name && address ? getEntityHeader()->appendAddress(name, address) : kVoBadArgument;
+  });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+VoErrorCode VoMsgRfc822Entity::appendUserAddress(const char* name, const char* address) {
+  const VoErrorCode code = guarded([&] {
+    return name && address ? getEntityHeader()->appendAddress(name, address) : kVoBadArgument;
+  });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+VoErrorCode VoMsgRfc822Entity::insertUserAddressAt(const char* name, VoMsgUserAddress* address, unsigned i) {
+  const VoErrorCode code = guarded([&] {
+    return name && address ? getEntityHeader()->insertAddressAt(name, address, i) : kVoBadArgument;
+  });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+VoErrorCode VoMsgRfc822Entity::insertUserAddressAt(const char* name, const char* address, unsigned i) {
+  const VoErrorCode code = guarded([&] {
+    return name && address ? getEntityHeader()->insertAddressAt(name, address, i) : kVoBadArgument;
+  });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+VoErrorCode VoMsgRfc822Entity::removeUserAddressAt(const char* name, unsigned i) {
+  const VoErrorCode code =
+      guarded([&] { return name ? getEntityHeader()->removeAddressAt(name, i) : kVoBadArgument; });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+// ---- what the content is
+
+const char* VoMsgRfc822Entity::getContentType() const { return getRawHeaderValue("Content-Type"); }
+const char* VoMsgRfc822Entity::getCharset() const {
+  return getHeaderParameterValue("Content-Type", "charset", "us-ascii");
+}
+const char* VoMsgRfc822Entity::getEncoding() const { return getRawHeaderValue("Content-Transfer-Encoding"); }
+const char* VoMsgRfc822Entity::getBoundary() const { return getRawHeaderParameterValue("Content-Type", "boundary"); }
+
+const char* VoMsgRfc822Entity::getFileName(const char* charset) const {
+  const char* const name = getHeaderParameterValue("Content-Disposition", "filename", charset);
+  return name ? name : getHeaderParameterValue("Content-Type", "name", charset);
+}
+
+bool VoMsgRfc822Entity::isMultipartEntity() const { return isContentType("multipart", nullptr); }
+
+VoErrorCode VoMsgRfc822Entity::setFileName(const char* name) {
+  if (!name) return _failed(__func__, __LINE__, kVoBadArgument);
+  VoErrorCode code = kVoSuccess;
+  if (!getHeader("Content-Disposition")) code = setHeaderValue("Content-Disposition", "attachment", "us-ascii", nullptr);
+  if (!voFailed(code)) code = _setParameterIfChanged("Content-Disposition", "filename", name, "utf-8");
+  if (!voFailed(code) && getHeader("Content-Type"))
+    code = _setParameterIfChanged("Content-Type", "name", name, "utf-8");
+  return voFailed(code) ? _failed(__func__, __LINE__, kVoContentHeaderFailed) : code;
+}
+
+VoErrorCode VoMsgRfc822Entity::setContentType(const char* contentType) {
+  return setHeaderValue("Content-Type", contentType, "us-ascii", nullptr);
+}
+
+// ---- the tree
+
+VoErrorCode VoMsgRfc822Entity::appendChildEntity(VoMsgEntity* child) {
+  return insertChildEntityAt(child, isMultipartEntity() ? countChildEntity() : 1);
+}
+
+VoErrorCode VoMsgRfc822Entity::appendEntity(VoMsgEntity* entity) { return appendChildEntity(entity); }
+
+// A message cannot stand between delimiters as it is, so it gets a part around it.
+VoErrorCode VoMsgRfc822Entity::insertChildEntityAt(VoMsgEntity* child, unsigned i) {
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    if (!child || child == this || child->getParentEntity()) return kVoBadArgument;
+    for (const VoMsgEntity* up = this; up; up = up->getParentEntity())
+      if (up == child) return kVoBadArgument;
+    const bool wasMultipart = isMultipartEntity();
+    if (i > (wasMultipart ? countChildEntity() : 1u)) return kVoOutOfRange;
+    const VoErrorCode ready = wasMultipart ? _makeMultipartHeader() : _changeSingleToMulti();
+    if (voFailed(ready)) return ready;
+    VoMsgEntity* added = child;
+    if (child->getEntityTypeID() & kVoEntityIsMessage) added = child->createWrapperEntity();
+    if (!added) return kVoNoMemory;
+    if (!_insertChildAt(added, std::min(i, countChildEntity()))) return kVoOutOfRange;
+    mChildrenChanged = true;
+    return kVoSuccess;
+  });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+VoErrorCode VoMsgRfc822Entity::removeChildEntityAt(unsigned i) {
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    if (!isMultipartEntity()) return kVoNoChildren;
+    VoMsgEntity* const child = getChildEntityAt(i);
+    if (!child) return kVoOutOfRange;
+    if (const auto* const part = dynamic_cast<VoMsgRfc822Entity*>(child); part && part->mInPlace)
+      static_cast<VoMsgMultipartBody*>(_createEntityBody(true))
+          ->addRemoved({part->mHeaderOffset, part->mBodyOffset + part->mBodySize});
+    mChildrenChanged = true;
+    return _removeChildAt(i) ? kVoSuccess : kVoOutOfRange;
+  });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+bool VoMsgRfc822Entity::isModified() { return VoMsgEntity::isModified(); }
+
+bool VoMsgRfc822Entity::_isModified() {
+  const VoMsgEntityHeader* const header = mHeader.getObject();
+  const VoMsgEntityBody* const body = mBody.getObject();
+  return mChildrenChanged || (header && header->isEdited()) || (body && body->isNewBody());
+}
+
+// ---- the body object
+
+VoMsgEntityBody* VoMsgRfc822Entity::_body() const {
+  if (VoMsgEntityBody* const body = mBody.getObject()) return body;
+  std::unique_ptr<VoMsgEntityBody> body;
+  if (mIsMultipartBody)
+    body = std::make_unique<VoMsgMultipartBody>();
+  else
+    body = std::make_unique<VoMsgSingleBody>();
+  body->setBodyRange(static_cast<std::int32_t>(mBodyOffset), static_cast<std::int32_t>(mBodySize));
+  mBody.setNewObject(body.get());
+  return body.release();
+}
+
+VoMsgSingleBody* VoMsgRfc822Entity::_singleBody() const {
+  VoMsgEntityBody* const body = _body();
+  return body->isMultipart() ? nullptr : static_cast<VoMsgSingleBody*>(body);
+}
+
+VoMsgEntityBody* VoMsgRfc822Entity::_createEntityBody(bool multipart) {
+  VoMsgEntityBody* const present = mBody.getObject();
+  if (present && mBody.countReference() == 1 && present->isMultipart() == multipart) return present;
+  std::unique_ptr<VoMsgEntityBody> body;
+  if (multipart) {
+    auto parts = std::make_unique<VoMsgMultipartBody>();
+    if (present && present->isMultipart()) {
+      const auto& old = static_cast<const VoMsgMultipartBody&>(*present);
+      for (const VoMsgMultipartBody::Range& range : old.getRemoved()) parts->addRemoved(range);
+      if (old.isNewBody()) parts->setNewBody();
+    }
+    body = std::move(parts);
+  } else {
+    body = std::make_unique<VoMsgSingleBody>();
+  }
+  body->setBodyRange(static_cast<std::int32_t>(mBodyOffset), static_cast<std::int32_t>(mBodySize));
+  mBody.setNewObject(body.get());
+  mIsMultipartBody = multipart;
+  return body.release();
+}
+
+VoMsgBufferedReader* VoMsgRfc822Entity::getContextSource(int& err) {
+  MessageSource* const source = mMessageSource.getObject();
+  VoMsgBufferedReader* const reader = source ? source->openReader() : nullptr;
+  err = static_cast<int>(source && !reader ? kVoReadFailed : kVoSuccess);
+  return reader;
+}
+
+// Becomes a copy of one entity: the header block is copied, body and source are shared.
+VoErrorCode VoMsgRfc822Entity::copy(VoMsgEntity* from) {
+  return guarded([&]() -> VoErrorCode {
+    const auto* const other = dynamic_cast<VoMsgRfc822Entity*>(from);
+    if (!other) return kVoBadArgument;
+    if (other->mHeader.getObject()) mHeader.setNewObject(other->mHeader.getObject()->newCopy());
+    mBody = other->mBody;
+    mMessageSource = other->mMessageSource;
+    mHeaderOffset = other->mHeaderOffset;
+    mHeaderSize = other->mHeaderSize;
+    mBodyOffset = other->mBodyOffset;
+    mBodySize = other->mBodySize;
+    mHasHeaderRange = other->mHasHeaderRange;
+    mHasBodyRange = other->mHasBodyRange;
+    mIsMultipartBody = other->mIsMultipartBody;
+    mUnterminatedHeader = other->mUnterminatedHeader;
+    mIsChildHeader = other->mIsChildHeader;
+    mChildrenChanged = other->mChildrenChanged;
+    mBelowSigned = other->mBelowSigned;
+    mIsMarked = other->mIsMarked;
+    mSubtreeMarked = other->mSubtreeMarked;
+    mMayBePartial = other->mMayBePartial;
+    mInPlace = other->mInPlace;
+    return kVoSuccess;
+  });
+}
+
+void VoMsgRfc822Entity::dumpEntityInf(std::FILE* out) {
+  if (!out) return;
+  _dumpEntityInf(out);
+  getEntityHeader()->dumpEntityHeader(out);
+  _body()->dumpEntityBody(out);
+}
+
+// ---- steps that the message drives
+
+// Reads the body at the source's position, up to the next delimiter of a multipart around this entity.
+VoErrorCode VoMsgRfc822Entity::_readBodyPart(VoMsgBoundaryType& end) {
+  end = kVoBoundaryNone;
+  return guarded([&]() -> VoErrorCode {
+    int err = 0;
+    VoMsgBufferedReader* const reader = getContextSource(err);
+    if (!reader) return kVoReadFailed;
+    std::vector<const char*> around;
+    for (const VoMsgEntity* up = getParentEntity(); up; up = up->getParentEntity())
+      if (up->isMultipartEntity())
+        if (const char* const boundary = up->getRawHeaderParameterValue("Content-Type", "boundary"))
+          around.push_back(boundary);
+    BoundaryTable boundaries;
+    for (auto boundary = around.rbegin(); boundary != around.rend(); ++boundary) boundaries.push(*boundary);
+    const std::uint32_t offset = reader->getOffset();
+    const BodyEnd found = findBodyEnd(*reader, boundaries);
+    end = found.match.type;
+    mBodyOffset = offset;
+    mBodySize = static_cast<std::uint32_t>(found.lineOffset - found.terminatorBefore) - offset;
+    mHasBodyRange = true;
+    mBody.free();
+    return kVoSuccess;
+  });
+}
+
+VoErrorCode VoMsgRfc822Entity::_writeBoundarySeparator(VoMsgBufferedWriter* writer, bool first) {
+  if (!writer) return kVoBadArgument;
+  const std::string_view boundary = viewOf(getBoundary());
+  const bool written = (first || writer->write("\r\n", 2)) && writer->write("--", 2) &&
+                       writer->write(boundary.data(), static_cast<unsigned>(boundary.size()));
+  return written ? kVoSuccess : kVoWriteFailed;
+}
+
+VoErrorCode VoMsgRfc822Entity::_writeBoundaryBegin(VoMsgBufferedWriter* writer) {
+  const VoErrorCode code = _writeBoundarySeparator(writer, false);
+  return voFailed(code) || writer->write("\r\n", 2) ? code : kVoWriteFailed;
+}
+
+VoErrorCode VoMsgRfc822Entity::_writeBoundaryEnd(VoMsgBufferedWriter* writer) {
+  const VoErrorCode code = _writeBoundarySeparator(writer, false);
+  return voFailed(code) || writer->write("--\r\n", 4) ? code : kVoWriteFailed;
+}
+
+VoErrorCode VoMsgRfc822Entity::_writeToResource(VoMsgBufferedWriter* writer) {
+  if (!writer) return kVoBadArgument;
+  return guarded([&]() -> VoErrorCode {
+    const VoErrorCode code = MessageWriter(*writer).write(*this);
+    return voFailed(code) || writer->flush() ? code : kVoWriteFailed;
+  });
+}

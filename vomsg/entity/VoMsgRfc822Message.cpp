@@ -1,0 +1,273 @@
+#include "vomsg/entity/VoMsgRfc822Message.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "vomsg/entity/VoMsgEntityIterator.h"
+#include "vomsg/entity/VoMsgMessageParser.h"
+#include "vomsg/entity/VoMsgMessageSource.h"
+#include "vomsg/entity/VoMsgMessageWriter.h"
+#include "vomsg/entity/VoMsgMimeEntity.h"
+#include "vomsg/entity/VoMsgNestedContent.h"
+#include "vomsg/entity/VoMsgTreeAccess.h"
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgFileResource.h"
+#include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLog.h"
+
+namespace {
+
+using namespace vomsg::detail;
+
+constexpr char kLogSource[] = "VoMsgRfc822Message";
+constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
+constexpr std::uint64_t kLargestSource = 0x7FFFFFFF;  // offsets of bodies are signed
+
+bool fileStatus(VoMsgResourceLocator* resource, struct stat& status) {
+  const auto* const file = dynamic_cast<VoMsgFileResource*>(resource);
+  const char* const path = file ? file->getFilePath(kData) : nullptr;
+  return path && stat(path, &status) == 0;
+}
+
+// Sizes are 32 bits wide, so the file is asked itself.
+bool isTooLarge(VoMsgResourceLocator* resource, VoMsgBufferedReader& reader) {
+  struct stat status;
+  if (fileStatus(resource, status)) return static_cast<std::uint64_t>(status.st_size) > kLargestSource;
+  return reader.getSize() > kLargestSource;
+}
+
+// Two paths may lead to one file; writing would destroy the source before it is read.
+bool isSameFile(VoMsgResourceLocator* a, VoMsgResourceLocator* b) {
+  struct stat first;
+  struct stat second;
+  return fileStatus(a, first) && fileStatus(b, second) && first.st_dev == second.st_dev &&
+         first.st_ino == second.st_ino;
+}
+
+}  // namespace
+
+VoMsgRfc822Message::VoMsgRfc822Message() = default;
+VoMsgRfc822Message::VoMsgRfc822Message(const VoUUID_t* uuid) : VoMsgMailMessage(uuid) {}
+VoMsgRfc822Message::VoMsgRfc822Message(VoMsgEntity*) {}
+VoMsgRfc822Message::~VoMsgRfc822Message() = default;
+
+std::uint32_t VoMsgRfc822Message::getEntityTypeID() const { return kVoEntityRfc822Message; }
+const char* VoMsgRfc822Message::_getEntityName() { return "VoMsgRfc822Message"; }
+
+VoMsgMailSessionInfo* VoMsgRfc822Message::getSessionInfo() { return mpSessionInfo; }
+void VoMsgRfc822Message::setSessionInfo(VoMsgMailSessionInfo* info) { mpSessionInfo = info; }
+void* VoMsgRfc822Message::getUserData() { return mpUserData; }
+void VoMsgRfc822Message::setUserData(void* data) { mpUserData = data; }
+
+// ---- reading
+
+VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
+  const char* const tag = _getUUIDString();
+  VO_DIAGNOSTIC(2, tag, "parsing message.");
+  if (!source) return kVoBadArgument;
+  if (mSource.getObject()) {
+    VO_LOG(1, tag, "Resource of this message object has already existed.");
+    return kVoNoMemory;
+  }
+  VoErrorCode code = guarded([&]() -> VoErrorCode {
+    mSource.setNewObject(source);
+    mMessageSource.setNewObject(new MessageSource(mSource));
+    return kVoSuccess;
+  });
+  if (voFailed(code)) {
+    VO_DIAGNOSTIC(0, tag, "parse error. (can not allocate memory)");
+    return kVoNoMemory;
+  }
+  MessageSource* const opened = mMessageSource.getObject();
+  VoMsgBufferedReader* const reader = opened->openReader();
+  if (!reader || isTooLarge(source, *reader)) {
+    VO_DIAGNOSTIC(0, tag, "parse error. (can not read message)");
+    return kVoReadFailed;
+  }
+  code = guarded([&] { return MessageParser(*this, mMessageSource, *reader).parse(); });
+  mEndPosition = std::max(0, static_cast<int>(reader->getOffset()));
+  opened->closeReader();
+  if (!voFailed(code)) {
+    VO_DIAGNOSTIC(2, tag, "finished parsing message.");
+    return _isPartialMessage();
+  }
+  switch (code & 0xFFFFu) {
+    case kVoTnefMalformed & 0xFFFFu:
+    case kVoMalformed & 0xFFFFu: VO_DIAGNOSTIC(0, tag, "detected as malformed mail message."); break;
+    case kVoNoMemory & 0xFFFFu: VO_DIAGNOSTIC(0, tag, "parse error. (can not allocate memory)"); break;
+    case kVoPartialMessage & 0xFFFFu: VO_DIAGNOSTIC(0, tag, "message/partial data is not supported."); break;
+    default: VO_DIAGNOSTIC(0, tag, "parse error. (error code:%x)", code);
+  }
+  return code;
+}
+
+VoErrorCode VoMsgRfc822Message::readMailHeaderFrom(VoMsgResourceLocator* source) { return readFrom(source); }
+VoErrorCode VoMsgRfc822Message::readMailBodyFrom(VoMsgResourceLocator* source) { return readFrom(source); }
+
+VoErrorCode VoMsgRfc822Message::_isPartialMessage() {
+  if (mHasHeaderRange && !mMayBePartial && !mHeader.getObject()) return kVoSuccess;
+  VoMsgEntityIterator walk(this);
+  const VoMsgEntity* const first = walk.first();
+  const std::string_view type = viewOf(first ? first->getContentType() : nullptr);
+  if (!equalNoCase(type, "message/partial") && !equalNoCase(type, "message/external-body")) return kVoSuccess;
+  VO_DIAGNOSTIC(0, _getUUIDString(), "message/partial data is not supported.");
+  return kVoPartialMessage;
+}
+
+VoErrorCode VoMsgRfc822Message::_readEntityBodyPart(VoMsgEntity* entity, VoMsgBoundaryType& end) {
+  return entity ? entity->_readBodyPart(end) : kVoBadArgument;
+}
+
+// ---- writing
+
+VoErrorCode VoMsgRfc822Message::writeTo(VoMsgResourceLocator* target) {
+  if (!target) return kVoBadArgument;
+  const char* const tag = _getUUIDString();
+  VoMsgResourceLocator* const source = mSource.getObject();
+  if (source && (source->equal(target) || isSameFile(source, target))) {
+    VO_LOG(9, tag, "The argument of ResourceLocator is same as message source file.");
+    return kVoBadArgument;
+  }
+  return guarded([&]() -> VoErrorCode {
+    const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(kData));
+    if (!writer) {
+      VO_DIAGNOSTIC(0, tag, "mail message write error.");
+      return kVoWriteFailed;
+    }
+    return _writeToResource(writer.get());
+  });
+}
+
+VoErrorCode VoMsgRfc822Message::_writeToResource(VoMsgBufferedWriter* writer) {
+  if (!writer) return kVoBadArgument;
+  const char* const tag = _getUUIDString();
+  VO_DIAGNOSTIC(2, tag, mSource.getObject() ? "writing back message." : "writing new composed message.");
+  const OpenSource source(mMessageSource.getObject());
+  if (mMessageSource.getObject() && !source.reader()) {
+    VO_DIAGNOSTIC(0, tag, "can not access original mail message.");
+    return kVoReadFailed;
+  }
+  const VoErrorCode code = VoMsgRfc822Entity::_writeToResource(writer);
+  if (voFailed(code)) {
+    VO_DIAGNOSTIC(0, tag, "mail message write error.");
+    return code;
+  }
+  VO_DIAGNOSTIC(2, tag, "finished writing message.");
+  return kVoSuccess;
+}
+
+// ---- copying
+
+VoMsgMailMessage* VoMsgRfc822Message::split() {
+  const char* const tag = _getUUIDString();
+  VO_DIAGNOSTIC(2, tag, "spliting message.");
+  std::unique_ptr<VoMsgRfc822Message> other(new (std::nothrow) VoMsgRfc822Message(&getUUID()));
+  if (!other) {
+    VO_DIAGNOSTIC(2, tag, "split failed. (can not allocate memory)");
+    return nullptr;
+  }
+  if (voFailed(other->_copyMessage(this))) {
+    VO_DIAGNOSTIC(0, tag, "split failed. (can not allocate memory)");
+    return nullptr;
+  }
+  VO_DIAGNOSTIC(2, tag, "finished spliting message.");
+  return other.release();
+}
+
+VoErrorCode VoMsgRfc822Message::copy(VoMsgEntity* from) {
+  const VoErrorCode code = VoMsgRfc822Entity::copy(from);
+  if (voFailed(code)) return code;
+  const auto* const other = dynamic_cast<VoMsgRfc822Message*>(from);
+  if (!other) return kVoSuccess;
+  mSource = other->mSource;
+  mEndPosition = other->mEndPosition;
+  return kVoSuccess;
+}
+
+VoErrorCode VoMsgRfc822Message::_copyEntity(VoMsgEntity* from, VoMsgEntity* to) {
+  return from && to ? to->copy(from) : kVoBadArgument;
+}
+
+// Walks both trees in step; children with trees of their own kind copy themselves.
+VoErrorCode VoMsgRfc822Message::_copyMessage(VoMsgEntity* from) {
+  return guarded([&]() -> VoErrorCode {
+    VoErrorCode code = _copyEntity(from, this);
+    VoMsgEntity* source = from;
+    VoMsgEntity* target = this;
+    bool descend = true;
+    while (!voFailed(code)) {
+      VoMsgEntity* next = descend ? source->getChildEntity() : nullptr;
+      if (!next) {
+        while (source != from && !source->getNextSiblingEntity()) {
+          source = source->getParentEntity();
+          target = target->getParentEntity();
+        }
+        if (source == from) return kVoSuccess;
+        next = source->getNextSiblingEntity();
+        target = target->getParentEntity();
+      }
+      source = next;
+      std::unique_ptr<VoMsgEntity> made;
+      descend = true;
+      if (dynamic_cast<VoMsgRfc822Message*>(source)) {
+        made = std::make_unique<VoMsgRfc822Message>(target);
+      } else if (dynamic_cast<VoMsgRfc822Entity*>(source)) {
+        made = std::make_unique<VoMsgMimeEntity>();
+      } else if (auto* const message = dynamic_cast<VoMsgMailMessage*>(source)) {
+        made.reset(message->split());
+        descend = false;
+      } else {
+        made.reset(copyEmbeddedTree(source));
+        descend = false;
+      }
+      if (!made) return kVoNoMemory;
+      if (descend) code = _copyEntity(source, made.get());
+      VoMsgEntity* const child = made.get();
+      TreeAccess::append(target, made.release());
+      target = child;
+    }
+    return code;
+  });
+}
+
+// A message among parts stands in a message/rfc822 part.
+VoMsgEntity* VoMsgRfc822Message::createWrapperEntity() {
+  return guardedOr<VoMsgEntity*>(nullptr, [&]() -> VoMsgEntity* {
+    auto wrapper = std::make_unique<VoMsgMimeEntity>();
+    if (voFailed(wrapper->setHeaderValue("Content-Type", "message/rfc822", "us-ascii", nullptr))) return nullptr;
+    TreeAccess::append(wrapper.get(), this);
+    return wrapper.release();
+  });
+}
+
+// ---- questions
+
+bool VoMsgRfc822Message::_isTnefMessage(VoMsgEntity* entity) {
+  return entity && entity->getEntityTypeID() == kVoEntityTnefMessage;
+}
+
+VoMsgEntity* VoMsgRfc822Message::_findMessageBody(bool preferHtml) {
+  VoMsgEntity* fallback = nullptr;
+  VoMsgEntityIterator walk(this, [](VoMsgEntity* entity, signed char& descend) -> signed char {
+    if (entity->getParentEntity() && !entity->isMultipartEntity()) descend = 0;  // what is nested has its own text
+    return 1;
+  });
+  for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) {
+    if (entity->isMultipartEntity() || _isAttachment(entity)) continue;
+    const bool isPlain = !entity->getContentType() || entity->isContentType("text", "plain");
+    const bool isHtml = entity->isContentType("text", "html");
+    if (preferHtml ? isHtml : isPlain) return entity;
+    if (!fallback && (isPlain || isHtml)) fallback = entity;
+  }
+  return fallback;
+}
+
+void VoMsgRfc822Message::dumpMessageInf(std::FILE* out) {
+  if (!out) return;
+  VoMsgEntityIterator walk(this);
+  for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) entity->dumpEntityInf(out);
+}

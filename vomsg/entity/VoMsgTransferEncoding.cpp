@@ -1,0 +1,145 @@
+#include "vomsg/entity/VoMsgTransferEncoding.h"
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+
+#include "vomsg/encoding/VoBase64.h"
+#include "vomsg/encoding/VoQuotedPrintable.h"
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoMsgResourceManager.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
+
+namespace vomsg::detail {
+
+namespace {
+
+struct NamedEncoding {
+  std::string_view name;
+  TransferEncoding encoding;
+};
+
+constexpr NamedEncoding kEncodings[] = {
+    {"base64", TransferEncoding::base64},       {"quoted-printable", TransferEncoding::quotedPrintable},
+    {"uuencode", TransferEncoding::uuencode},   {"x-uuencode", TransferEncoding::uuencode},
+    {"mac-binhex40", TransferEncoding::binHex}, {"7bit", TransferEncoding::identity},
+    {"8bit", TransferEncoding::identity},       {"binary", TransferEncoding::identity},
+};
+
+const NamedEncoding* findEncoding(const char* name) {
+  for (const NamedEncoding& row : kEncodings)
+    if (equalNoCase(row.name, viewOf(name))) return &row;
+  return nullptr;
+}
+
+// Takes everything and keeps the number of bytes.
+class CountingWriter : public VoMsgBufferedWriter {
+ public:
+  CountingWriter() : VoMsgBufferedWriter(0) {}
+  bool open() override { return true; }
+  bool close() override { return true; }
+  bool isOpen() override { return true; }
+  bool writeBuffer() override {
+    mCount += mUsed;
+    mUsed = 0;
+    return true;
+  }
+  std::uint64_t count() const { return mCount + mUsed; }
+
+ private:
+  std::uint64_t mCount = 0;
+};
+
+VoErrorCode copyBytes(VoMsgBufferedReader& source, VoMsgBufferedWriter& target, std::uint32_t length) {
+  const VoErrorCode code = copyRange(source, target, source.getOffset(), length);
+  if (voFailed(code)) return code;
+  return target.flush() ? kVoSuccess : kVoWriteFailed;
+}
+
+bool endsInLineFeed(const VoMsgResourceLocator& resource) {
+  const std::unique_ptr<VoMsgBufferedReader> reader(resource.getInputStream(VoMsgResourceLocator::dataPart));
+  const unsigned size = resource.getSize(VoMsgResourceLocator::dataPart);
+  char last = '\0';
+  return reader && size > 0 && moveTo(*reader, size - 1) && reader->read(&last, 1) == 1 && last == '\n';
+}
+
+// The encoder ends its output in CR LF even when the text does not; kept, that line end would be read back as text.
+VoErrorCode encodeOpenText(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source) {
+  const std::uint64_t size = source.getSize(VoMsgResourceLocator::dataPart);
+  const std::unique_ptr<VoMsgResourceLocator> encoded(
+      VoMsgResourceManager::createTmpResource(static_cast<unsigned>(std::min<std::uint64_t>(3 * size, 0xFFFFFFFFu))));
+  if (!encoded) return kVoNoMemory;
+  {
+    const std::unique_ptr<VoMsgBufferedWriter> writer(encoded->getOutputStream(VoMsgResourceLocator::dataPart));
+    if (!writer) return kVoWriteFailed;
+    const VoErrorCode code = voEncodeQuotedPrintable(writer.get(), &source);
+    if (voFailed(code)) return code;
+  }
+  const std::unique_ptr<VoMsgBufferedReader> reader(encoded->getInputStream(VoMsgResourceLocator::dataPart));
+  const unsigned written = encoded->getSize(VoMsgResourceLocator::dataPart);
+  if (written < 2) return kVoSuccess;
+  return reader ? copyBytes(*reader, target, written - 2) : kVoReadFailed;
+}
+
+}  // namespace
+
+TransferEncoding transferEncodingOf(const char* name) {
+  const NamedEncoding* const row = findEncoding(name);
+  return row ? row->encoding : TransferEncoding::identity;
+}
+
+bool isKnownEncoding(const char* name) { return !name || findEncoding(name); }
+
+VoErrorCode decodeTransfer(TransferEncoding encoding, VoMsgResourceLocator& target, VoMsgBufferedReader& source,
+                           std::uint32_t length) {
+  switch (encoding) {
+    case TransferEncoding::base64:
+      return voDecodeBase64(&target, &source, static_cast<long>(length));
+    case TransferEncoding::quotedPrintable:
+      return voDecodeQuotedPrintable(&target, &source, static_cast<long>(length));
+    case TransferEncoding::uuencode:
+    case TransferEncoding::binHex:
+    case TransferEncoding::identity:
+      break;
+  }
+  const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(VoMsgResourceLocator::dataPart));
+  if (!writer) return kVoWriteFailed;
+  WriterAccess::expect(*writer, length);
+  return copyBytes(source, *writer, length);
+}
+
+VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source, std::uint32_t length, unsigned& size) {
+  size = length;
+  if (encoding == TransferEncoding::identity) return kVoSuccess;
+  CountingWriter counter;
+  VoErrorCode code = kVoSuccess;
+  if (encoding == TransferEncoding::base64)
+    code = decodeBase64(counter, source, length);
+  else if (encoding == TransferEncoding::quotedPrintable)
+    code = decodeQuotedPrintable(counter, source, length) ? kVoSuccess : kVoWriteFailed;
+  else
+    return kVoSuccess;
+  size = static_cast<unsigned>(std::min<std::uint64_t>(counter.count(), 0xFFFFFFFFu));
+  return code;
+}
+
+VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source) {
+  switch (encoding) {
+    case TransferEncoding::base64:
+      return voEncodeBase64(&target, &source);
+    case TransferEncoding::quotedPrintable:
+      return endsInLineFeed(source) ? voEncodeQuotedPrintable(&target, &source) : encodeOpenText(target, source);
+    case TransferEncoding::uuencode:
+    case TransferEncoding::binHex:
+    case TransferEncoding::identity:
+      break;
+  }
+  const std::unique_ptr<VoMsgBufferedReader> reader(source.getInputStream(VoMsgResourceLocator::dataPart));
+  if (!reader) return source.getSize(VoMsgResourceLocator::dataPart) == 0 ? kVoSuccess : kVoReadFailed;
+  return copyBytes(*reader, target, source.getSize(VoMsgResourceLocator::dataPart));
+}
+
+}  // namespace vomsg::detail

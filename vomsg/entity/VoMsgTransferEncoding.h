@@ -1,0 +1,30 @@
+// The transfer encodings of bodies (RFC 2045, section 6) and their codecs.
+#pragma once
+
+#include <cstdint>
+
+#include "vomsg/foundation/VoErrorCode.h"
+
+class VoMsgBufferedReader;
+class VoMsgBufferedWriter;
+class VoMsgResourceLocator;
+
+namespace vomsg::detail {
+
+enum class TransferEncoding : std::uint8_t { identity, base64, quotedPrintable, uuencode, binHex };
+
+// What a body declared as `name` is encoded with. Null and unknown names pass the bytes through.
+TransferEncoding transferEncodingOf(const char* name);
+
+// Whether content can be set with that encoding; null leaves the entity's own.
+bool isKnownEncoding(const char* name);
+
+// Decodes the next `length` bytes of `source` into `target`.
+VoErrorCode decodeTransfer(TransferEncoding encoding, VoMsgResourceLocator& target, VoMsgBufferedReader& source,
+                           std::uint32_t length);
+// The number of bytes that would give.
+VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source, std::uint32_t length, unsigned& size);
+// Encodes all of `source`, such that decoding gives exactly the same bytes wherever the encoding can say them.
+VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source);
+
+}  // namespace vomsg::detail
