@@ -64,7 +64,8 @@ void MessageWriter::findChanges(VoMsgRfc822Entity& root) {
   for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) {
     const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity);
     if ((mime && !mime->mHasHeaderRange) || entity->_isModified()) {
-      for (VoMsgEntity* up = entity; mEdited.insert(up).second && up != &root; up = up->getParentEntity()) mAnew.insert(up);
+      for (VoMsgEntity* up = entity; mEdited.insert(up).second && up != &root; up = up->getParentEntity())
+        mAnew.insert(up);
       mAnew.insert(&root);
     } else if (mime && mime->mIsMarked) {
       for (VoMsgEntity* up = entity; mAnew.insert(up).second && up != &root; up = up->getParentEntity())
@@ -76,7 +77,7 @@ void MessageWriter::findChanges(VoMsgRfc822Entity& root) {
 VoErrorCode MessageWriter::begin(VoMsgRfc822Entity& entity, bool wholeSource) {
   if (entity.mMessageSource.getObject() && !readerOf(entity)) return kVoReadFailed;
   VoMsgBufferedReader* const reader = readerOf(entity);
-  const std::uint64_t end = !entity.mHasBodyRange ? 0
+  const std::uint64_t end = !entity.mHasBodyRange   ? 0
                             : wholeSource && reader ? reader->getSize()
                                                     : std::uint64_t{entity.mBodyOffset} + entity.mBodySize;
   if (isUnchanged(entity)) return copySource(entity, entity.mHeaderOffset, end);

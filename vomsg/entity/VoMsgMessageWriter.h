@@ -28,16 +28,16 @@ class MessageWriter {
   // A multipart that is being written, its children one after the other.
   struct OpenMultipart {
     VoMsgRfc822Entity* entity;
-    VoMsgEntity* next;            // the child to write next
-    VoMsgRfc822Entity* current;   // the child just written
-    std::uint64_t position;       // how far the source of the entity's body has been written or dropped
-    std::uint64_t end;            // where that body ends
+    VoMsgEntity* next;           // the child to write next
+    VoMsgRfc822Entity* current;  // the child just written
+    std::uint64_t position;      // how far the source of the entity's body has been written or dropped
+    std::uint64_t end;           // where that body ends
     std::string_view lineEnd;
     std::string boundary;
-    std::string sourceBoundary;   // differs when a caller changed the boundary
-    bool isNew;                   // nothing of the body comes from a source
-    bool seenInPlace;             // a child from the source has been written
-    std::string close;            // what ends the parts, for a multipart that had no delimiters of its own
+    std::string sourceBoundary;  // differs when a caller changed the boundary
+    bool isNew;                  // nothing of the body comes from a source
+    bool seenInPlace;            // a child from the source has been written
+    std::string close;           // what ends the parts, for a multipart that had no delimiters of its own
   };
 
   void findChanges(VoMsgRfc822Entity& root);

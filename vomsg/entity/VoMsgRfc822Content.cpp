@@ -71,8 +71,8 @@ VoErrorCode writeAll(const VoMsgResourceLocator& target, std::string_view text) 
 }
 
 std::unique_ptr<VoMsgResourceLocator> temporaryResource(std::uint64_t size) {
-  return std::unique_ptr<VoMsgResourceLocator>(VoMsgResourceManager::createTmpResource(
-      static_cast<unsigned>(std::clamp<std::uint64_t>(size, 1, 0xFFFFFFFFu))));
+  return std::unique_ptr<VoMsgResourceLocator>(
+      VoMsgResourceManager::createTmpResource(static_cast<unsigned>(std::clamp<std::uint64_t>(size, 1, 0xFFFFFFFFu))));
 }
 
 bool isAscii(std::string_view text) {
@@ -222,8 +222,8 @@ VoErrorCode VoMsgRfc822Entity::_checkContentChange(VoMsgResourceLocator* content
 
 // Installs `content`, encoded as `encoding` says (null: as the entity declares) unless it is already. Nothing changes
 // before the new body is complete.
-VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const char* contentType,
-                                           const char* encoding, bool isEncoded, bool takeName) {
+VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,
+                                           bool isEncoded, bool takeName) {
   const VoErrorCode checked = _checkContentChange(content, contentType, encoding);
   if (voFailed(checked)) return checked;
   const TransferEncoding codec =

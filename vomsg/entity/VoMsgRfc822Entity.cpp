@@ -103,8 +103,7 @@ const char* VoMsgRfc822Entity::getRawHeaderValue(const char* name) const {
   });
 }
 
-const char* VoMsgRfc822Entity::getHeaderParameterValue(const char* name, const char* param,
-                                                       const char* charset) const {
+const char* VoMsgRfc822Entity::getHeaderParameterValue(const char* name, const char* param, const char* charset) const {
   return guardedOr<const char*>(nullptr, [&]() -> const char* {
     VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
     return field ? field->getParameterValue(param, charset) : nullptr;
@@ -134,8 +133,8 @@ VoErrorCode VoMsgRfc822Entity::setHeaderValue(const char* name, const char* valu
     if (!field) field = (created = std::make_unique<VoMsgHeaderField>(name, "")).get();
     VoErrorCode result = field->setFieldValue(main, srcCharset, dstCharset);
     for (std::size_t i = 0; i < parts.count && !voFailed(result); ++i)
-      result = field->setParameterValue(parts.parameters[i].name.c_str(), parts.parameters[i].value.c_str(),
-                                        srcCharset, dstCharset);
+      result = field->setParameterValue(parts.parameters[i].name.c_str(), parts.parameters[i].value.c_str(), srcCharset,
+                                        dstCharset);
     if (voFailed(result)) return result;
     if (created) {
       result = header.appendHeader(created.get());
@@ -229,36 +228,31 @@ VoMsgUserAddress* VoMsgRfc822Entity::getUserAddressAt(const char* name, unsigned
 }
 
 VoErrorCode VoMsgRfc822Entity::appendUserAddress(const char* name, VoMsgUserAddress* address) {
-  const VoErrorCode code = guarded([&] {
-    return name && address ? getEntityHeader()->appendAddress(name, address) : kVoBadArgument;
-  });
+  const VoErrorCode code =
+      guarded([&] { return name && address ? getEntityHeader()->appendAddress(name, address) : kVoBadArgument; });
   return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
 }
 
 VoErrorCode VoMsgRfc822Entity::appendUserAddress(const char* name, const char* address) {
-  const VoErrorCode code = guarded([&] {
-    return name && address ? getEntityHeader()->appendAddress(name, address) : kVoBadArgument;
-  });
+  const VoErrorCode code =
+      guarded([&] { return name && address ? getEntityHeader()->appendAddress(name, address) : kVoBadArgument; });
   return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
 }
 
 VoErrorCode VoMsgRfc822Entity::insertUserAddressAt(const char* name, VoMsgUserAddress* address, unsigned i) {
-  const VoErrorCode code = guarded([&] {
-    return name && address ? getEntityHeader()->insertAddressAt(name, address, i) : kVoBadArgument;
-  });
+  const VoErrorCode code =
+      guarded([&] { return name && address ? getEntityHeader()->insertAddressAt(name, address, i) : kVoBadArgument; });
   return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
 }
 
 VoErrorCode VoMsgRfc822Entity::insertUserAddressAt(const char* name, const char* address, unsigned i) {
-  const VoErrorCode code = guarded([&] {
-    return name && address ? getEntityHeader()->insertAddressAt(name, address, i) : kVoBadArgument;
-  });
+  const VoErrorCode code =
+      guarded([&] { return name && address ? getEntityHeader()->insertAddressAt(name, address, i) : kVoBadArgument; });
   return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
 }
 
 VoErrorCode VoMsgRfc822Entity::removeUserAddressAt(const char* name, unsigned i) {
-  const VoErrorCode code =
-      guarded([&] { return name ? getEntityHeader()->removeAddressAt(name, i) : kVoBadArgument; });
+  const VoErrorCode code = guarded([&] { return name ? getEntityHeader()->removeAddressAt(name, i) : kVoBadArgument; });
   return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
 }
 
@@ -281,7 +275,8 @@ bool VoMsgRfc822Entity::isMultipartEntity() const { return isContentType("multip
 VoErrorCode VoMsgRfc822Entity::setFileName(const char* name) {
   if (!name) return _failed(__func__, __LINE__, kVoBadArgument);
   VoErrorCode code = kVoSuccess;
-  if (!getHeader("Content-Disposition")) code = setHeaderValue("Content-Disposition", "attachment", "us-ascii", nullptr);
+  if (!getHeader("Content-Disposition"))
+    code = setHeaderValue("Content-Disposition", "attachment", "us-ascii", nullptr);
   if (!voFailed(code)) code = _setParameterIfChanged("Content-Disposition", "filename", name, "utf-8");
   if (!voFailed(code) && getHeader("Content-Type"))
     code = _setParameterIfChanged("Content-Type", "name", name, "utf-8");

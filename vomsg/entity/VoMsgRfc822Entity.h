@@ -131,8 +131,8 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
 
   // Steps of the content setters.
   VoErrorCode _checkContentChange(VoMsgResourceLocator* content, const char* contentType, const char* encoding) const;
-  VoErrorCode _setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,
-                          bool isEncoded, bool takeName);
+  VoErrorCode _setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding, bool isEncoded,
+                          bool takeName);
   VoErrorCode _setTextContent(VoMsgResourceLocator* content, const char* contentType, const char* charset,
                               VoMsgReplaceOption option);
   VoErrorCode _describeContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,

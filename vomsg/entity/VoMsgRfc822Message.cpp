@@ -97,10 +97,17 @@ VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
   }
   switch (code & 0xFFFFu) {
     case kVoTnefMalformed & 0xFFFFu:
-    case kVoMalformed & 0xFFFFu: VO_DIAGNOSTIC(0, tag, "detected as malformed mail message."); break;
-    case kVoNoMemory & 0xFFFFu: VO_DIAGNOSTIC(0, tag, "parse error. (can not allocate memory)"); break;
-    case kVoPartialMessage & 0xFFFFu: VO_DIAGNOSTIC(0, tag, "message/partial data is not supported."); break;
-    default: VO_DIAGNOSTIC(0, tag, "parse error. (error code:%x)", code);
+    case kVoMalformed & 0xFFFFu:
+      VO_DIAGNOSTIC(0, tag, "detected as malformed mail message.");
+      break;
+    case kVoNoMemory & 0xFFFFu:
+      VO_DIAGNOSTIC(0, tag, "parse error. (can not allocate memory)");
+      break;
+    case kVoPartialMessage & 0xFFFFu:
+      VO_DIAGNOSTIC(0, tag, "message/partial data is not supported.");
+      break;
+    default:
+      VO_DIAGNOSTIC(0, tag, "parse error. (error code:%x)", code);
   }
   return code;
 }

@@ -29,7 +29,8 @@ class BoundaryTable {
   void clear();                          // drops all, for the next message
   std::size_t size() const { return mStack.size(); }
   bool empty() const { return mStack.empty(); }
-  std::size_t longest() const { return mLongest; }  // bytes of the longest boundary seen
+  // Bytes of the longest boundary in force; 0 without any.
+  std::size_t longest() const { return mStack.empty() ? 0 : mStack.back().longest; }
 
   // Classifies one line, given without its terminator, against all boundaries, innermost first.
   BoundaryMatch match(std::string_view line) const {
