@@ -1,0 +1,45 @@
+// What the conversion tests share.
+#pragma once
+
+#include <memory>
+#include <ostream>
+#include <random>
+#include <string>
+#include <string_view>
+
+#include "vomsg/charset/convert/VoMsgConverterFactory.h"
+
+struct Converted {
+  VoErrorCode code;
+  std::string text;
+  bool operator==(const Converted&) const = default;
+};
+inline std::ostream& operator<<(std::ostream& out, const Converted& result) {
+  return out << std::hex << result.code << " \"" << result.text << '"';
+}
+
+using ConverterPtr = std::unique_ptr<VoMsgCharsetConverter>;
+
+inline ConverterPtr makeConverter(const char* to, const char* from, bool enforce = true) {
+  return ConverterPtr(VoMsgConverterFactory::getInstance()->createConverter(to, from, enforce, '?'));
+}
+
+inline Converted run(VoMsgCharsetConverter& converter, std::string_view text) {
+  std::string in(text);
+  in.shrink_to_fit();
+  std::string out = "what was there before";
+  const VoErrorCode code = converter.convert(out, in);
+  return {code, out};
+}
+
+inline Converted convert(const char* to, const char* from, std::string_view text, bool enforce = true) {
+  const ConverterPtr converter = makeConverter(to, from, enforce);
+  return converter ? run(*converter, text) : Converted{0, "no converter"};
+}
+
+// Up to `longest` bytes of the alphabet.
+inline std::string randomText(std::mt19937& random, std::string_view alphabet, std::size_t longest) {
+  std::string text(random() % (longest + 1), '\0');
+  for (char& c : text) c = alphabet[random() % alphabet.size()];
+  return text;
+}

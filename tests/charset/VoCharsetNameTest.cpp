@@ -1,0 +1,79 @@
+#include "vomsg/charset/convert/VoCharsetName.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "vomsg/charset/convert/tables/VoCharsetTable.h"
+
+namespace {
+
+TEST(CharsetName, IsCanonicalInAnyCase) {
+  constexpr struct {
+    const char* name;
+    const char* canonical;  // null: passes through
+  } kRows[] = {
+      {"SJIS", "Shift_jis"},
+      {"MS_KANJI", "Shift_jis"},
+      {"X-SJIS", "Shift_jis"},
+      {"shift-jis", "Shift_jis"},
+      {"KS_C_5601-1987", "euc-kr"},
+      {"ks_c_5601", "euc-kr"},
+      {"cn-gb", "gb2312"},
+      {"JIS", "iso-2022-jp"},
+      {"hz-gb", "hz-gb-2312"},
+      {"WINDOWS-1250", "Windows-1250"},
+      {"ISO_8859-5", "iso_8859-5"},
+      {"ascii", "us-ascii"},
+      {"sjis1", nullptr},
+      {"x-euc", nullptr},
+      {"iso-8859-5", nullptr},
+      {"windows-1252", nullptr},
+      {"x-sjis sjis", nullptr},
+      {"", nullptr},
+      {" ", nullptr},
+      {"sji", nullptr},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_STREQ(voGetFQNCharsetName(row.name), row.canonical ? row.canonical : row.name);
+    if (!row.canonical) {
+      EXPECT_EQ(voGetFQNCharsetName(row.name), row.name);
+    }
+  }
+  EXPECT_EQ(voGetFQNCharsetName(nullptr), nullptr);
+  EXPECT_TRUE(voIsEqualCharsetName("Utf8", "UTF-8"));
+  EXPECT_TRUE(voIsEqualCharsetName("x-own", "X-OWN"));
+  EXPECT_FALSE(voIsEqualCharsetName("iso-8859-5", "iso_8859-5"));
+  EXPECT_FALSE(voIsEqualCharsetName(nullptr, nullptr));
+}
+
+TEST(CharsetName, CodePageGivesTheFirstMatch) {
+  constexpr struct {
+    int codepage;
+    const char* name;
+  } kRows[] = {{50225, "iso-2022-cn"}, {28595, nullptr},   {28585, "iso_8859-5"}, {-1, "iso-8859-10"},
+               {1252, "iso-8859-1"},   {932, "Shift_jis"}, {0, nullptr},          {20866, "koi8-r"}};
+  for (const auto& row : kRows) EXPECT_STREQ(voCodepageToCharset(row.codepage), row.name) << row.codepage;
+}
+
+TEST(CharsetName, EveryCanonicalNameIsRight) {
+  for (const VoCharsetRecord* record = gCharsetTable; record->name; ++record)
+    EXPECT_TRUE(voIsRightCharsetName(record->name)) << record->name;
+  for (const char* wrong : {"", "no-such-charset", "/etc/passwd", "..\\utf-8", "utf-8/", "utf-8\n", "utf\x7F-8"})
+    EXPECT_FALSE(voIsRightCharsetName(wrong)) << wrong;
+  EXPECT_FALSE(voIsRightCharsetName(nullptr));
+  EXPECT_FALSE(voIsRightCharsetName(std::string(100'000, 'x').c_str()));
+}
+
+TEST(CharsetName, KnowsSingleBytesAndUnicode) {
+  for (const char* name : {"us-ascii", "koi8-r", "iso_8859-5", "Windows-1258"})
+    EXPECT_TRUE(voIsSinglebyteCharset(name));
+  for (const char* name : {"utf-8", "jis", "sjis", "no-such-charset", ""}) EXPECT_FALSE(voIsSinglebyteCharset(name));
+  EXPECT_FALSE(voIsSinglebyteCharset(nullptr));
+  for (const char* name : {"UTF-16LE", "utf32", "Unicode", "utf16xyz"}) EXPECT_TRUE(voIsUnicode(name)) << name;
+  for (const char* name : {"ucs-2", "utf-8", "utf-7", "unicode-1", ""}) EXPECT_FALSE(voIsUnicode(name)) << name;
+  EXPECT_FALSE(voIsUnicode(nullptr));
+}
+
+}  // namespace
