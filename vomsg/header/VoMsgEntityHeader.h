@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -19,8 +20,9 @@
 class VoMsgBufferedReader;
 class VoMsgBufferedWriter;
 namespace vomsg::detail {
-struct StructuredValue;
 class HeaderBlockBuilder;
+class HeaderLineWriter;
+enum class HeaderName : std::uint8_t;
 }  // namespace vomsg::detail
 
 class VOMSG_API VoMsgEntityHeader {
@@ -34,7 +36,8 @@ class VOMSG_API VoMsgEntityHeader {
   void dumpEntityHeader(std::FILE* out) const;
 
   // Reads the block at the reader's position, to its empty line or to a delimiter in force (which is left to the
-  // next reader). kVoReadFailed: no reader; kVoMalformed: a limit was passed, the fields so far stay.
+  // next reader). kVoReadFailed: no reader; kVoMalformed: a limit was passed, the fields so far stay. The reader
+  // stands behind what was read.
   VoErrorCode parseHeaderPart(VoMsgBufferedReader* reader, const char* defaultCharset, VoMsgBoundaryList* boundaries);
   // One unfolded line without its terminator, for free(); null at the end of the data.
   char* getNextLine(VoMsgBufferedReader* reader);
@@ -49,23 +52,29 @@ class VOMSG_API VoMsgEntityHeader {
   void setHeaderRange(unsigned offset, unsigned size);
 
   unsigned countHeaders() const;
-  VoMsgHeaderField* getHeaderAt(unsigned i) const;         // borrowed; null past the end
-  VoMsgHeaderField* getHeader(const char* name) const;     // the first of that name; null for null
+  VoMsgHeaderField* getHeaderAt(unsigned i) const;      // borrowed; null past the end
+  VoMsgHeaderField* getHeader(const char* name) const;  // the first of that name; null for null
   // The block takes the field over unless the call fails.
   VoErrorCode appendHeader(VoMsgHeaderField* field);
   VoErrorCode insertHeaderAt(VoMsgHeaderField* field, unsigned i);  // before the i-th; an empty list takes 0 only
   VoErrorCode removeHeaderAt(unsigned i);
   VoErrorCode removeHeader(const char* name);  // every field of that name; succeeds when there is none
 
-  // Addresses by header name: "From", "To", "Cc" or "BCC". Other names: count 0, null, kVoBadArgument.
+  // Addresses by header name: "From", "To", "Cc" or "BCC". Other names: count 0, null, kVoBadArgument. The value of
+  // the name's first field follows the list; a field is made when there is none. Addresses come back borrowed.
   unsigned countAddress(const char* name) const;
   VoMsgUserAddress* getAddressAt(const char* name, unsigned i) const;
+  // Null is kVoBadArgument. The list takes an address object over unless the call fails.
   VoErrorCode appendAddress(const char* name, const char* text);
   VoErrorCode appendAddress(const char* name, VoMsgUserAddress* address);
+  // Before the i-th; an empty list takes 0 only. kVoOutOfRange.
   VoErrorCode insertAddressAt(const char* name, const char* text, unsigned i);
   VoErrorCode insertAddressAt(const char* name, VoMsgUserAddress* address, unsigned i);
   VoErrorCode removeAddressAt(const char* name, unsigned i);
+  // Replaces value and list by `text` and the addresses in it.
   VoErrorCode setAddressList(const char* name, const char* text);
+  // Cuts the list anew from the values of its fields, after one of these was changed by itself.
+  VoErrorCode refreshAddressList(const char* name);
 
   // The block or a field must be written anew: a caller changed it or the parser marked it.
   bool isNewHeader() const;
@@ -76,6 +85,8 @@ class VOMSG_API VoMsgEntityHeader {
   void setMark(vomsg::detail::HeaderMark mark, unsigned offset);
   vomsg::detail::HeaderMark getMark() const { return mMark; }
   unsigned getMarkOffset() const { return mMarkOffset; }
+  // Of several Content-Type fields in the source, one that was replaced said something else than the next.
+  bool contentTypesDiffer() const { return mContentTypesDiffer; }
 
   bool isChild() const { return mIsChild; }
   void setChild(bool child) { mIsChild = child; }
@@ -86,20 +97,38 @@ class VOMSG_API VoMsgEntityHeader {
   VoErrorCode writeNewHeaderPart(VoMsgBufferedWriter* writer);
 
   // For the message parser: builds the fields of a block that surveyHeaderBlock has passed, given its bytes, without
-  // testing the limits again; range and marks are set by the caller.
+  // testing the limits again (what they cut short stays short, so setChild() comes first); range and marks are set by
+  // the caller.
   VoErrorCode parseSurveyedBlock(std::string_view block, const char* defaultCharset);
 
  private:
   friend class vomsg::detail::HeaderBlockBuilder;
 
+  struct AddressList {
+    std::vector<std::unique_ptr<VoMsgUserAddress>> items;
+    std::string rest;              // what a limit left uncut
+    mutable bool isAhead = false;  // changed, and the fields do not know yet
+  };
+
+  const AddressList* addressList(const char* name) const;  // null for other names
+  AddressList& addresses(vomsg::detail::HeaderName name) { return mAddressLists[static_cast<std::size_t>(name)]; }
+  std::size_t findHeader(std::string_view name) const;  // an index; the count when there is none
+  void splitAddresses(vomsg::detail::HeaderName name, std::string_view value);
+  void rebuildAddresses(vomsg::detail::HeaderName name);
+  VoMsgHeaderField* changeableAddressField(const char* name);
+  VoErrorCode insertAddress(const char* name, std::unique_ptr<VoMsgUserAddress>& address, std::size_t i);
+  void settleAddresses(vomsg::detail::HeaderName name) const;
+  void settleAddresses() const;
+  void writeAddresses(vomsg::detail::HeaderLineWriter& out, vomsg::detail::HeaderName name) const;
+
   unsigned mHeaderOffset = 0;
   unsigned mHeaderSize = 0;
   std::vector<std::unique_ptr<VoMsgHeaderField>> mpHeaderList;
-  std::array<std::vector<std::unique_ptr<VoMsgUserAddress>>, 4> mAddressLists;  // From, To, Cc, Bcc
+  std::array<AddressList, 4> mAddressLists;  // From, To, Cc, Bcc
   bool mIsNewHeader = false;
   bool mIsChild = false;
   bool mIsEdited = false;
-  bool mAddressEdited[4] = {false, false, false, false};
+  bool mContentTypesDiffer = false;
   vomsg::detail::HeaderMark mMark{};
   unsigned mMarkOffset = 0;
 };

@@ -24,7 +24,8 @@ enum class HeaderEnd : std::uint8_t {
   endOfData      // no body
 };
 
-// Meant to be reused from block to block: the strings keep their storage.
+// Meant to be reused from block to block: the strings keep their storage. A value whose `has` flag is false is left
+// over from an earlier block.
 struct HeaderSurvey {
   VoErrorCode code = kVoSuccess;  // kVoMalformed: a limit was passed
   std::uint32_t offset = 0;
@@ -37,9 +38,13 @@ struct HeaderSurvey {
   bool hasContentType = false;
   StructuredValue contentType;  // of the last Content-Type
   bool hasEncoding = false;
-  StructuredValue encoding;     // of the first Content-Transfer-Encoding
+  StructuredValue encoding;  // of the first Content-Transfer-Encoding
   bool hasDisposition = false;
   StructuredValue disposition;  // of the first Content-Disposition
+
+  // Storage for the survey's own use.
+  StructuredValue spare;
+  std::string scratch;
 };
 
 // Reads the block at the reader's position and leaves the reader behind it. `isChild` selects the limits of

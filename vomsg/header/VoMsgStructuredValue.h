@@ -25,7 +25,16 @@ struct StructuredValue {
   const StructuredParameter* find(std::string_view name) const;
 };
 
-// `text` is NUL-terminated. At most `maxParameters` parameters are read when it is above 0.
-void parseStructuredValue(StructuredValue& out, const char* text, int maxParameters);
+// At most `maxParameters` parameters are read when it is above 0. Linear, whatever the text.
+//
+// The main value is what stands before the first ";", without blanks, comments and quotes; from an encoded word on it
+// is taken as written. A parameter is a name, "=" and a value: quoted (backslashes removed), an encoded word as
+// written, or plain text up to a blank, a comment or ";". A name without "=" is dropped. Two rules for "boundary"
+// alone: without quotes it is everything up to ";" (senders forget the quotes around blanks, and their delimiter lines
+// hold those blanks), and an empty quoted one is a double quote.
+void parseStructuredValue(StructuredValue& out, std::string_view text, int maxParameters);
+
+// The same main value (case does not count) and the same parameters: in order, names without case, values exactly.
+bool sameStructuredValue(const StructuredValue& a, const StructuredValue& b);
 
 }  // namespace vomsg::detail

@@ -1,0 +1,390 @@
+#include "vomsg/header/VoMsgEntityHeader.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgCString.h"
+#include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgMemoryReader.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/header/VoMsgHeaderBlockBuilder.h"
+#include "vomsg/header/VoMsgHeaderLimits.h"
+#include "vomsg/header/VoMsgHeaderLines.h"
+#include "vomsg/header/VoMsgHeaderName.h"
+
+using vomsg::detail::equalNoCase;
+using vomsg::detail::guarded;
+using vomsg::detail::guardedOr;
+using vomsg::detail::HeaderBlockBuilder;
+using vomsg::detail::HeaderName;
+using vomsg::detail::headerNameOf;
+using vomsg::detail::isAddressName;
+using vomsg::detail::viewOf;
+
+namespace {
+
+HeaderName nameOf(const VoMsgHeaderField& field) { return headerNameOf(viewOf(field.getName())); }
+
+}  // namespace
+
+VoMsgEntityHeader::VoMsgEntityHeader() = default;
+VoMsgEntityHeader::~VoMsgEntityHeader() = default;
+
+VoMsgEntityHeader* VoMsgEntityHeader::newCopy() const {
+  return guardedOr<VoMsgEntityHeader*>(nullptr, [this]() -> VoMsgEntityHeader* {
+    settleAddresses();
+    auto copy = std::make_unique<VoMsgEntityHeader>();
+    for (const auto& field : mpHeaderList) {
+      copy->mpHeaderList.emplace_back(field->newCopy());
+      if (!copy->mpHeaderList.back()) return nullptr;
+      copy->mpHeaderList.back()->setNewHeader(field->isNewHeader());
+    }
+    for (std::size_t i = 0; i < mAddressLists.size(); ++i) {
+      copy->mAddressLists[i].rest = mAddressLists[i].rest;
+      for (const auto& address : mAddressLists[i].items) {
+        copy->mAddressLists[i].items.emplace_back(address->copy());
+        if (!copy->mAddressLists[i].items.back()) return nullptr;
+      }
+    }
+    copy->mHeaderOffset = mHeaderOffset;
+    copy->mHeaderSize = mHeaderSize;
+    copy->mIsNewHeader = mIsNewHeader;
+    copy->mIsChild = mIsChild;
+    copy->mIsEdited = mIsEdited;
+    copy->mContentTypesDiffer = mContentTypesDiffer;
+    copy->mMark = mMark;
+    copy->mMarkOffset = mMarkOffset;
+    return copy.release();
+  });
+}
+
+void VoMsgEntityHeader::dumpEntityHeader(std::FILE* out) const {
+  if (!out) return;
+  static constexpr char kIndent[] = "    ";
+  std::fprintf(out, "%smHeaderOffset     : D'%d\n", kIndent, static_cast<int>(mHeaderOffset));
+  std::fprintf(out, "%smHeaderSize       : D'%d\n", kIndent, static_cast<int>(mHeaderSize));
+  std::fprintf(out, "%smpHeaderList      : H'%.8x\n", kIndent,
+               static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(&mpHeaderList)));
+  for (const auto& field : mpHeaderList) field->dumpHeaderField(out);
+}
+
+// --- reading
+
+VoErrorCode VoMsgEntityHeader::parseHeaderPart(VoMsgBufferedReader* reader, const char* defaultCharset,
+                                               VoMsgBoundaryList* boundaries) {
+  if (!reader) return kVoReadFailed;
+  return guarded([&] {
+    settleAddresses();
+    return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::parse).readBlock(*reader, boundaries);
+  });
+}
+
+VoErrorCode VoMsgEntityHeader::parseSurveyedBlock(std::string_view block, const char* defaultCharset) {
+  if (block.size() > UINT32_MAX) return kVoReadFailed;
+  return guarded([&] {
+    // The reader writes nothing; it merely shares its type with readers that own their buffer.
+    VoMsgMemoryReader reader(reinterpret_cast<unsigned char*>(const_cast<char*>(block.data())),
+                             static_cast<unsigned>(block.size()));
+    if (!block.empty() && !reader.open()) return kVoReadFailed;
+    return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::rebuild).readBlock(reader, nullptr);
+  });
+}
+
+char* VoMsgEntityHeader::getNextLine(VoMsgBufferedReader* reader) {
+  if (!reader) return nullptr;
+  return guardedOr<char*>(nullptr, [&]() -> char* {
+    std::string scratch;
+    vomsg::detail::HeaderLines lines(*reader, scratch);
+    if (!lines.nextLogical()) return nullptr;
+    return vomsg::detail::copyCString(lines.text()).release();
+  });
+}
+
+VoErrorCode VoMsgEntityHeader::parseHeaderLine(const char* line, const char* defaultCharset) {
+  if (!line) return kVoBadArgument;
+  return guarded([&] {
+    settleAddresses();
+    return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::parse).readLine(line, mHeaderOffset);
+  });
+}
+
+VoMsgHeaderField* VoMsgEntityHeader::createHeader(const char* name, const char* value, const char* defaultCharset) {
+  if (!name || !value) return nullptr;
+  return guardedOr<VoMsgHeaderField*>(nullptr, [&] {
+    return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::parse)
+        .makeStructured(name, value, mHeaderOffset);
+  });
+}
+
+bool VoMsgEntityHeader::isStructuredHeader(const char* name) {
+  return vomsg::detail::isStructuredName(headerNameOf(viewOf(name)));
+}
+
+void VoMsgEntityHeader::setHeaderRange(unsigned offset, unsigned size) {
+  mHeaderOffset = offset;
+  mHeaderSize = size;
+}
+
+// --- fields
+
+unsigned VoMsgEntityHeader::countHeaders() const { return static_cast<unsigned>(mpHeaderList.size()); }
+
+VoMsgHeaderField* VoMsgEntityHeader::getHeaderAt(unsigned i) const {
+  if (i >= mpHeaderList.size()) return nullptr;
+  settleAddresses();
+  return mpHeaderList[i].get();
+}
+
+VoMsgHeaderField* VoMsgEntityHeader::getHeader(const char* name) const {
+  if (!name) return nullptr;
+  settleAddresses();
+  const std::size_t at = findHeader(name);
+  return at < mpHeaderList.size() ? mpHeaderList[at].get() : nullptr;
+}
+
+VoErrorCode VoMsgEntityHeader::appendHeader(VoMsgHeaderField* field) {
+  if (!field) return kVoBadArgument;
+  return guarded([&] {
+    settleAddresses();
+    const HeaderName name = nameOf(*field);
+    if (isAddressName(name)) splitAddresses(name, viewOf(field->getRawFieldValue()));
+    mpHeaderList.emplace_back(field);  // what throws, throws before this takes the field over
+    field->setNewHeader(1);
+    setEdited();
+    return kVoSuccess;
+  });
+}
+
+VoErrorCode VoMsgEntityHeader::insertHeaderAt(VoMsgHeaderField* field, unsigned i) {
+  if (!field) return kVoBadArgument;
+  if (mpHeaderList.empty() && i == 0) return appendHeader(field);
+  if (i >= mpHeaderList.size()) return kVoOutOfRange;
+  std::unique_ptr<VoMsgHeaderField> owned(field);
+  const VoErrorCode code = guarded([&] {
+    settleAddresses();
+    mpHeaderList.insert(mpHeaderList.begin() + static_cast<std::ptrdiff_t>(i), std::move(owned));
+    return kVoSuccess;
+  });
+  static_cast<void>(owned.release());  // the block has taken it, or the caller keeps it
+  if (voFailed(code)) return code;
+  field->setNewHeader(1);
+  setEdited();
+  refreshAddressList(field->getName());
+  return code;
+}
+
+VoErrorCode VoMsgEntityHeader::removeHeaderAt(unsigned i) {
+  if (i >= mpHeaderList.size()) return kVoOutOfRange;
+  return guarded([&] {
+    settleAddresses();
+    const HeaderName name = nameOf(*mpHeaderList[i]);
+    mpHeaderList.erase(mpHeaderList.begin() + static_cast<std::ptrdiff_t>(i));
+    setEdited();
+    if (isAddressName(name)) rebuildAddresses(name);
+    return kVoSuccess;
+  });
+}
+
+VoErrorCode VoMsgEntityHeader::removeHeader(const char* name) {
+  if (!name) return kVoBadArgument;
+  return guarded([&] {
+    const auto gone = std::remove_if(mpHeaderList.begin(), mpHeaderList.end(), [name](const auto& field) {
+      return field->getName() && equalNoCase(field->getName(), name);
+    });
+    if (gone == mpHeaderList.end()) return kVoSuccess;
+    mpHeaderList.erase(gone, mpHeaderList.end());
+    setEdited();
+    if (isAddressName(headerNameOf(name))) addresses(headerNameOf(name)) = {};
+    return kVoSuccess;
+  });
+}
+
+std::size_t VoMsgEntityHeader::findHeader(std::string_view name) const {
+  const auto at = std::find_if(mpHeaderList.begin(), mpHeaderList.end(), [name](const auto& field) {
+    return field->getName() && equalNoCase(field->getName(), name);
+  });
+  return static_cast<std::size_t>(at - mpHeaderList.begin());
+}
+
+// --- addresses
+
+unsigned VoMsgEntityHeader::countAddress(const char* name) const {
+  const AddressList* const list = addressList(name);
+  return list ? static_cast<unsigned>(list->items.size()) : 0;
+}
+
+VoMsgUserAddress* VoMsgEntityHeader::getAddressAt(const char* name, unsigned i) const {
+  const AddressList* const list = addressList(name);
+  return list && i < list->items.size() ? list->items[i].get() : nullptr;
+}
+
+VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, const char* text) {
+  const AddressList* const list = addressList(name);
+  if (!list || !text) return kVoBadArgument;
+  return guarded([&] {
+    auto address = std::make_unique<VoMsgUserAddress>(text);
+    return insertAddress(name, address, list->items.size());
+  });
+}
+
+VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, VoMsgUserAddress* address) {
+  const AddressList* const list = addressList(name);
+  if (!list || !address) return kVoBadArgument;
+  std::unique_ptr<VoMsgUserAddress> owned(address);
+  const VoErrorCode code = guarded([&] { return insertAddress(name, owned, list->items.size()); });
+  static_cast<void>(owned.release());  // the list has taken it, or the caller keeps it
+  return code;
+}
+
+VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, const char* text, unsigned i) {
+  const AddressList* const list = addressList(name);
+  if (!list || !text) return kVoBadArgument;
+  if (i >= std::max<std::size_t>(list->items.size(), 1)) return kVoOutOfRange;
+  return guarded([&] {
+    auto address = std::make_unique<VoMsgUserAddress>(text);
+    return insertAddress(name, address, i);
+  });
+}
+
+VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, VoMsgUserAddress* address, unsigned i) {
+  const AddressList* const list = addressList(name);
+  if (!list || !address) return kVoBadArgument;
+  if (i >= std::max<std::size_t>(list->items.size(), 1)) return kVoOutOfRange;
+  std::unique_ptr<VoMsgUserAddress> owned(address);
+  const VoErrorCode code = guarded([&] { return insertAddress(name, owned, i); });
+  static_cast<void>(owned.release());
+  return code;
+}
+
+VoErrorCode VoMsgEntityHeader::removeAddressAt(const char* name, unsigned i) {
+  const AddressList* const list = addressList(name);
+  if (!list) return kVoBadArgument;
+  if (i >= list->items.size()) return kVoOutOfRange;
+  return guarded([&] {
+    changeableAddressField(name);
+    AddressList& target = addresses(headerNameOf(name));
+    target.items.erase(target.items.begin() + static_cast<std::ptrdiff_t>(i));
+    target.isAhead = true;
+    return kVoSuccess;
+  });
+}
+
+VoErrorCode VoMsgEntityHeader::setAddressList(const char* name, const char* text) {
+  if (!addressList(name) || !text) return kVoBadArgument;
+  return guarded([&] {
+    const HeaderName kind = headerNameOf(name);
+    const VoMsgHeaderField* const first = changeableAddressField(name);
+    for (const auto& field : mpHeaderList)
+      if (nameOf(*field) == kind) field->setRawFieldValue(field.get() == first ? text : "");
+    rebuildAddresses(kind);
+    return kVoSuccess;
+  });
+}
+
+VoErrorCode VoMsgEntityHeader::refreshAddressList(const char* name) {
+  if (!addressList(name)) return kVoBadArgument;
+  return guarded([&] {
+    rebuildAddresses(headerNameOf(name));
+    return kVoSuccess;
+  });
+}
+
+const VoMsgEntityHeader::AddressList* VoMsgEntityHeader::addressList(const char* name) const {
+  const HeaderName kind = headerNameOf(viewOf(name));
+  return isAddressName(kind) ? &mAddressLists[static_cast<std::size_t>(kind)] : nullptr;
+}
+
+// Cuts addresses off `value` and appends them, until a list is longer than the limit allows: a hostile list is not
+// turned into objects. What is left is remembered as text, so that an edit of the list does not lose it.
+void VoMsgEntityHeader::splitAddresses(HeaderName name, std::string_view value) {
+  const auto limits = vomsg::detail::HeaderLimits::of(mIsChild);
+  const bool isOtherTooLong = std::any_of(mAddressLists.begin(), mAddressLists.end(), [&](const AddressList& list) {
+    return limits.tooManyAddresses(list.items.size());
+  });
+  AddressList& list = addresses(name);
+  std::string text;
+  std::string_view address;
+  while (vomsg::detail::cutAddress(value, address)) {
+    text.assign(address);
+    list.items.push_back(std::make_unique<VoMsgUserAddress>(text.c_str()));
+    if (!isOtherTooLong && !limits.tooManyAddresses(list.items.size())) continue;
+    if (!value.empty()) list.rest.append(list.rest.empty() ? "" : ", ").append(value);
+    return;
+  }
+}
+
+void VoMsgEntityHeader::rebuildAddresses(HeaderName name) {
+  addresses(name) = {};
+  for (const auto& field : mpHeaderList)
+    if (nameOf(*field) == name) splitAddresses(name, viewOf(field->getRawFieldValue()));
+}
+
+// The first field of that name, made when there is none and marked as changed.
+VoMsgHeaderField* VoMsgEntityHeader::changeableAddressField(const char* name) {
+  const std::size_t at = findHeader(name);
+  if (at == mpHeaderList.size()) mpHeaderList.push_back(std::make_unique<VoMsgHeaderField>(name, ""));
+  VoMsgHeaderField* const field = mpHeaderList[at].get();
+  field->setNewHeader(1);
+  setEdited();
+  return field;
+}
+
+VoErrorCode VoMsgEntityHeader::insertAddress(const char* name, std::unique_ptr<VoMsgUserAddress>& address,
+                                             std::size_t i) {
+  AddressList& list = addresses(headerNameOf(name));
+  changeableAddressField(name);
+  list.items.insert(list.items.begin() + static_cast<std::ptrdiff_t>(i), std::move(address));
+  list.isAhead = true;
+  return kVoSuccess;
+}
+
+// Unites a changed list into the value of its first field; later fields of the name hold nothing more. Done when
+// somebody looks, because a caller may append a million addresses.
+void VoMsgEntityHeader::settleAddresses(HeaderName name) const {
+  const AddressList& list = mAddressLists[static_cast<std::size_t>(name)];
+  if (!list.isAhead) return;
+  std::string text;
+  const auto add = [&text](std::string_view part) { text.append(text.empty() ? "" : ", ").append(part); };
+  for (const auto& address : list.items) add(viewOf(address->getRawAddress()));
+  if (!list.rest.empty()) add(list.rest);
+  bool isFirst = true;
+  for (const auto& field : mpHeaderList)
+    if (nameOf(*field) == name) field->setRawFieldValue(std::exchange(isFirst, false) ? text.c_str() : "");
+  list.isAhead = false;
+}
+
+void VoMsgEntityHeader::settleAddresses() const {
+  for (std::size_t i = 0; i < mAddressLists.size(); ++i)
+    if (mAddressLists[i].isAhead) settleAddresses(static_cast<HeaderName>(i));
+}
+
+// --- state
+
+bool VoMsgEntityHeader::isNewHeader() const { return mIsNewHeader || isEdited(); }
+
+bool VoMsgEntityHeader::isEdited() const {
+  return mIsEdited || std::any_of(mpHeaderList.begin(), mpHeaderList.end(),
+                                  [](const auto& field) { return field->isNewHeader() != 0; });
+}
+
+void VoMsgEntityHeader::setMark(vomsg::detail::HeaderMark mark, unsigned offset) {
+  mIsNewHeader = true;
+  if (mMark != vomsg::detail::HeaderMark::none) return;
+  mMark = mark;
+  mMarkOffset = offset;
+}
+
+// --- writing; the anew part is in VoMsgHeaderBlockWriter.cpp
+
+VoErrorCode VoMsgEntityHeader::writeHeaderPart(VoMsgBufferedReader* reader, VoMsgBufferedWriter* writer) {
+  return isNewHeader() ? writeNewHeaderPart(writer) : writeHeaderPartFromSource(reader, writer);
+}
+
+VoErrorCode VoMsgEntityHeader::writeHeaderPartFromSource(VoMsgBufferedReader* reader, VoMsgBufferedWriter* writer) {
+  if (!reader || !writer) return kVoBadArgument;
+  return guarded([&] { return vomsg::detail::copyRange(*reader, *writer, mHeaderOffset, mHeaderSize); });
+}
