@@ -6,9 +6,9 @@
 #include <memory>
 #include <string_view>
 
+#include "vomsg/encoding/VoCodecSupport.h"
 #include "vomsg/encoding/VoHexChar.h"
 #include "vomsg/encoding/VoQuotedPrintableDecoder.h"
-#include "vomsg/encoding/VoTextCodec.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
@@ -94,9 +94,7 @@ bool decodePieces(VoMsgBufferedReader& source, std::uint64_t length, Emit emit) 
 }  // namespace
 
 bool decodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::uint64_t length) {
-  const std::uint64_t here = source.getOffset();
-  const std::uint64_t size = source.getSize();
-  if (size != 0xFFFFFFFFu && size > here) WriterAccess::expect(target, std::min(length, size - here));
+  WriterAccess::expect(target, std::min(length, bytesLeft(source)));
   return decodePieces(source, length,
                       [&](const char* data, std::size_t n) { return WriterAccess::writeThrough(target, data, n); }) &&
          target.flush();

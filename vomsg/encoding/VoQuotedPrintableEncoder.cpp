@@ -1,9 +1,13 @@
 // Lines are laid out in the output block itself: characters are appended behind the open line, and only a line
 // that grows past 75 characters is touched again, to put a soft break before its last breakable place.
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <string_view>
 
+#include "vomsg/encoding/VoCodecSupport.h"
 #include "vomsg/encoding/VoHexChar.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -21,21 +25,28 @@ constexpr std::ptrdiff_t kBlankFitsAfter = 74;  // a longer line gets its traili
 constexpr std::ptrdiff_t kBlock = 8192;
 constexpr std::ptrdiff_t kMargin = 256;  // more than the longest line with all that can be put into it
 
-constexpr std::array<bool, 256> plainCharacters(bool dotIsPlain) {
-  std::array<bool, 256> table{};
-  for (std::size_t c = 0x21; c <= 0x7E; ++c) table[c] = c != '=' && (c != '.' || dotIsPlain);
+enum class Kind : std::uint8_t { encoded, plain, blank };  // blank: written as it is, and a line may break before it
+
+using Kinds = std::array<Kind, 256>;
+
+constexpr Kinds kindsOfCharacters(bool encodeDot) {
+  Kinds table{};
+  for (std::size_t c = 0x21; c <= 0x7E; ++c) table[c] = Kind::plain;
+  table['='] = Kind::encoded;
+  if (encodeDot) table['.'] = Kind::encoded;
+  table[' '] = table['\t'] = Kind::blank;
   return table;
 }
 
-constexpr std::array<bool, 256> kPlain = plainCharacters(true);
-constexpr std::array<bool, 256> kPlainButDot = plainCharacters(false);
+constexpr Kinds kKinds = kindsOfCharacters(false);
+constexpr Kinds kKindsWithoutDot = kindsOfCharacters(true);
 
 class Encoder {
  public:
   Encoder(VoMsgBufferedWriter& target, bool softBreaks)
       : mTarget(target),
         mSoftBreaks(softBreaks),
-        mPlain((VoMsgExtraOption & kVoOptionEncodeDot) != 0 ? kPlainButDot : kPlain) {}
+        mKinds((VoMsgExtraOption & kVoOptionEncodeDot) != 0 ? kKindsWithoutDot : kKinds) {}
 
   bool encode(const unsigned char* in, const unsigned char* end) {
     while (in < end) {
@@ -48,14 +59,9 @@ class Encoder {
         } else if (!appendEncoded('\r')) {
           return false;
         }
-      } else if (mPlain[c]) {
-        char* to = mEnd;
-        char* const full = mLine + kLongestLine + 1;
-        do {
-          *to++ = static_cast<char>(*in++);
-        } while (to < full && in < end && mPlain[*in]);
-        mEnd = to;
-        if (to >= full && !breakLine()) return false;
+      } else if (mKinds[c] != Kind::encoded) {
+        in = appendPlain(in, end);
+        if (!breakLine()) return false;
       } else {
         ++in;
         bool written = true;
@@ -63,10 +69,6 @@ class Encoder {
           written = endLine();
         } else if (c == '\r') {
           mOpenCarriageReturn = true;  // whether it is a line end is for the next byte to say
-        } else if (c == ' ' || c == '\t') {
-          mBreak = mEnd;
-          *mEnd++ = static_cast<char>(c);
-          written = breakLine();
         } else {
           written = appendEncoded(c);
         }
@@ -87,6 +89,21 @@ class Encoder {
   void append(const char* text, std::size_t n) {
     std::memcpy(mEnd, text, n);
     mEnd += n;
+  }
+
+  // Takes characters that stand for themselves until the line is too long.
+  const unsigned char* appendPlain(const unsigned char* in, const unsigned char* end) {
+    char* to = mEnd;
+    char* breakAt = mBreak;
+    const unsigned char* const full =
+        in + std::min(end - in, std::max<std::ptrdiff_t>(1, mLine + kLongestLine + 1 - to));
+    for (; in < full && mKinds[*in] != Kind::encoded; ++in, ++to) {
+      breakAt = mKinds[*in] == Kind::blank ? to : breakAt;
+      *to = static_cast<char>(*in);
+    }
+    mEnd = to;
+    mBreak = breakAt;
+    return in;
   }
 
   bool appendEncoded(unsigned char c) {
@@ -139,7 +156,7 @@ class Encoder {
 
   VoMsgBufferedWriter& mTarget;
   const bool mSoftBreaks;
-  const std::array<bool, 256>& mPlain;
+  const Kinds& mKinds;
   bool mOpenCarriageReturn = false;
   std::array<char, kBlock + kMargin> mBlock;
   char* mLine = mBlock.data();  // start of the open line
@@ -150,6 +167,7 @@ class Encoder {
 }  // namespace
 
 bool encodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool softBreaks) {
+  WriterAccess::expect(target, bytesLeft(source));
   Encoder encoder(target, softBreaks);
   while (ReaderWindow::fill(source)) {
     const std::string_view window = ReaderWindow::buffered(source);

@@ -1,6 +1,7 @@
-// The string forms of the codecs: a stream codec run from one C string to another.
+// What the codecs share.
 #pragma once
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -11,6 +12,13 @@
 
 namespace vomsg::detail {
 
+// What `source` still holds; 0 when it cannot tell.
+inline std::uint64_t bytesLeft(VoMsgBufferedReader& source) {
+  const std::uint64_t size = source.getSize(), here = source.getOffset();
+  return size != 0xFFFFFFFFu && size > here ? size - here : 0;
+}
+
+// The string forms, a stream codec run from one C string to another:
 // Calls `codec(writer, reader, length)`, which says whether it succeeded, over `text`. The result is the caller's,
 // for free(): null for a null `text` and on failure, "" when nothing comes out. A NUL that comes out ends it.
 template <class Codec>
