@@ -21,6 +21,7 @@ namespace {
 
 constexpr char kUsAscii[] = "us-ascii";
 constexpr std::string_view kFold = "\r\n\t";
+constexpr std::string_view kBlanks = " \t";
 
 // Fields whose syntax a fold between encoded words would break, or that other software reads line by line.
 constexpr std::array<std::string_view, 8> kNeverDivided = {
@@ -92,9 +93,10 @@ VoErrorCode foldPlain(std::string& out, std::string_view text, std::size_t first
   for (std::size_t room = firstRoom; text.size() > room; room = kRoom) {
     std::size_t cut = room;
     while (cut > 0 && !(isBlank(text[cut - 1]) && !isBlank(text[cut]))) --cut;
+    if (cut == 0 && text.substr(0, room).find("=?") == text.npos) cut = room;
     if (cut == 0) {
-      const bool holdsWord = text.substr(0, room).find("=?") != text.npos;
-      cut = holdsWord ? std::min(text.find_first_of(" \t", room), text.size()) : room;
+      cut = std::min(text.find_first_of(kBlanks, room), text.size());
+      cut = std::min(text.find_first_not_of(kBlanks, cut), text.size());
     }
     if (cut == text.size()) break;
     out.append(text.substr(0, cut)).append(kFold);

@@ -1,6 +1,10 @@
 // One header field: a name, a raw value and its parameters (RFC 5322, RFC 2045, RFC 2231).
-// Getters return pointers into the field that stay valid until it changes. Names are compared without case; the
-// first match counts.
+// What is handed in is copied; getters return pointers into the field that stay valid until it changes, and only
+// newCopy hands over an object. Names are compared without case; the first match counts.
+//
+// Nothing that a caller sets can begin another header line: a name with a line break is refused, a value set through
+// the encoding setters, and any parameter value, becomes one logical line (each line break with the blanks after it
+// one space), and a raw value keeps its folds but no other line break.
 #pragma once
 
 #include <cstddef>
@@ -17,6 +21,8 @@
 
 class VOMSG_API VoMsgHeaderField {
  public:
+  // Either may be null. A name with a line break or with a blank in front is not taken: getName() is then null, and a
+  // field without name is never written.
   VoMsgHeaderField(const char* name, const char* rawValue);
   ~VoMsgHeaderField();
   VoMsgHeaderField(const VoMsgHeaderField&) = delete;
@@ -37,12 +43,17 @@ class VOMSG_API VoMsgHeaderField {
   // The value decoded and converted to `charset`; the raw value when it cannot be converted. "us-ascii" always
   // gives the raw value. Null for a null `charset` or without a value.
   const char* getFieldValue(const char* charset);
-  // The value decoded in the charset of its encoded words, which `charsetOut` names (null without any).
+  // The value decoded in the charset of its encoded words, of the last one when they differ; `charsetOut` names it.
+  // Without encoded words the raw value and null.
   const char* getFieldValueEx(const char*& charsetOut);
-  // Replaces the value as it stands; does not count as a change.
+  // Replaces the value as it stands (null: by none); does not count as a change. Of line breaks only folds, CR LF and
+  // blanks before more text, are kept; others become a fold, at the end they go. kVoNoMemory: the old value stays.
   VoErrorCode setRawFieldValue(const char* raw);
-  // Converts `value` from `srcCharset` to `dstCharset` (null: stays), encodes it, in several words when it is
-  // long, and stores it. kVoBadArgument: `value` null or `dstCharset` unknown; kVoConversionFailed.
+  // Converts `value` from `srcCharset` (null: already in `dstCharset`) to `dstCharset` (null: stays) and stores it
+  // encoded; a value too long for its line is divided, except in address fields, Received, MIME-Version and those of
+  // the content. kVoBadArgument: `value` is null, `dstCharset` unknown, or the charset's name cannot stand in an
+  // encoded word; kVoConversionFailed (also when the name leaves no room to divide); kVoEncodeFailed. A failure
+  // changes nothing.
   VoErrorCode setFieldValue(const char* value, const char* srcCharset, const char* dstCharset);
 
   unsigned countParameter() const;
@@ -54,14 +65,17 @@ class VOMSG_API VoMsgHeaderField {
   // Decoded and converted, RFC 2231 pieces put together; they win over a plain parameter of the same name.
   const char* getParameterValue(const char* name, const char* charset);
   const char* getParameterValueEx(const char* name, const char*& charsetOut);
-  // Appends as it stands; does not count as a change. kVoNoMemory.
+  // Appends as it stands; does not count as a change. `isEncoded`: the value holds encoded words, else `charset` (may
+  // be null) is its own. kVoBadArgument: `name` is null or holds a line break; kVoNoMemory.
   VoErrorCode appendRawParameter(const char* name, const char* value, bool isEncoded, const char* charset);
-  // kVoBadArgument: null name or unknown `dstCharset`. A null value makes a parameter without value.
+  // Converted and encoded as one word, as setFieldValue does. A null value makes a parameter without value.
+  // kVoBadArgument: `name` is null or holds a line break, or `dstCharset` is unknown.
   VoErrorCode appendParameter(const char* name, const char* value, const char* srcCharset, const char* dstCharset);
   // `i` may equal the count. kVoOutOfRange above it.
   VoErrorCode insertParameterAt(unsigned i, const char* name, const char* value, const char* srcCharset,
                                 const char* dstCharset);
-  // Replaces the first parameter of that name and all its RFC 2231 pieces, or appends one.
+  // Replaces the first parameter of that name, or appends one; its RFC 2231 pieces go. A null value appends a
+  // parameter without value. A failure changes nothing.
   VoErrorCode setParameterValue(const char* name, const char* value, const char* srcCharset, const char* dstCharset);
   // kVoNoSuchHeader: no parameters at all; kVoOutOfRange.
   VoErrorCode removeParameterAt(unsigned i);
@@ -69,13 +83,18 @@ class VOMSG_API VoMsgHeaderField {
   VoErrorCode removeParameter(const char* name);
   bool hasRFC2231(const char* name) const;
 
-  // The steps of RFC 2231 assembly: numbers are decimal strings of any length.
+  // The steps of RFC 2231 assembly: numbers are decimal strings of any length, "" is none.
   static std::string getSequenceNo(const char* pieceName);
   static void _cutFirstZero(std::string& number);
   static bool _isSmallSequenceNo(const std::string& a, const std::string& b);
   static void _incrementString(std::string& number);
+  // The piece with the number `seq`, else that with the smallest greater one; `seq` becomes its number, and
+  // `*isEncodedOut` tells whether it is percent-encoded. `name*` comes before all others and empties `seq`. Null
+  // without a piece.
   const char* getSeqRawParameterValue(const char* name, std::string& seq, bool* isEncodedOut) const;
+  // Puts the pieces together and keeps the result, also in `charset`. False when there is nothing.
   bool getConvertRFC2231Value(const char* name, const char* charset, std::string& out);
+  // The charset that the pieces declare. False when an unencoded piece comes first, or none declares any.
   bool getRfc2231Charset(const char* name, std::string& out) const;
 
  private:

@@ -168,13 +168,13 @@ VoErrorCode VoMsgHeaderField::setParameterValue(const char* name, const char* va
                                                 const char* dstCharset) {
   return logged(guarded([&] {
                   if (!isUsableName(name) || (value && !isUsableTarget(dstCharset))) return kVoBadArgument;
+                  VoMsgHeaderParameter* const existing = value ? find(name) : nullptr;
                   // Encoded before anything goes, so that a failure leaves the pieces where they are.
                   std::string text;
                   if (value) {
                     const VoErrorCode code = encodeText(text, value, srcCharset, dstCharset);
-                    if (voFailed(code)) return code;
+                    if (voFailed(code)) return existing && code != kVoBadArgument ? kVoEncodeFailed : code;
                   }
-                  VoMsgHeaderParameter* const existing = value ? find(name) : nullptr;
                   if (existing) {
                     existing->setRawParameterValue(text.c_str(), true, nullptr);
                   } else {

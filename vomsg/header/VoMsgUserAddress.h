@@ -1,4 +1,5 @@
-// One mailbox of an address header: the text as written and, on demand, its address and its display name.
+// One mailbox of an address header: the text as written and, on demand, its address and its display name. Strings it
+// returns are its own; those of the name are valid until the default charset changes.
 #pragma once
 
 #include <cstdio>
@@ -11,7 +12,9 @@
 
 class VOMSG_API VoMsgUserAddress {
  public:
-  explicit VoMsgUserAddress(const char* raw);  // copied
+  // Copied; may be null. Line breaks, which would end the header line, become one space each with the blanks after
+  // them.
+  explicit VoMsgUserAddress(const char* raw);
   virtual ~VoMsgUserAddress();
   VoMsgUserAddress(const VoMsgUserAddress&) = delete;
   VoMsgUserAddress& operator=(const VoMsgUserAddress&) = delete;
@@ -37,7 +40,9 @@ class VOMSG_API VoMsgUserAddress {
 };
 
 namespace vomsg::detail {
-// Cuts the next address off the front of an address header's value: at "," and ";" outside quotes and "<...>".
-// Returns the piece less its leading blanks; `rest` shrinks. False when nothing is left. Linear over all calls.
+// Cuts the next address off the front of an address header's value, at a "," or ";" that stands neither in a quoted
+// string nor behind a "<" still without ">". `address` is the piece less its leading spaces (the last one less its
+// leading tabs and line ends too), a view into the value; empty ones are passed over. `rest` shrinks. False when
+// nothing is left. Linear over all calls.
 bool cutAddress(std::string_view& rest, std::string_view& address);
 }  // namespace vomsg::detail
