@@ -1,0 +1,131 @@
+#include "cli/Input.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "cli/Console.h"
+#include "cli/Failure.h"
+#include "vomsg/entity/VoMsgRfc822Message.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgFileResource.h"
+#include "vomsg/foundation/VoMsgMemoryResource.h"
+
+namespace cli {
+
+namespace {
+
+constexpr std::uint64_t kSizeLimit = std::uint64_t{1} << 31;
+
+struct Bytes {
+  std::string bytes;
+};
+
+// Memory that lives as long as the resource over it.
+class BytesResource : private Bytes, public VoMsgMemoryResource {
+ public:
+  explicit BytesResource(std::string text)
+      : Bytes{std::move(text)},
+        VoMsgMemoryResource(bytes.data(), static_cast<unsigned>(bytes.size()), 0, nullptr, nullptr) {}
+};
+
+struct Descriptor {
+  int fd;
+  ~Descriptor() {
+    if (fd > STDERR_FILENO) close(fd);
+  }
+};
+
+Failure noInput(const std::string& file, const char* reason) { return {kNoInput, file + ": " + reason}; }
+
+std::string readStream(int fd, const std::string& file) {
+  std::string bytes;
+  char chunk[65536];
+  for (;;) {
+    const ssize_t n = read(fd, chunk, sizeof chunk);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) throw noInput(file, std::strerror(errno));
+    if (n == 0) return bytes;
+    bytes.append(chunk, static_cast<std::size_t>(n));
+    if (bytes.size() >= kSizeLimit) throw noInput(file, "2 GiB and more cannot be read");
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<VoMsgResourceLocator> openInput(const std::string& file) {
+  if (file == "-") return std::make_unique<BytesResource>(readStream(STDIN_FILENO, "standard input"));
+  const Descriptor input{open(file.c_str(), O_RDONLY | O_CLOEXEC)};
+  struct stat status;
+  if (input.fd < 0 || fstat(input.fd, &status) != 0) throw noInput(file, std::strerror(errno));
+  if (S_ISDIR(status.st_mode)) throw noInput(file, "this is a folder");
+  if (!S_ISREG(status.st_mode)) return std::make_unique<BytesResource>(readStream(input.fd, file));
+  if (static_cast<std::uint64_t>(status.st_size) >= kSizeLimit) throw noInput(file, "2 GiB and more cannot be read");
+  return std::make_unique<VoMsgFileResource>(file.c_str(), nullptr, nullptr);
+}
+
+std::string readAll(const VoMsgResourceLocator& resource, const std::string& file) {
+  const std::unique_ptr<VoMsgBufferedReader> reader(resource.getInputStream(VoMsgResourceLocator::dataPart));
+  if (!reader) throw failureOf(kVoReadFailed, file);
+  std::string bytes;
+  char chunk[65536];
+  while (const unsigned n = reader->read(chunk, sizeof chunk)) bytes.append(chunk, n);
+  return bytes;
+}
+
+OpenedMessage openMessage(const std::string& file) { return openMessage(file, openInput(file)); }
+
+OpenedMessage openMessage(const std::string& file, std::unique_ptr<VoMsgResourceLocator> source) {
+  OpenedMessage opened{std::make_unique<VoMsgRfc822Message>(), kVoSuccess};
+  opened.code = opened.message->readFrom(source.release());
+  if (opened.code == kVoReadFailed) throw failureOf(opened.code, file);
+  return opened;
+}
+
+std::vector<std::string> expandFolders(const std::vector<std::string>& arguments) {
+  namespace fs = std::filesystem;
+  std::vector<std::string> files;
+  for (const std::string& argument : arguments) {
+    std::error_code error;
+    if (!fs::is_directory(argument, error)) {
+      files.push_back(argument);
+      continue;
+    }
+    const auto first = static_cast<std::ptrdiff_t>(files.size());
+    fs::recursive_directory_iterator entry(argument, error);
+    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+      std::error_code ignored;  // an entry that vanished is no file any more
+      if (entry->is_regular_file(ignored)) files.push_back(entry->path().string());
+    }
+    if (error) throw noInput(argument, error.message().c_str());
+    std::sort(files.begin() + first, files.end());
+  }
+  return files;
+}
+
+int forEachFile(const std::vector<std::string>& arguments,
+                const std::function<int(const std::string& file, bool several)>& work) {
+  const std::vector<std::string> files = expandFolders(arguments);
+  if (files.empty()) throw Failure(kNoInput, "there is no file in what was named");
+  Progress progress(files.size());
+  int exit = kOk;
+  for (const std::string& file : files) {
+    progress.next(file);
+    int result = kOk;
+    try {
+      result = work(file, files.size() > 1);
+    } catch (const Failure& failure) {
+      complain(failure.what());
+      result = failure.exit();
+    }
+    if (exit == kOk) exit = result;
+  }
+  return exit;
+}
+
+}  // namespace cli

@@ -1,0 +1,62 @@
+// vomsg text: the main text of a message in UTF-8.
+
+#include <memory>
+
+#include "cli/Command.h"
+#include "cli/Console.h"
+#include "cli/Failure.h"
+#include "cli/Input.h"
+#include "vomsg/entity/VoMsgRfc822Message.h"
+
+namespace cli {
+
+namespace {
+
+struct Options {
+  std::string file;
+  bool html = false;
+};
+
+const char* originName(VoMsgRfc822Entity::CharsetOrigin origin) {
+  switch (origin) {
+    case VoMsgRfc822Entity::CharsetOrigin::declared:
+      return "declared";
+    case VoMsgRfc822Entity::CharsetOrigin::detected:
+      return "detected";
+    case VoMsgRfc822Entity::CharsetOrigin::assumed:
+      return "assumed";
+  }
+  return "unknown";
+}
+
+int showText(const Options& options) {
+  const OpenedMessage opened = openMessage(options.file);
+  auto* message = dynamic_cast<VoMsgRfc822Message*>(opened.message.get());
+  VoMsgEntity* body = message != nullptr ? message->_findMessageBody(options.html) : nullptr;
+  if (body == nullptr) throw Failure(kBadData, options.file + ": the message holds no text");
+  if (auto* mime = dynamic_cast<VoMsgRfc822Entity*>(body)) {
+    auto origin = VoMsgRfc822Entity::CharsetOrigin::assumed;
+    const char* charset = mime->getTextCharset(origin);
+    complain(std::string("charset ") + (charset != nullptr ? charset : "unknown") + " (" + originName(origin) + ")");
+  }
+  int code = 0;
+  const VoMsgResourceLocator* text = body->getTextContent(code, nullptr, "utf-8");
+  if (text != nullptr) {
+    print(readAll(*text, options.file));
+  } else if (static_cast<VoErrorCode>(code) != kVoNoContent) {
+    throw failureOf(static_cast<VoErrorCode>(code), options.file);
+  }
+  if (voFailed(opened.code)) throw failureOf(opened.code, options.file);
+  return kOk;
+}
+
+const Command kText("text", "Print the main text in UTF-8, its charset on stderr", [](CLI::App& app) -> Command::Run {
+  const auto options = std::make_shared<Options>();
+  app.add_option("FILE", options->file, "The message; - for the standard input")->required();
+  app.add_flag("--html", options->html, "Prefer HTML to plain text");
+  return [options] { return showText(*options); };
+});
+
+}  // namespace
+
+}  // namespace cli

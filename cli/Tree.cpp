@@ -1,0 +1,111 @@
+// vomsg tree: the entity tree, as text or as JSON.
+
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "cli/Command.h"
+#include "cli/Console.h"
+#include "cli/Failure.h"
+#include "cli/Input.h"
+#include "cli/Printable.h"
+#include "cli/TreeText.h"
+#include "vomsg/entity/VoMsgRfc822Entity.h"
+#include "vomsg/header/VoMsgHeaderField.h"
+
+namespace cli {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json text(const char* value) { return value != nullptr ? Json(value) : Json(nullptr); }
+
+Json range(unsigned offset, unsigned size) { return {{"offset", offset}, {"size", size}}; }
+
+// Bytes that are no UTF-8 become U+FFFD.
+std::string dump(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+// The object of the walk's present entity, open for its children: `{...,"children":[`.
+std::string openObject(const EntityWalk& walk) {
+  VoMsgEntity* const entity = walk.entity();
+  const auto* mime = dynamic_cast<const VoMsgRfc822Entity*>(entity);
+  Json flags = Json::array();
+  if (walk.isSigned()) flags.push_back("signed");
+  if (walk.isEncrypted()) flags.push_back("encrypted");
+  if (walk.isModified()) flags.push_back("modified");
+  Json headers = Json::array();
+  for (unsigned i = 0; i < entity->countHeaders(); ++i) {
+    VoMsgHeaderField* field = entity->getHeaderAt(i);
+    if (field != nullptr) headers.push_back(Json::array({text(field->getName()), text(field->getFieldValue("utf-8"))}));
+  }
+  const Json object = {
+      {"type", hexCode(entity->getEntityTypeID())},
+      {"contentType", text(entity->getContentType())},
+      {"charset", text(entity->getCharset())},
+      {"encoding", text(entity->getEncoding())},
+      {"fileName", text(entity->getFileName("utf-8"))},
+      {"header", mime != nullptr ? range(mime->getHeaderOffset(), mime->getHeaderSize()) : Json(nullptr)},
+      {"body", mime != nullptr ? range(mime->getBodyOffset(), mime->getBodySize()) : Json(nullptr)},
+      {"contentSize", entity->isMultipartEntity() ? Json(nullptr) : Json(entity->getContentSize())},
+      {"level", walk.level()},
+      {"flags", std::move(flags)},
+      {"headers", std::move(headers)},
+  };
+  std::string opened = dump(object);
+  opened.back() = ',';
+  return opened + "\"children\":[";
+}
+
+// Written entity by entity: a document of a hundred thousand levels is nothing to build as one object.
+void printJson(const std::string& file, const OpenedMessage& opened) {
+  std::string out = "{\"file\":" + dump(file) + ",\"code\":" + dump(hexCode(opened.code)) + ",\"root\":";
+  EntityWalk walk(opened.message.get());
+  unsigned open = 0;  // objects whose children are being written
+  while (walk.next()) {
+    if (walk.number() != 0 && open > walk.depth()) {
+      for (; open > walk.depth(); --open) out += "]}";
+      out += ',';
+    }
+    out += openObject(walk);
+    ++open;
+    if (out.size() > 65536) {
+      print(out);
+      out.clear();
+    }
+  }
+  for (; open > 0; --open) out += "]}";
+  print(out + "}\n");
+}
+
+struct Options {
+  std::vector<std::string> files;
+  bool json = false;
+  bool checksum = false;
+};
+
+int showFile(const Options& options, const std::string& file, bool several) {
+  const OpenedMessage opened = openMessage(file);
+  if (options.json) {
+    printJson(file, opened);
+  } else {
+    print((several ? "== " + printable(file) + "\n" : "") + treeText(opened.message.get(), options.checksum));
+  }
+  if (voFailed(opened.code)) throw failureOf(opened.code, file);
+  return kOk;
+}
+
+const Command kTree("tree", "Print the entity tree of messages", [](CLI::App& app) -> Command::Run {
+  const auto options = std::make_shared<Options>();
+  app.add_option("FILE", options->files, "Messages; a folder stands for all files in it, - for the standard input")
+      ->required();
+  app.add_flag("--json", options->json, "One JSON object a line and file");
+  app.add_flag("--checksum", options->checksum, "Add the CRC-32 of each part's decoded content");
+  return [options] {
+    return forEachFile(options->files,
+                       [&](const std::string& file, bool several) { return showFile(*options, file, several); });
+  };
+});
+
+}  // namespace
+
+}  // namespace cli
