@@ -42,9 +42,8 @@ bool decodePieces(VoMsgBufferedReader& source, std::uint64_t length, Emit emit) 
     if (!emit(out.data(), decoded)) return false;
   }
   if (done == 0) return true;
-  // A source shorter than promised: the first byte of its last chunk stands for what is missing, but never for
-  // more than the source gave, and one chunk.
-  std::uint64_t missing = std::min(length - done, done + kChunk);
+  // The first byte of the last chunk stands for what is missing.
+  std::uint64_t missing = std::min(length - done, done + kMostFiller);
   std::array<char, kChunk> filler;
   filler.fill(chunkStart);
   while (missing > 0) {
@@ -112,33 +111,9 @@ class LineEncoder {
 bool encodeAll(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool lineBreaks) {
   WriterAccess::expect(target, (bytesLeft(source) / kLineBytes + 1) * (kLineChars + 2));
   LineEncoder lines(target, lineBreaks);
-  unsigned char open[kLineBytes];  // a line of which the buffer held only the beginning
-  std::size_t held = 0;
-  while (ReaderWindow::fill(source)) {
-    const std::string_view window = ReaderWindow::buffered(source);
-    const auto* in = reinterpret_cast<const unsigned char*>(window.data());
-    std::size_t left = window.size();
-    if (held > 0) {
-      const std::size_t n = std::min(kLineBytes - held, left);
-      std::memcpy(open + held, in, n);
-      held += n;
-      in += n;
-      left -= n;
-      if (held == kLineBytes) {
-        if (!lines.line(open, kLineBytes)) return false;
-        held = 0;
-      }
-    }
-    for (; left >= kLineBytes; left -= kLineBytes, in += kLineBytes)
-      if (!lines.line(in, kLineBytes)) return false;
-    if (left > 0) {
-      std::memcpy(open, in, left);
-      held = left;
-    }
-    ReaderWindow::consume(source, window.size());
-  }
-  if (held > 0 && !lines.line(open, held)) return false;
-  return lines.emit() && target.flush();
+  return forEachStretch<kLineBytes>(source,
+                                    [&](const unsigned char* in, std::size_t n) { return lines.line(in, n); }) &&
+         lines.emit() && target.flush();
 }
 
 }  // namespace

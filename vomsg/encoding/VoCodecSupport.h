@@ -1,21 +1,99 @@
 // What the codecs share.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <string_view>
+#include <utility>
 
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgMemoryWriter.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
 
 namespace vomsg::detail {
+
+// A source shorter than promised reads as filler, as it always did; but for no more than it gave and this much.
+inline constexpr std::uint64_t kMostFiller = 4096;
 
 // What `source` still holds; 0 when it cannot tell.
 inline std::uint64_t bytesLeft(VoMsgBufferedReader& source) {
   const std::uint64_t size = source.getSize(), here = source.getOffset();
   return size != 0xFFFFFFFFu && size > here ? size - here : 0;
+}
+
+// Single bytes of a reader, which nobody else may use while this lives. It is left behind the last byte taken.
+class ByteSource {
+ public:
+  explicit ByteSource(VoMsgBufferedReader& reader, std::uint64_t limit = UINT64_MAX) : mReader(reader), mLimit(limit) {}
+  ByteSource(const ByteSource&) = delete;
+  ByteSource& operator=(const ByteSource&) = delete;
+  ~ByteSource() { ReaderWindow::consume(mReader, mAt); }
+
+  // -1 at the end of the data, or of `limit`.
+  int next() {
+    if (mAt == mWindow.size() && !refill()) return -1;
+    return static_cast<unsigned char>(mWindow[mAt++]);
+  }
+
+  // How many bytes can still come.
+  std::uint64_t left() {
+    ReaderWindow::consume(mReader, mAt);
+    mWindow.remove_prefix(std::exchange(mAt, 0));
+    const std::uint64_t most = mLimit + std::min<std::uint64_t>(mWindow.size(), UINT64_MAX - mLimit);
+    return mReader.getSize() == 0xFFFFFFFFu ? most : std::min(most, bytesLeft(mReader));
+  }
+
+ private:
+  bool refill() {
+    ReaderWindow::consume(mReader, std::exchange(mAt, 0));
+    mWindow = {};
+    if (mLimit == 0 || !ReaderWindow::fill(mReader)) return false;
+    mWindow = ReaderWindow::buffered(mReader);
+    if (mWindow.size() > mLimit) mWindow = mWindow.substr(0, static_cast<std::size_t>(mLimit));
+    mLimit -= mWindow.size();
+    return true;
+  }
+
+  VoMsgBufferedReader& mReader;
+  std::uint64_t mLimit;  // what may be taken beyond the window
+  std::string_view mWindow;
+  std::size_t mAt = 0;
+};
+
+// Hands the rest of `source` to `each(bytes, n)` in stretches of `N` bytes, the last one perhaps shorter. False as
+// soon as `each` says so.
+template <std::size_t N, class Each>
+bool forEachStretch(VoMsgBufferedReader& source, Each each) {
+  unsigned char open[N];  // a stretch of which the buffer held only the beginning
+  std::size_t held = 0;
+  while (ReaderWindow::fill(source)) {
+    const std::string_view window = ReaderWindow::buffered(source);
+    const auto* in = reinterpret_cast<const unsigned char*>(window.data());
+    std::size_t left = window.size();
+    if (held > 0) {
+      const std::size_t n = std::min(N - held, left);
+      std::memcpy(open + held, in, n);
+      held += n;
+      in += n;
+      left -= n;
+      if (held == N) {
+        if (!each(open, N)) return false;
+        held = 0;
+      }
+    }
+    for (; left >= N; left -= N, in += N)
+      if (!each(in, N)) return false;
+    if (left > 0) {
+      std::memcpy(open, in, left);
+      held = left;
+    }
+    ReaderWindow::consume(source, window.size());
+  }
+  return held == 0 || each(open, held);
 }
 
 // The string forms, a stream codec run from one C string to another:

@@ -3,15 +3,14 @@
 #include "vomsg/encoding/VoHexChar.h"
 
 #include <array>
-#include <cstring>
 #include <memory>
 #include <string_view>
 
+#include "vomsg/encoding/VoCodecSupport.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
-#include "vomsg/foundation/VoMsgStreamAccess.h"
 
 constexpr char hextable_char[17] = "0123456789ABCDEF";
 constexpr char hextable[17] = "0123456789ABCDEF";
@@ -27,7 +26,7 @@ namespace vomsg::detail {
 
 namespace {
 
-constexpr unsigned char kEndOfInput = 0xFF;
+constexpr int kEndOfInput = 0xFF;
 
 constexpr std::array<bool, 256> kEscaped = [] {
   std::array<bool, 256> table{};
@@ -36,29 +35,16 @@ constexpr std::array<bool, 256> kEscaped = [] {
   return table;
 }();
 
-// Hands the bytes before the end of the input to `each`, which says whether to go on. False when it said no.
-template <class Each>
-bool forEachByte(VoMsgBufferedReader& source, Each each) {
-  while (ReaderWindow::fill(source)) {
-    const std::string_view window = ReaderWindow::buffered(source);
-    std::size_t used = 0;
-    bool goOn = true, ended = false;
-    while (used < window.size() && goOn && !ended) {
-      const unsigned char c = static_cast<unsigned char>(window[used++]);
-      ended = c == kEndOfInput;
-      if (!ended) goOn = each(c);
-    }
-    ReaderWindow::consume(source, used);
-    if (!goOn) return false;
-    if (ended) return true;
-  }
-  return true;
+// The next byte; -1 at the end of the input.
+int nextByte(ByteSource& source) {
+  const int c = source.next();
+  return c == kEndOfInput ? -1 : c;
 }
 
 // Two characters as the C library's strtol reads them in base 16: blanks and a sign before the digits, a prefix
 // "0x", 0 for what is no number. Written out because strtol asks the host's locale what a blank is.
-unsigned char escapedByte(const char (&digits)[2]) {
-  std::string_view rest(digits, 2);
+char escapedByte(const std::array<char, 2>& digits) {
+  std::string_view rest(digits.data(), digits.size());
   while (!rest.empty() && (rest[0] == ' ' || (rest[0] >= '\t' && rest[0] <= '\r'))) rest.remove_prefix(1);
   bool negative = false;
   if (!rest.empty() && (rest[0] == '+' || rest[0] == '-')) {
@@ -68,38 +54,37 @@ unsigned char escapedByte(const char (&digits)[2]) {
   int value = 0;
   for (; !rest.empty() && hexCharToInt(static_cast<unsigned char>(rest[0])) >= 0; rest.remove_prefix(1))
     value = value << 4 | hexCharToInt(static_cast<unsigned char>(rest[0]));
-  return static_cast<unsigned char>(negative ? -value : value);
+  return static_cast<char>(negative ? -value : value);
 }
 
-bool decodeHex(VoMsgBufferedWriter& target, VoMsgBufferedReader& source) {
-  char digits[2];
-  unsigned missing = 0;  // digits of the open escape
-  const bool written = forEachByte(source, [&](unsigned char c) {
-    if (missing > 0) {
-      digits[2 - missing--] = static_cast<char>(c);
-      if (missing > 0) return true;
-      c = escapedByte(digits);
-    } else if (c == '%') {
-      missing = 2;
-      return true;
+bool decodeHex(VoMsgBufferedWriter& target, VoMsgBufferedReader& reader) {
+  ByteSource source(reader);
+  for (int c = nextByte(source); c >= 0; c = nextByte(source)) {
+    char out = static_cast<char>(c);
+    if (c == '%') {
+      const int first = nextByte(source), second = first < 0 ? -1 : nextByte(source);
+      if (second < 0) break;
+      out = escapedByte({static_cast<char>(first), static_cast<char>(second)});
     }
-    const char byte = static_cast<char>(c);
-    return target.write(&byte, 1);
-  });
-  return written && target.flush();
+    if (!target.write(&out, 1)) return false;
+  }
+  return target.flush();
 }
 
-bool encodeHex(VoMsgBufferedWriter& target, VoMsgBufferedReader& source) {
-  const bool written = forEachByte(source, [&](unsigned char c) {
+bool encodeHex(VoMsgBufferedWriter& target, VoMsgBufferedReader& reader) {
+  ByteSource source(reader);
+  for (int c = nextByte(source); c >= 0; c = nextByte(source)) {
     char out[3] = {static_cast<char>(c)};
-    if (!kEscaped[c]) return target.write(out, 1);
-    // Bytes from 0x80 all become "%FF", which receivers of these values have come to know; only ASCII survives.
-    out[0] = '%';
-    out[1] = c < 0x80 ? hextable_char[c >> 4] : 'F';
-    out[2] = c < 0x80 ? hextable_char[c & 15] : 'F';
-    return target.write(out, 3);
-  });
-  return written && target.flush();
+    const bool escaped = kEscaped[static_cast<std::size_t>(c)];
+    if (escaped) {
+      // Bytes from 0x80 all become "%FF", which receivers of these values have come to know; only ASCII survives.
+      out[0] = '%';
+      out[1] = c < 0x80 ? hextable_char[c >> 4] : 'F';
+      out[2] = c < 0x80 ? hextable_char[c & 15] : 'F';
+    }
+    if (!target.write(out, escaped ? 3 : 1)) return false;
+  }
+  return target.flush();
 }
 
 }  // namespace

@@ -20,7 +20,6 @@ namespace vomsg::detail {
 namespace {
 
 constexpr std::size_t kPiece = 16384;  // decoded at once, so that the result is still in the first cache when written
-constexpr std::int64_t kMostMissing = 4096;  // what a source shorter than promised may miss beyond what it gave
 
 // The next byte, or -1 at the end of the data.
 int readByte(VoMsgBufferedReader& source) {
@@ -80,8 +79,8 @@ bool decodePieces(VoMsgBufferedReader& source, std::uint64_t length, Emit emit) 
     if (decoded > 0 && !emit(out.data(), decoded)) return false;
   }
   if (state.remaining <= 0) return true;
-  // A source shorter than promised reads as 0xFF bytes, but never as more than it gave, and one block.
-  std::int64_t missing = std::min(state.remaining, promised - state.remaining + kMostMissing);
+  // 0xFF bytes stand for what is missing.
+  std::int64_t missing = std::min(state.remaining, promised - state.remaining + std::int64_t{kMostFiller});
   out.fill('\xFF');
   while (missing > 0) {
     const std::size_t n = static_cast<std::size_t>(std::min<std::int64_t>(missing, kPiece));

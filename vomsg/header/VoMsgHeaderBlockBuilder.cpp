@@ -15,6 +15,8 @@
 namespace vomsg::detail {
 namespace {
 
+constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
+
 bool sameContentType(const VoMsgHeaderField& a, const VoMsgHeaderField& b) {
   if (!equalNoCase(viewOf(a.getRawFieldValue()), viewOf(b.getRawFieldValue()))) return false;
   if (a.countParameter() != b.countParameter()) return false;
@@ -32,7 +34,9 @@ HeaderBlockBuilder::HeaderBlockBuilder(VoMsgEntityHeader& header, const char* de
       mpDefaultCharset(defaultCharset),
       mPurpose(purpose),
       mLimits(HeaderLimits::of(header.mIsChild)),
-      mContentTypeAt(header.findHeader("Content-Type")) {}
+      mContentTypeAt(header.findHeader("Content-Type")) {
+  if (mContentTypeAt == header.mpHeaderList.size()) mContentTypeAt = kNowhere;
+}
 
 VoErrorCode HeaderBlockBuilder::readBlock(VoMsgBufferedReader& reader, const VoMsgBoundaryList* boundaries) {
   BoundaryTable table;
@@ -98,7 +102,7 @@ VoMsgHeaderField* HeaderBlockBuilder::makeStructured(std::string_view name, std:
 void HeaderBlockBuilder::addStructured(HeaderName kind, std::string_view name, std::string_view value,
                                        std::uint64_t offset) {
   auto& list = mHeader.mpHeaderList;
-  const bool isReplacement = kind == HeaderName::contentType && mContentTypeAt < list.size();
+  const bool isReplacement = kind == HeaderName::contentType && mContentTypeAt != kNowhere;
   if (isReplacement) mark(HeaderMark::repeatedContentType, offset);
   std::unique_ptr<VoMsgHeaderField> field(makeStructured(name, value, offset));
   if (!field) throw std::bad_alloc();

@@ -48,7 +48,7 @@ class HeaderBlockBuilder {
   const char* mpDefaultCharset;
   const Purpose mPurpose;
   const HeaderLimits mLimits;
-  std::size_t mContentTypeAt;  // its place in the list, or past the end
+  std::size_t mContentTypeAt;  // its place in the list, if any
   std::size_t mParameterCount = 0;
   StructuredValue mValue;
   std::string mName;

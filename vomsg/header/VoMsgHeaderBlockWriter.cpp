@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "vomsg/encoding/VoBase64Decoder.h"
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -43,12 +44,15 @@ bool holdsNul(const EncodedWordSpan& word) {
   return bytes.find('\0') != bytes.npos;
 }
 
-// An address, a message id or a URL beside the encoded words: encoded as a whole it would be one no longer.
+// An address, a message id or a URL beside the encoded words would be one no longer when all is encoded as a whole;
+// and what only looks like a word would become text of the charset it seems to name.
 bool canBeEncodedAsAWhole(std::string_view raw) {
-  for (std::size_t at = 0;;) {
+  std::size_t at = 0;
+  while (true) {
     const EncodedWordSpan word = findEncodedWord(raw, at);
-    if (raw.substr(at, std::min(word.begin, raw.size()) - at).find_first_of("<@") != raw.npos) return false;
-    if (word.begin == raw.npos) return true;
+    const std::string_view between = raw.substr(at, std::min(word.begin, raw.size()) - at);
+    if (between.find_first_of("<@") != raw.npos || between.find("=?") != raw.npos) return false;
+    if (word.begin == raw.npos) return at > 0;
     if (holdsNul(word)) return false;
     at = word.end;
   }
@@ -163,23 +167,27 @@ VoErrorCode VoMsgEntityHeader::writeNewHeaderPart(VoMsgBufferedWriter* writer) {
 
 // One list, whatever the number of its fields: RFC 5322 allows one of each.
 void VoMsgEntityHeader::writeAddresses(HeaderLineWriter& out, HeaderName name) const {
-  const bool isCutShort = !mAddressLists[static_cast<std::size_t>(name)].rest.empty();
-  bool isFirst = true;
-  const auto write = [&](std::string_view text) {
-    if (!std::exchange(isFirst, false)) {
-      out.write(",");
-      out.fold();
-    }
-    out.writeFolded(text, true);
-  };
+  std::vector<std::string_view> values;
+  bool staysWhole = !mAddressLists[static_cast<std::size_t>(name)].rest.empty();
   for (const auto& field : mpHeaderList) {
-    if (headerNameOf(viewOf(field->getName())) != name) continue;
-    std::string_view rest = viewOf(field->getRawFieldValue());
-    if (isCutShort || hasGroupSyntax(rest, field->isNewHeader() != 0)) {
-      if (!rest.empty()) write(rest);
-      continue;
-    }
+    if (headerNameOf(viewOf(field->getName())) != name || viewOf(field->getRawFieldValue()).empty()) continue;
+    values.push_back(field->getRawFieldValue());
+    staysWhole = staysWhole || hasGroupSyntax(values.back(), field->isNewHeader() != 0);
+  }
+  if (staysWhole) {
+    std::string united;
+    for (const std::string_view value : values) united.append(united.empty() ? "" : ", ").append(value);
+    return out.writeFolded(united, true);
+  }
+  bool isFirst = true;
+  for (std::string_view rest : values) {
     std::string_view address;
-    while (cutAddress(rest, address)) write(address);
+    while (cutAddress(rest, address)) {
+      if (!std::exchange(isFirst, false)) {
+        out.write(",");
+        out.fold();
+      }
+      out.writeFolded(address, true);
+    }
   }
 }

@@ -1,0 +1,218 @@
+#include "vomsg/header/VoMsgEntityHeader.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "tests/header/HeaderBlocks.h"
+#include "vomsg/foundation/VoMsgFileReader.h"
+
+namespace {
+
+using vomsg::test::ExactReader;
+using vomsg::test::KeepOptions;
+using vomsg::test::parseBlock;
+using vomsg::test::written;
+
+std::string repeated(const std::string& text, int count) {
+  std::string out;
+  for (int i = 0; i < count; ++i) out += text;
+  return out;
+}
+
+TEST(EntityHeader, UnfoldsLines) {
+  const KeepOptions keep;
+  struct Row {
+    const char* text;
+    const char* want;
+    const char* wantKeepingSpace;
+  };
+  constexpr Row rows[] = {
+      {"a\r\n b\r\n", "ab", "a b"},    {"a\r\n\tb", "ab", "ab"},      {"a\n  b", "a b", "a  b"},
+      {"a\r\n \r\n\tb", "a b", "a b"}, {"a\r\n\t\r\n", "a\t", "a\t"}, {"a\n \n", "a", "a "},
+      {"a\r b\r\r\n c", "ab", "a b"},  {"a\r\n", "a", "a"},           {"\r\n", "", ""},
+      {"a \r\n\t b", "a  b", "a  b"},
+  };
+  for (const Row& row : rows) {
+    for (const bool keepsSpace : {false, true}) {
+      VoMsgExtraOption = keepsSpace ? kVoOptionKeepFoldSpace : 0;
+      ExactReader source(row.text);
+      const std::unique_ptr<char, decltype(&std::free)> line(VoMsgEntityHeader().getNextLine(&source.reader),
+                                                             std::free);
+      EXPECT_STREQ(line.get(), keepsSpace ? row.wantKeepingSpace : row.want) << row.text;
+    }
+  }
+  ExactReader empty("");
+  EXPECT_EQ(VoMsgEntityHeader().getNextLine(&empty.reader), nullptr);
+}
+
+TEST(EntityHeader, HoldsTheLimitsAsTheyAre) {
+  const KeepOptions keep;
+  struct Row {
+    std::string text;
+    bool isChild;
+    int options;
+    bool noAddressLimit;
+    bool passes;
+    unsigned fields, addresses;
+  };
+  const std::string many = repeated("A: b\n", 101), parameters = "Content-Type: a" + repeated(";b=c", 99);
+  const Row rows[] = {
+      {repeated("A: b\n", 100) + "\n", false, 0, false, true, 100, 0},
+      {many + "C: d\n\n", false, 0, false, false, 101, 0},
+      {many, true, 0, true, false, 101, 0},
+      {many + "C: d\n", true, kVoOptionNoChildHeaderLimit, false, true, 102, 0},
+      {many, false, kVoOptionNoChildHeaderLimit, true, false, 101, 0},
+      {parameters, false, 0, false, true, 1, 0},
+      {parameters + ";b=c;b=c", false, 0, false, false, 1, 0},
+      {parameters + ";b=c;b=c", true, 0, false, false, 1, 0},
+      {parameters + ";b=c;b=c", true, kVoOptionNoChildParamLimit, false, true, 1, 0},
+      {"To: " + repeated("a@b, ", 100), false, 0, false, true, 1, 100},
+      {"To: " + repeated("a@b, ", 60) + "\nTo:" + repeated("a@b, ", 90), false, 0, false, false, 2, 101},
+      {"To: " + repeated("a@b, ", 150), true, 0, false, false, 1, 101},
+      {"To: " + repeated("a@b, ", 150), true, 0, true, true, 1, 150},
+      {"To: " + repeated("a@b, ", 150), false, 0, true, false, 1, 101},
+      {"Reply-To: " + repeated("a@b, ", 150), false, 0, false, true, 1, 0},
+  };
+  for (const Row& row : rows) {
+    VoMsgExtraOption = row.options;
+    NoMaxAddressForChild = row.noAddressLimit;
+    VoErrorCode code = 0;
+    const auto header = parseBlock(row.text, &code, row.isChild);
+    EXPECT_EQ(code, row.passes ? kVoSuccess : kVoMalformed) << row.text;
+    EXPECT_EQ(header->countHeaders(), row.fields) << row.text;
+    EXPECT_EQ(header->countAddress("to"), row.addresses) << row.text;
+  }
+  VoMsgExtraOption = 0;
+  VoMsgSetMaxHeaderParams(0);
+  EXPECT_EQ(parseBlock(parameters + repeated(";b=c", 9))->getHeaderAt(0)->countParameter(), 108u);
+}
+
+TEST(EntityHeader, HandsTheDeclaredCharsetDown) {
+  const auto header = parseBlock("From: a\nContent-Type: text/plain; charset=koi8-r\nX: y\n\n");
+  EXPECT_STREQ(header->getHeader("x")->getDefaultCharset(), "koi8-r");
+  EXPECT_STREQ(header->getAddressAt("FROM", 0)->getDefaultCharset(), "koi8-r");
+  EXPECT_STREQ(parseBlock("X: y\nContent-Type: a; charset=\"\"\n")->getHeaderAt(0)->getDefaultCharset(), "us-ascii");
+}
+
+TEST(EntityHeader, RemembersConflictingContentTypes) {
+  const char* const same = "Content-Type: text/plain; a=b\nX: y\ncontent-type: Text/Plain; A=\"b\"\n";
+  const auto header = parseBlock(same);
+  EXPECT_EQ(header->countHeaders(), 2u);
+  EXPECT_STREQ(header->getHeader("Content-Type")->getRawFieldValue(), "Text/Plain");
+  EXPECT_FALSE(header->contentTypesDiffer());
+  EXPECT_TRUE(header->isNewHeader());
+  EXPECT_FALSE(header->isEdited());
+  EXPECT_TRUE(parseBlock(std::string(same) + "Content-Type: text/plain; a=B")->contentTypesDiffer());
+}
+
+TEST(EntityHeader, KeepsTheBoundsOfItsFieldList) {
+  VoMsgEntityHeader header;
+  EXPECT_EQ(header.appendHeader(nullptr), kVoBadArgument);
+  EXPECT_EQ(header.removeHeaderAt(0), kVoOutOfRange);
+  EXPECT_EQ(header.removeHeader("A"), kVoSuccess);
+  EXPECT_FALSE(header.isNewHeader());
+  auto field = std::make_unique<VoMsgHeaderField>("A", "1");
+  EXPECT_EQ(header.insertHeaderAt(field.get(), 1), kVoOutOfRange);
+  EXPECT_EQ(header.insertHeaderAt(field.release(), 0), kVoSuccess);
+  field = std::make_unique<VoMsgHeaderField>("B", "2");
+  EXPECT_EQ(header.insertHeaderAt(field.get(), 1), kVoOutOfRange);
+  EXPECT_EQ(header.insertHeaderAt(field.release(), 0), kVoSuccess);
+  EXPECT_EQ(header.appendHeader(new VoMsgHeaderField("a", "3")), kVoSuccess);
+  EXPECT_TRUE(header.isEdited());
+  EXPECT_EQ(written(header), "B: 2\r\nA: 1\r\na: 3\r\n\r\n");
+  EXPECT_EQ(header.removeHeader("A"), kVoSuccess);
+  EXPECT_EQ(header.countHeaders(), 1u);
+  EXPECT_EQ(header.getHeader("a"), nullptr);
+  EXPECT_EQ(header.getHeader(nullptr), nullptr);
+  EXPECT_EQ(header.getHeaderAt(1), nullptr);
+}
+
+TEST(EntityHeader, EditsAddresses) {
+  const auto header = parseBlock("To: a, b\r\nSubject: s\r\nTo: c\r\n\r\n");
+  EXPECT_EQ(header->countAddress("To"), 3u);
+  EXPECT_EQ(header->countAddress("Subject"), 0u);
+  EXPECT_EQ(header->getAddressAt("Reply-To", 0), nullptr);
+  EXPECT_EQ(header->appendAddress("Reply-To", "x"), kVoBadArgument);
+  EXPECT_EQ(header->appendAddress(nullptr, "x"), kVoBadArgument);
+  EXPECT_EQ(header->insertAddressAt("To", static_cast<const char*>(nullptr), 9), kVoBadArgument);
+  EXPECT_EQ(header->insertAddressAt("To", "x", 3), kVoOutOfRange);
+  EXPECT_EQ(header->removeAddressAt("To", 3), kVoOutOfRange);
+  EXPECT_FALSE(header->isNewHeader());
+
+  EXPECT_EQ(header->insertAddressAt("To", "x", 1), kVoSuccess);
+  EXPECT_EQ(header->removeAddressAt("To", 0), kVoSuccess);
+  auto address = std::make_unique<VoMsgUserAddress>("y");
+  EXPECT_EQ(header->insertAddressAt("Cc", address.get(), 1), kVoOutOfRange);
+  EXPECT_EQ(header->insertAddressAt("cc", address.release(), 0), kVoSuccess);
+  EXPECT_STREQ(header->getHeader("To")->getRawFieldValue(), "x, b, c");
+  EXPECT_TRUE(header->isEdited());
+  const std::string want = "To: x,\r\n\tb,\r\n\tc\r\nSubject: s\r\ncc: y\r\n\r\n";
+  EXPECT_EQ(written(*header), want);
+
+  const std::unique_ptr<VoMsgEntityHeader> copy(header->newCopy());
+  EXPECT_TRUE(copy->isEdited());
+  EXPECT_EQ(header->setAddressList("To", "z; \"q, r\" <s@t>"), kVoSuccess);
+  EXPECT_EQ(header->countAddress("To"), 2u);
+  EXPECT_EQ(written(*header), "To: z,\r\n\t\"q, r\" <s@t>\r\nSubject: s\r\ncc: y\r\n\r\n");
+  EXPECT_EQ(written(*copy), want);
+
+  // A field changed or added by itself takes its addresses along.
+  header->getHeader("To")->setFieldValue("u, v", "us-ascii", nullptr);
+  EXPECT_EQ(header->refreshAddressList("To"), kVoSuccess);
+  EXPECT_STREQ(header->getAddressAt("To", 1)->getRawAddress(), "v");
+  EXPECT_EQ(header->appendHeader(new VoMsgHeaderField("To", "w")), kVoSuccess);
+  EXPECT_EQ(header->countAddress("To"), 3u);
+  EXPECT_EQ(header->removeHeaderAt(0), kVoSuccess);
+  EXPECT_EQ(header->countAddress("To"), 1u);
+  EXPECT_EQ(header->removeHeader("To"), kVoSuccess);
+  EXPECT_EQ(header->countAddress("To"), 0u);
+  EXPECT_EQ(written(*header), "Subject: s\r\ncc: y\r\n\r\n");
+}
+
+TEST(EntityHeader, LosesNoAddressThatTheLimitLeftUncut) {
+  const KeepOptions keep;
+  MaxHeaderAddress = 2;
+  VoMsgEntityHeader header;
+  EXPECT_EQ(header.setAddressList("To", "a, b, c, d, e"), kVoSuccess);
+  EXPECT_EQ(header.countAddress("To"), 3u);
+  EXPECT_EQ(written(header), "To: a, b, c, d, e\r\n\r\n");
+  EXPECT_EQ(header.removeAddressAt("To", 1), kVoSuccess);
+  EXPECT_STREQ(header.getHeader("To")->getRawFieldValue(), "a, c,  d, e");
+}
+
+TEST(EntityHeader, CopiesAnUnchangedBlockFromItsSource) {
+  const std::string block = "A:b\n\tc\nno colon\r\rrest";
+  ExactReader source("xx" + block);
+  ASSERT_TRUE(source.reader.seek(2));
+  VoMsgEntityHeader header;
+  ASSERT_EQ(header.parseHeaderPart(&source.reader, nullptr, nullptr), kVoSuccess);
+  vomsg::test::LimitedWriter out;
+  EXPECT_EQ(header.writeHeaderPartFromSource(&source.reader, &out), kVoSuccess);
+  EXPECT_TRUE(out.flush());
+  EXPECT_EQ(out.text, block.substr(0, block.size() - 4));
+  EXPECT_EQ(header.writeHeaderPartFromSource(nullptr, &out), kVoBadArgument);
+  EXPECT_EQ(header.parseHeaderPart(nullptr, nullptr, nullptr), kVoReadFailed);
+  EXPECT_TRUE(header.isNewHeader());  // the line without colon
+  out.text.clear();
+  EXPECT_EQ(header.writeHeaderPart(&source.reader, &out), kVoSuccess);
+  EXPECT_TRUE(out.flush());
+  EXPECT_EQ(out.text, "A: bc\r\n\r\n");
+}
+
+TEST(EntityHeader, DumpsItsRangeAndItsFields) {
+  const auto header = parseBlock("A: b\n\n");
+  std::FILE* const file = std::tmpfile();
+  ASSERT_NE(file, nullptr);
+  header->dumpEntityHeader(file);
+  std::string text(400, '\0');
+  std::rewind(file);
+  text.resize(std::fread(text.data(), 1, text.size(), file));
+  std::fclose(file);
+  EXPECT_EQ(text.find("    mHeaderOffset     : D'0\n    mHeaderSize       : D'6\n    mpHeaderList      : H'"), 0u);
+  EXPECT_NE(text.find("name              : A\n"), text.npos);
+}
+
+}  // namespace

@@ -1,0 +1,24 @@
+// Independent programs of the system as witnesses. A test that wants one skips itself where it is absent.
+#pragma once
+
+#include <string>
+
+namespace vomsg::test {
+
+bool hasTool(const std::string& name);
+
+// What `command` prints when it reads `input`.
+std::string runTool(const std::string& command, const std::string& input);
+
+// A new directory for one test, removed with all it holds at the end.
+class ScratchDirectory {
+ public:
+  ScratchDirectory();
+  ~ScratchDirectory();
+  std::string path;
+};
+
+void writeFile(const std::string& path, const std::string& bytes);
+std::string readFile(const std::string& path);
+
+}  // namespace vomsg::test

@@ -1,0 +1,179 @@
+#include "vomsg/encoding/VoBinHex.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <string_view>
+
+#include "vomsg/encoding/VoBinHexCoding.h"
+#include "vomsg/encoding/VoCodecSupport.h"
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLineWalk.h"
+#include "vomsg/foundation/VoMsgResourceLocator.h"
+
+namespace vomsg::detail {
+
+namespace {
+
+constexpr std::size_t kLongestName = 63;
+// No character of the text yields more bytes: three characters hold the two bytes that stand for 254 repetitions.
+constexpr std::uint64_t kMostExpansion = 192;
+
+using Part = VoMsgResourceLocator::VoMsgResourceDataType;
+
+// Steps over the lines up to and including the marker. `length` is reduced by what was taken. False without one.
+bool skipMarkerLine(VoMsgBufferedReader& source, std::uint64_t& length) {
+  while (length > 0) {
+    std::array<char, kBinHexMarker.size()> start;
+    std::size_t kept = 0;
+    const WalkedLine line = walkLine(source, length, [&](std::string_view stretch, bool) {
+      kept += stretch.copy(start.data() + kept, start.size() - kept);
+      return true;
+    });
+    if (line.length == 0) return false;
+    length -= line.length;
+    if (equalNoCase(std::string_view(start.data(), kept), kBinHexMarker)) return true;
+  }
+  return false;
+}
+
+bool skipColon(ByteSource& source) {
+  int c;
+  do {
+    c = source.next();
+  } while (c >= 0 && c != ':');
+  return c == ':';
+}
+
+bool isPlausible(const q_data_t& q, const macheader_t& header, ByteSource& source) {
+  const std::uint64_t left = std::min<std::uint64_t>(source.left(), UINT32_MAX);
+  return std::uint64_t{header.dataLength} + header.resourceLength <= left * kMostExpansion + q.run;
+}
+
+// Reads up to the end of the header and holds the lengths in it against the data that is left.
+bool readHeader(q_data_t& q, ByteSource& source, macheader_t& header) {
+  if (!skipColon(source)) return false;
+  q_init(q, source);
+  return do_q_header(q, header) && isPlausible(q, header, source);
+}
+
+VoErrorCode readFork(q_data_t& q, VoMsgResourceLocator& target, Part part, std::uint32_t length) {
+  if (length > 0) {
+    const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(part));
+    if (!writer) return kVoWriteFailed;
+    std::array<char, 4096> bytes;
+    while (length > 0) {
+      const std::uint32_t n = std::min<std::uint32_t>(length, bytes.size());
+      if (!getqbuf(q, bytes.data(), n)) return kVoDecodeFailed;
+      if (!writer->write(bytes.data(), n)) return kVoWriteFailed;
+      length -= n;
+    }
+    if (!writer->flush()) return kVoWriteFailed;
+  }
+  return verify_crc(q) ? kVoSuccess : kVoDecodeFailed;
+}
+
+bool writeText(VoMsgBufferedWriter& target, std::string_view text) {
+  return target.write(text.data(), static_cast<unsigned>(text.size()));
+}
+
+bool writeBinHexHeader(q_data_t& q) {
+  q.column = 1;  // the colon counts
+  return writeText(*q.writer, kBinHexMarker) && writeText(*q.writer, "\r\n:");
+}
+
+bool writeMacHeader(q_data_t& q, const macheader_t& header) {
+  return setq(q, static_cast<unsigned char>(header.name.size())) &&
+         setqbuf(q, header.name.data(), header.name.size()) && setq(q, 0) && set4q(q, header.type) &&
+         set4q(q, header.creator) && set2q(q, header.flags) && set4q(q, header.dataLength) &&
+         set4q(q, header.resourceLength) && writeCRC(q);
+}
+
+VoErrorCode writeFork(q_data_t& q, const VoMsgResourceLocator& source, Part part, std::uint32_t length) {
+  if (length > 0) {
+    const std::unique_ptr<VoMsgBufferedReader> reader(source.getInputStream(part));
+    if (!reader) return kVoReadFailed;
+    while (length > 0) {
+      if (!ReaderWindow::fill(*reader)) return kVoReadFailed;
+      const std::string_view window = ReaderWindow::buffered(*reader).substr(0, length);
+      if (!setqbuf(q, window.data(), window.size())) return kVoWriteFailed;
+      length -= static_cast<std::uint32_t>(window.size());
+      ReaderWindow::consume(*reader, window.size());
+    }
+  }
+  return writeCRC(q) ? kVoSuccess : kVoWriteFailed;
+}
+
+VoErrorCode writeDataFork(q_data_t& q, const VoMsgResourceLocator& source, const macheader_t& header) {
+  return writeFork(q, source, VoMsgResourceLocator::dataPart, header.dataLength);
+}
+
+VoErrorCode writeResourceFork(q_data_t& q, const VoMsgResourceLocator& source, const macheader_t& header) {
+  return writeFork(q, source, VoMsgResourceLocator::resourceForkPart, header.resourceLength);
+}
+
+bool writeBinHexFooter(q_data_t& q) {
+  return setq_flush(q) && (q.column <= 63 || writeText(*q.writer, "\r\n")) && writeText(*q.writer, ":\r\n");
+}
+
+VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source) {
+  macheader_t header;
+  header.name = source.getResourceName("us-ascii");
+  if (header.name.empty()) header.name = "noname";
+  if (header.name.size() > kLongestName) header.name.resize(kLongestName);
+  header.type = source.getFileType();
+  header.creator = source.getFileCreator();
+  header.flags = source.getFinderFlag();
+  header.dataLength = source.getSize(VoMsgResourceLocator::dataPart);
+  if (source.hasResourceFork()) header.resourceLength = source.getSize(VoMsgResourceLocator::resourceForkPart);
+  q_data_t q;
+  q_init(q, target);
+  if (!writeBinHexHeader(q) || !writeMacHeader(q, header)) return kVoWriteFailed;
+  VoErrorCode code = writeDataFork(q, source, header);
+  if (!voFailed(code)) code = writeResourceFork(q, source, header);
+  if (voFailed(code)) return code;
+  return writeBinHexFooter(q) && target.flush() ? kVoSuccess : kVoWriteFailed;
+}
+
+}  // namespace
+
+VoErrorCode decodeBinHex(VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint64_t length) {
+  if (!skipMarkerLine(source, length)) return kVoDecodeFailed;
+  ByteSource bytes(source, length);
+  q_data_t q;
+  macheader_t header;
+  if (!readHeader(q, bytes, header)) return kVoDecodeFailed;
+  const char* const name = header.name.c_str();
+  target.setResourceName(*name ? name : "noname", "us-ascii");
+  target.setFileType(header.type);
+  target.setFileCreator(header.creator);
+  target.setFinderFlag(header.flags);
+  const VoErrorCode code = readFork(q, target, VoMsgResourceLocator::dataPart, header.dataLength);
+  if (voFailed(code)) return code;
+  return readFork(q, target, VoMsgResourceLocator::resourceForkPart, header.resourceLength);
+}
+
+VoErrorCode countBinHex(VoMsgBufferedReader& source, std::uint64_t length, std::uint32_t& size) {
+  if (!skipMarkerLine(source, length)) return kVoDecodeFailed;
+  ByteSource bytes(source, length);
+  q_data_t q;
+  macheader_t header;
+  if (!readHeader(q, bytes, header)) return kVoDecodeFailed;
+  size = header.dataLength;
+  return kVoSuccess;
+}
+
+}  // namespace vomsg::detail
+
+VoErrorCode voDecodeBinHex(VoMsgResourceLocator* target, VoMsgBufferedReader* source) {
+  if (!target || !source) return kVoBadArgument;
+  return vomsg::detail::guarded([&] { return vomsg::detail::decodeBinHex(*target, *source, UINT64_MAX); });
+}
+
+VoErrorCode voEncodeBinHex(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source) {
+  if (!target || !source) return kVoBadArgument;
+  return vomsg::detail::guarded([&] { return vomsg::detail::encodeBinHex(*target, *source); });
+}

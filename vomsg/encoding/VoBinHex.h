@@ -1,0 +1,39 @@
+// BinHex 4.0, the form in which Macintosh files travel through mail ("mac-binhex40"): a marker line, a colon,
+// six-bit characters that carry run-length coded bytes (a header, the data fork and the resource fork, each with a
+// CRC-16), and a closing colon.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/foundation/VoMsgExport.h"
+
+class VoMsgBufferedReader;
+class VoMsgBufferedWriter;
+class VoMsgResourceLocator;
+
+// Decodes the first BinHex file in the rest of `source` into `target`: resource name ("noname" when empty, charset
+// "us-ascii"; it is the sender's and may hold anything), file type, creator, Finder flags, data part and resource
+// fork. There is no length: pass a reader whose data ends where the encoded part ends. A fork of no bytes opens no
+// stream, so that what `target` held there stays.
+// kVoDecodeFailed: no marker line, no colon, the data ends early, a CRC is wrong, or a fork claims more bytes than
+// the rest of the data could ever yield. Up to and including the header's CRC, `target` is then as it was; after a
+// failure in a fork its content is undefined. kVoWriteFailed: no writer, or a write failed. kVoBadArgument: null.
+VOMSG_API VoErrorCode voDecodeBinHex(VoMsgResourceLocator* target, VoMsgBufferedReader* source);
+
+// Encodes `source` with its resource fork, named after it ("noname" without a name; "us-ascii", at most 63 characters),
+// in lines of 64 characters ended by CR LF. kVoReadFailed: no reader, or a fork is shorter than its size;
+// kVoWriteFailed: a write failed; kVoBadArgument: null.
+// A run of exactly 254 equal bytes reads back as one of 255: the coder closes such a run with the largest count, as the
+// readers of this form have always been given it.
+VOMSG_API VoErrorCode voEncodeBinHex(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source);
+
+namespace vomsg::detail {
+// What the line before the encoded data begins with, in any case of letters.
+inline constexpr std::string_view kBinHexMarker = "(This file must be converted with BinHex 4.0)";
+// The same, from the next `length` bytes of `source`.
+VoErrorCode decodeBinHex(VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint64_t length);
+// The size of the data fork that decodeBinHex() would write, according to the header. Writes nothing.
+VoErrorCode countBinHex(VoMsgBufferedReader& source, std::uint64_t length, std::uint32_t& size);
+}  // namespace vomsg::detail

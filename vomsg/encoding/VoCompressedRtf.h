@@ -1,0 +1,37 @@
+// LZFu, the compression of RTF bodies in TNEF messages (MS-OXRTFCP). Decoding only.
+//
+// A control byte announces eight items, from its lowest bit up: 0 a literal byte; 1 a reference of two bytes, twelve
+// bits of position in a dictionary of 4096 bytes and four of length less two. Whatever comes out also goes into the
+// dictionary, which wraps around; at first it holds a prefix of common RTF.
+#pragma once
+
+#include <cstdint>
+
+#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/foundation/VoMsgExport.h"
+
+class VoMsgBufferedReader;
+class VoMsgBufferedWriter;
+class VoMsgResourceLocator;
+
+// Expands the next `length` compressed bytes of `source`, those behind the 16-byte header, into the data part of
+// `target`, replacing what it held. Signature and CRC are the caller's to look at; a reference to the current position,
+// which other writers mean as the end, is expanded like any other. A `length` that ends inside a reference drops it.
+// `length` should not exceed what `source` still holds: bytes that are missing read as 0xFF, at most as many as were
+// there and 4096 more. kVoWriteFailed: no writer, or a write failed; kVoNoMemory; kVoBadArgument: null.
+VOMSG_API VoErrorCode voDecodeLZFu(VoMsgResourceLocator* target, VoMsgBufferedReader* source, long length);
+
+namespace vomsg::detail {
+
+struct LZFu {
+  LZFu();
+  unsigned char dictionary[4096];
+  std::uint32_t position;  // where the next byte goes, modulo 4096
+  std::uint8_t control = 0;
+  std::int32_t flags = -1;  // of `control` that are unused; -1: none was read yet
+};
+
+// Expands `length` bytes and flushes; `state` carries over to a next call. False when a write fails.
+bool _decodeLZFu(LZFu* state, VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length);
+
+}  // namespace vomsg::detail
