@@ -52,7 +52,7 @@ TEST(HeaderField, DecodesValues) {
     EXPECT_EQ(field.getFieldValue(nullptr), nullptr);
   }
   // A charset with a longer name than 64 characters is none, and the value stays as it is.
-  for (const std::size_t length : {64, 65}) {
+  for (const std::size_t length : {64u, 65u}) {
     const std::string charset(length, 'c');
     VoMsgHeaderField field("Subject", ("=?" + charset + "?Q?a?=").c_str());
     EXPECT_STREQ(field.getFieldValue(charset.c_str()), length == 64 ? "a" : field.getRawFieldValue());
