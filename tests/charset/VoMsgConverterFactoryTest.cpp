@@ -5,11 +5,7 @@
 #include <typeinfo>
 
 #include "ConvertSupport.h"
-#include "vomsg/charset/convert/VoConvertCharset.h"
-#include "vomsg/charset/convert/VoMsgICUConverter.h"
-#include "vomsg/charset/convert/VoMsgToISO8859EuConverter.h"
-#include "vomsg/charset/convert/VoMsgToUTF8EuConverter.h"
-#include "vomsg/charset/convert/VoMsgUTF8ToISO8859EuConverter.h"
+#include "vomsg/vomsg.h"
 
 namespace {
 
@@ -24,7 +20,25 @@ TEST(ConverterFactory, PicksTheFirstClassThatAccepts) {
       {"iso_8859-5", "utf-8", typeid(VoMsgICUConverter)},  // the canonical spelling has no table
       {"windows-1252", "utf-8", typeid(VoMsgICUConverter)},
       {"iso-8859-1", "us-ascii", typeid(VoMsgICUConverter)},
+      {"CN-GB", "UTF8", typeid(VoMsgEUCToUTF8CnConverter)},
+      {"utf-8", "euc-cn", typeid(VoMsgUTF8ToEUCCnConverter)},
+      {"gb2312", "HZ-GB", typeid(VoMsgGBToHZCnConverter)},
+      {"hz-gb-2312", "gb2312", typeid(VoMsgHZToGBCnConverter)},
+      {"hz-gb-2312", "utf-8", typeid(VoMsgHZToUTF8CnConverter)},
+      {"utf-8", "hz-gb-2312", typeid(VoMsgICUConverter)},
+      {"BIG5", "utf-8", typeid(VoMsgBIG5ToUTF8TwConverter)},
+      {"utf-8", "big5", typeid(VoMsgUTF8ToBIG5TwConverter)},
+      {"big5", "gb2312", typeid(VoMsgICUConverter)},
+      {"jis", "x-euc-jp", typeid(VoMsgJISToEUCJpConverter)},
+      {"euc-jp", "iso-2022-jp", typeid(VoMsgEUCToJISJpConverter)},
+      {"iso-2022-jp", "SHIFT_JIS", typeid(VoMsgJISToSJISJpConverter)},
+      {"sjis", "iso-2022-jp", typeid(VoMsgSJISToJISJpConverter)},
+      {"ms_kanji", "euc-jp", typeid(VoMsgSJISToEUCJpConverter)},
+      {"euc-jp", "Shift_jis", typeid(VoMsgEUCToSJISJpConverter)},
+      {"iso-2022-jp", "ascii", typeid(VoMsgJISToASCIIJpConverter)},
+      {"euc-jp", "us-ascii", typeid(VoMsgICUConverter)},
       {"iso-2022-jp", "utf-8", typeid(VoMsgICUConverter)},
+      {"utf-8", "iso-2022-jp", typeid(VoMsgICUConverter)},
       {"sjis", "utf-8", typeid(VoMsgICUConverter)},
       {"utf-8", "utf8", typeid(VoMsgICUConverter)},
       {"utf-8", "iso-2022-cn", typeid(VoMsgICUConverter)},

@@ -11,6 +11,8 @@
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/convert/VoConvertCharset.h"
 #include "vomsg/charset/convert/VoGetnUnicodeString.h"
+#include "vomsg/charset/convert/VoMsgChineseText.h"
+#include "vomsg/charset/convert/VoMsgGbMapping.h"
 #include "vomsg/charset/convert/VoMsgIcuHandle.h"
 #include "vomsg/charset/convert/VoMsgJisEscapes.h"
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -25,6 +27,7 @@ using vomsg::detail::kJisToAscii;
 constexpr std::size_t kPieceBlock = 128;  // every piece is a block of this size
 constexpr int kEncodedWordRoom = 68;      // 75, the longest encoded word, less "=?", "?B?" and "?="
 constexpr std::string_view kHzToAscii = "~}";
+constexpr vomsg::detail::Replacement kReplacement = {true, '?'};
 
 // Their letters are written in quoted-printable, three characters each. "iso_8859-5", the canonical spelling, is
 // missing on purpose: texts in that charset are written in base64.
@@ -33,7 +36,23 @@ constexpr std::string_view kQuotedCharsets[] = {
     "iso-8859-8", "iso-8859-9", "iso-8859-10", "iso-8859-13", "iso-8859-14", "iso-8859-15",
 };
 
-enum class Mode { plain, jis, hz };
+// Chinese texts take the mappings of the converters that the factory has for them.
+enum class Mode { icu, jis, gb, hz };
+
+Mode modeOf(const char* charset) {
+  constexpr struct {
+    const char* charset;
+    Mode mode;
+  } kModes[] = {{"iso-2022-jp", Mode::jis}, {"gb2312", Mode::gb}, {"hz-gb-2312", Mode::hz}};
+  for (const auto& row : kModes)
+    if (equalNoCase(row.charset, charset)) return row.mode;
+  return Mode::icu;
+}
+
+// What ICU converts for a charset.
+const char* icuName(const char* charset, Mode mode) {
+  return mode == Mode::gb || mode == Mode::hz ? vomsg::detail::kGbMapping : charset;
+}
 
 struct LineTableDeleter {
   void operator()(std::list<char*>* lines) const { voFreeLineTable(lines); }
@@ -42,22 +61,23 @@ struct LineTableDeleter {
 // The target charset and what fits into one encoded word of it.
 class Target {
  public:
-  explicit Target(const char* name) : mpConverter(vomsg::detail::openIcu(name)), mName(name) {
-    if (!mpConverter) return;
-    vomsg::detail::substituteInIcu(*mpConverter, '?');
-    mWidth = vomsg::detail::maxBytesPerChar(*mpConverter);
-    if (equalNoCase(mName, "iso-2022-jp")) mMode = Mode::jis;
-    if (equalNoCase(mName, "hz-gb-2312")) mMode = Mode::hz;
+  explicit Target(const char* name) : mName(name), mMode(modeOf(name)) {
+    const IcuHandle named = vomsg::detail::openIcu(name);
+    mpConverter = vomsg::detail::openIcu(icuName(name, mMode));
+    if (!named || !mpConverter) return;
+    vomsg::detail::substituteInIcu(*mpConverter, kReplacement.byte);
+    mWidth = vomsg::detail::maxBytesPerChar(*named);
   }
 
-  bool isOpen() const { return mpConverter != nullptr; }
+  bool isOpen() const { return mWidth != 0; }
   int width() const { return mWidth; }
 
   // Bytes of text, without the closing sequence, for the first piece and for those after it.
   int firstBudget(int room) const {
     const std::int64_t wanted = mMode == Mode::hz ? std::int64_t{3} * room - 8 : budgetFor(room);
     // HZ counts its first room more generously than the others; even so a piece has to fit into an encoded word.
-    return static_cast<int>(std::min<std::int64_t>(wanted, mMode == Mode::plain ? kPieceBlock - 1 : nextBudget()));
+    return static_cast<int>(
+        std::min<std::int64_t>(wanted, mMode != Mode::jis && mMode != Mode::hz ? kPieceBlock - 1 : nextBudget()));
   }
   int nextBudget() const {
     const int room = mName.size() > INT_MAX / 2 ? INT_MIN / 2 : kEncodedWordRoom - static_cast<int>(mName.size());
@@ -70,11 +90,23 @@ class Target {
     std::size_t counted;
   };
   bool encode(std::u16string_view text, Encoded& piece) const {
-    piece.bytes.clear();
-    if (!vomsg::detail::encodeWithIcu(*mpConverter, text, piece.bytes)) return false;
+    const std::string_view closing = mMode == Mode::jis ? kJisToAscii : mMode == Mode::hz ? kHzToAscii : "";
+    std::string bytes;
+    if (mMode == Mode::gb || mMode == Mode::hz) {
+      std::u16string adjusted(text);
+      vomsg::detail::adjustForGb(adjusted.data(), adjusted.size());
+      if (!vomsg::detail::encodeWithIcu(*mpConverter, adjusted, bytes)) return false;
+      piece.bytes.clear();
+      if (mMode == Mode::gb)
+        vomsg::detail::keepGb2312(bytes, kReplacement, piece.bytes);
+      else
+        vomsg::detail::rewriteText<vomsg::detail::GbReader, vomsg::detail::HzWriter>(bytes, kReplacement, piece.bytes);
+    } else {
+      if (!vomsg::detail::encodeWithIcu(*mpConverter, text, bytes)) return false;
+      piece.bytes = std::move(bytes);
+    }
     piece.counted = piece.bytes.size();
-    if (mMode == Mode::jis && endsWith(piece.bytes, kJisToAscii)) piece.counted -= kJisToAscii.size();
-    if (mMode == Mode::hz && isHzOpen(piece.bytes)) piece.bytes += kHzToAscii;
+    if (endsWith(piece.bytes, closing)) piece.counted -= closing.size();
     // Pieces are handed out as C strings; a NUL would hide the rest of one.
     return piece.bytes.find('\0') == std::string::npos;
   }
@@ -82,19 +114,6 @@ class Target {
  private:
   static bool endsWith(std::string_view text, std::string_view end) {
     return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
-  }
-
-  static bool isHzOpen(std::string_view text) {
-    bool open = false;
-    for (std::size_t i = 0; i + 1 < text.size(); ++i)
-      if (open && text[i] != '~') {
-        ++i;  // the second byte of a character
-      } else if (text[i] == '~') {
-        ++i;
-        if (text[i] == '{') open = true;
-        if (text[i] == '}') open = false;
-      }
-    return open;
   }
 
   std::int64_t budgetFor(int room) const {
@@ -109,16 +128,21 @@ class Target {
 
   IcuHandle mpConverter;
   std::string_view mName;
-  Mode mMode = Mode::plain;
+  Mode mMode;
   int mWidth = 0;
 };
 
 // The whole text in UTF-16, up to its first NUL; surrogates without a partner, which no charset can say, become U+FFFD.
 bool decode(const char* charset, std::string_view bytes, std::u16string& text) {
-  const IcuHandle converter = vomsg::detail::openIcu(charset);
+  const Mode mode = modeOf(charset);
+  const IcuHandle converter = vomsg::detail::openIcu(icuName(charset, mode));
   if (!converter) return false;
   std::string prepared;
-  if (equalNoCase(charset, "iso-2022-jp")) bytes = prepared = vomsg::detail::dropRedundantJisEscapes(bytes);
+  if (mode == Mode::jis) bytes = prepared = vomsg::detail::dropRedundantJisEscapes(bytes);
+  if (mode == Mode::hz) {
+    vomsg::detail::rewriteText<vomsg::detail::HzReader, vomsg::detail::EucWriter>(bytes, kReplacement, prepared);
+    bytes = prepared;
+  }
   if (!vomsg::detail::decodeWithIcu(*converter, bytes, text)) return false;
   text.resize(std::min(text.find(u'\0'), text.size()));
   for (std::size_t i = 0; i < text.size(); ++i) {

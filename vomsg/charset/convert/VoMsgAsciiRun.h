@@ -1,11 +1,18 @@
 // The stretches of plain ASCII that make up most mail, taken eight bytes at a time.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
 namespace vomsg::detail {
+
+using Bytes = const unsigned char*;
+
+inline std::string_view viewOf(Bytes from, Bytes to) noexcept {
+  return {reinterpret_cast<const char*>(from), static_cast<std::size_t>(to - from)};
+}
 
 // How many bytes at the start of `text` are neither NUL nor above 0x7F.
 inline std::size_t asciiRun(std::string_view text) noexcept {
@@ -20,6 +27,11 @@ inline std::size_t asciiRun(std::string_view text) noexcept {
   }
   while (n < text.size() && static_cast<signed char>(text[n]) > 0) ++n;
   return n;
+}
+
+// The text at the start of [at, end), whose first byte is known to be below 0x80. That byte may be a NUL.
+inline std::string_view textRun(Bytes at, Bytes end) noexcept {
+  return viewOf(at, at + std::max<std::size_t>(1, asciiRun(viewOf(at, end))));
 }
 
 }  // namespace vomsg::detail

@@ -1,9 +1,23 @@
 #include "vomsg/charset/convert/VoMsgConverterFactory.h"
 
 #include "vomsg/charset/convert/VoCharsetName.h"
+#include "vomsg/charset/convert/VoMsgBIG5ToUTF8TwConverter.h"
+#include "vomsg/charset/convert/VoMsgEUCToJISJpConverter.h"
+#include "vomsg/charset/convert/VoMsgEUCToSJISJpConverter.h"
+#include "vomsg/charset/convert/VoMsgEUCToUTF8CnConverter.h"
+#include "vomsg/charset/convert/VoMsgGBToHZCnConverter.h"
+#include "vomsg/charset/convert/VoMsgHZToGBCnConverter.h"
+#include "vomsg/charset/convert/VoMsgHZToUTF8CnConverter.h"
 #include "vomsg/charset/convert/VoMsgICUConverter.h"
+#include "vomsg/charset/convert/VoMsgJISToASCIIJpConverter.h"
+#include "vomsg/charset/convert/VoMsgJISToEUCJpConverter.h"
+#include "vomsg/charset/convert/VoMsgJISToSJISJpConverter.h"
+#include "vomsg/charset/convert/VoMsgSJISToEUCJpConverter.h"
+#include "vomsg/charset/convert/VoMsgSJISToJISJpConverter.h"
 #include "vomsg/charset/convert/VoMsgToISO8859EuConverter.h"
 #include "vomsg/charset/convert/VoMsgToUTF8EuConverter.h"
+#include "vomsg/charset/convert/VoMsgUTF8ToBIG5TwConverter.h"
+#include "vomsg/charset/convert/VoMsgUTF8ToEUCCnConverter.h"
 #include "vomsg/charset/convert/VoMsgUTF8ToISO8859EuConverter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 
@@ -20,9 +34,23 @@ namespace {
 
 // The order is a precedence: the first class that accepts a pair gets it, and ICU gets the rest.
 VoMsgConverterFactory::VoMsgConverterFactory() {
+  mPrototypes.push_back(std::make_unique<VoMsgEUCToUTF8CnConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgUTF8ToEUCCnConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgGBToHZCnConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgHZToGBCnConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgHZToUTF8CnConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgBIG5ToUTF8TwConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgUTF8ToBIG5TwConverter>());
   mPrototypes.push_back(std::make_unique<VoMsgToISO8859EuConverter>());
   mPrototypes.push_back(std::make_unique<VoMsgToUTF8EuConverter>());
   mPrototypes.push_back(std::make_unique<VoMsgUTF8ToISO8859EuConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgJISToEUCJpConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgEUCToJISJpConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgJISToSJISJpConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgSJISToJISJpConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgSJISToEUCJpConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgEUCToSJISJpConverter>());
+  mPrototypes.push_back(std::make_unique<VoMsgJISToASCIIJpConverter>());
   mPrototypes.push_back(std::make_unique<VoMsgICUConverter>());
 }
 

@@ -1,8 +1,10 @@
 #include "vomsg/charset/convert/VoMsgIcuHandle.h"
 
 #include <unicode/ucnv.h>
+#include <unicode/ucnv_cb.h>
 
 #include <algorithm>
+#include <cstdint>
 
 namespace vomsg::detail {
 namespace {
@@ -34,7 +36,7 @@ bool decodePieces(UConverter& converter, std::string_view bytes, Sink&& sink) {
       status = U_ZERO_ERROR;
       ucnv_toUnicode(&converter, &to, piece + kPiece, &from, now.data() + now.size(), nullptr, last, &status);
       if (U_FAILURE(status) && status != U_BUFFER_OVERFLOW_ERROR) return false;
-      sink(std::u16string_view(piece, static_cast<std::size_t>(to - piece)), last && status != U_BUFFER_OVERFLOW_ERROR);
+      sink(piece, static_cast<std::size_t>(to - piece), last && status != U_BUFFER_OVERFLOW_ERROR);
     }
     if (last) return true;
     bytes.remove_prefix(now.size());
@@ -54,6 +56,15 @@ bool encodePiece(UConverter& converter, std::u16string_view text, bool last, Sin
     sink(std::string_view(block, static_cast<std::size_t>(to - block)));
   }
   return U_SUCCESS(status);
+}
+
+// What ICU calls at invalid input; the context is the byte to write for it.
+void U_CALLCONV writeReplacement(const void* context, UConverterToUnicodeArgs* args, const char*, int32_t,
+                                 UConverterCallbackReason reason, UErrorCode* status) {
+  if (reason > UCNV_IRREGULAR) return;  // a reset or the end, no character
+  *status = U_ZERO_ERROR;
+  const char16_t unit = static_cast<unsigned char>(reinterpret_cast<std::uintptr_t>(context));
+  ucnv_cbToUWriteUChars(args, &unit, 1, 0, status);
 }
 
 }  // namespace
@@ -82,10 +93,22 @@ void stopInIcu(UConverter& converter) noexcept {
   ucnv_setFromUCallBack(&converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
 }
 
+void replaceInvalidInIcu(UConverter& converter, char replaceChar) noexcept {
+  UErrorCode status = U_ZERO_ERROR;
+  const auto* context = reinterpret_cast<const void*>(static_cast<std::uintptr_t>(replaceChar));
+  ucnv_setToUCallBack(&converter, writeReplacement, context, nullptr, nullptr, &status);
+}
+
+void stopAtInvalidInIcu(UConverter& converter) noexcept {
+  UErrorCode status = U_ZERO_ERROR;
+  ucnv_setToUCallBack(&converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+}
+
 int maxBytesPerChar(const UConverter& converter) noexcept { return ucnv_getMaxCharSize(&converter); }
 
 bool decodeWithIcu(UConverter& converter, std::string_view bytes, std::u16string& text) {
-  return decodePieces(converter, bytes, [&](std::u16string_view piece, bool) { text.append(piece); });
+  return decodePieces(converter, bytes,
+                      [&](const char16_t* piece, std::size_t count, bool) { text.append(piece, count); });
 }
 
 bool encodeWithIcu(UConverter& converter, std::u16string_view text, std::string& bytes) {
@@ -96,7 +119,8 @@ bool encodeWithIcu(UConverter& converter, std::u16string_view text, std::string&
   return encodePiece(converter, text, true, append);
 }
 
-VoErrorCode transcodeWithIcu(UConverter& from, UConverter& to, std::string_view bytes, std::string& result) {
+VoErrorCode transcodeWithIcu(UConverter& from, UConverter& to, std::string_view bytes, std::string& result,
+                             AdjustUnits adjust) {
   ucnv_resetFromUnicode(&to);
   bool encoded = true;
   bool ended = false;
@@ -106,10 +130,26 @@ VoErrorCode transcodeWithIcu(UConverter& from, UConverter& to, std::string_view 
     result.append(text);
     ended = text.size() < block.size();
   };
-  const bool decoded = decodePieces(from, bytes, [&](std::u16string_view piece, bool last) {
-    if (encoded) encoded = encodePiece(to, piece, last, append);
+  const bool decoded = decodePieces(from, bytes, [&](char16_t* piece, std::size_t count, bool last) {
+    if (adjust) adjust(piece, count);
+    if (encoded) encoded = encodePiece(to, {piece, count}, last, append);
   });
   return !decoded ? kVoConverterMissing : !encoded ? kVoConversionFailed : kVoSuccess;
+}
+
+VoErrorCode rewriteWithIcu(const char* to, const char* from, std::string_view bytes, Replacement replacement,
+                           std::string& result, AdjustUnits adjust) {
+  const IcuHandle decoder = openIcu(from);
+  const IcuHandle encoder = openIcu(to);
+  if (!decoder || !encoder) return kVoConverterMissing;
+  if (replacement.allowed) {
+    replaceInvalidInIcu(*decoder, replacement.byte);
+    substituteInIcu(*encoder, replacement.byte);
+  } else {
+    stopAtInvalidInIcu(*decoder);
+    stopInIcu(*encoder);
+  }
+  return voFailed(transcodeWithIcu(*decoder, *encoder, bytes, result, adjust)) ? kVoConversionFailed : kVoSuccess;
 }
 
 }  // namespace vomsg::detail

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "vomsg/charset/convert/VoMsgReplacement.h"
 #include "vomsg/foundation/VoErrorCode.h"
 
 struct UConverter;
@@ -28,6 +29,10 @@ void substituteInIcu(UConverter& converter, char replaceChar) noexcept;
 // From now on what the target cannot say ends the conversion.
 void stopInIcu(UConverter& converter) noexcept;
 
+// From now on invalid input becomes `replaceChar`, or ends the conversion.
+void replaceInvalidInIcu(UConverter& converter, char replaceChar) noexcept;
+void stopAtInvalidInIcu(UConverter& converter) noexcept;
+
 // The most bytes that one UTF-16 unit takes.
 int maxBytesPerChar(const UConverter& converter) noexcept;
 
@@ -37,7 +42,14 @@ bool decodeWithIcu(UConverter& converter, std::string_view bytes, std::u16string
 bool encodeWithIcu(UConverter& converter, std::u16string_view text, std::string& bytes);
 // Both in one, in pieces, so that no more memory is needed than `result` takes, which ends before the first NUL. As if
 // everything were decoded first and encoded then: kVoConverterMissing when decoding fails anywhere, else
-// kVoConversionFailed when encoding fails, behind a NUL too.
-VoErrorCode transcodeWithIcu(UConverter& from, UConverter& to, std::string_view bytes, std::string& result);
+// kVoConversionFailed when encoding fails, behind a NUL too. `adjust` may change units in between.
+using AdjustUnits = void (*)(char16_t* units, std::size_t count);
+VoErrorCode transcodeWithIcu(UConverter& from, UConverter& to, std::string_view bytes, std::string& result,
+                             AdjustUnits adjust = nullptr);
+
+// The same between two charsets by name, under one rule for what is invalid in the one and what is unknown to the
+// other. kVoConversionFailed: there is such a character and no replacement is allowed.
+VoErrorCode rewriteWithIcu(const char* to, const char* from, std::string_view bytes, Replacement replacement,
+                           std::string& result, AdjustUnits adjust = nullptr);
 
 }  // namespace vomsg::detail

@@ -10,6 +10,7 @@ inline constexpr std::string_view kJisToAscii = "\x1B(B";
 inline constexpr std::string_view kJisToRoman = "\x1B(J";
 inline constexpr std::string_view kJisToKanji1978 = "\x1B$@";
 inline constexpr std::string_view kJisToKanji = "\x1B$B";
+inline constexpr std::string_view kJisToKana = "\x1B(I";
 inline constexpr std::size_t kJisEscapeLength = 3;
 
 // True when `text` begins with one of the four sequences.

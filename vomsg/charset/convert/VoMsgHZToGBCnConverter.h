@@ -1,0 +1,15 @@
+// From HZ (RFC 1843) to GB2312.
+#pragma once
+
+#include "vomsg/charset/convert/VoMsgPairConverter.h"
+
+class VOMSG_API VoMsgHZToGBCnConverter : public VoMsgPairConverterOf<VoMsgHZToGBCnConverter> {
+ public:
+  static constexpr char kTo[] = "gb2312";
+  static constexpr char kFrom[] = "hz-gb-2312";
+
+  using VoMsgPairConverterOf::VoMsgPairConverterOf;
+
+ protected:
+  VoErrorCode transform(std::string_view text, vomsg::detail::Replacement replacement, std::string& out) const override;
+};

@@ -1,0 +1,40 @@
+#include "vomsg/charset/convert/VoMsgJisMapping.h"
+
+#include "vomsg/charset/convert/VoMsgIcuHandle.h"
+
+namespace vomsg::detail {
+namespace {
+
+constexpr char kJisMapping[] = "euc-jp";
+
+// For some codes Windows, whose choice ICU shares, and other systems have different Unicode characters that look alike.
+// Texts from both are written with the one code; it is read as Windows reads it.
+constexpr struct {
+  char16_t elsewhere, windows;
+} kVariants[] = {
+    {u'\u301C', u'\uFF5E'},  // wave dash
+    {u'\u2016', u'\u2225'},  // double vertical line
+    {u'\u2212', u'\uFF0D'},  // minus
+    {u'\u2014', u'\u2015'},  // dash
+    {u'\u00A2', u'\uFFE0'},  // cent
+    {u'\u00A3', u'\uFFE1'},  // pound
+    {u'\u00AC', u'\uFFE2'},  // not
+};
+
+void adjustForJis(char16_t* units, std::size_t count) {
+  for (char16_t* at = units; at != units + count; ++at)
+    for (const auto& variant : kVariants)
+      if (*at == variant.elsewhere) *at = variant.windows;
+}
+
+}  // namespace
+
+VoErrorCode eucToUtf8(std::string_view text, Replacement replacement, std::string& out) {
+  return rewriteWithIcu("utf-8", kJisMapping, text, replacement, out);
+}
+
+VoErrorCode utf8ToEuc(std::string_view text, Replacement replacement, std::string& out) {
+  return rewriteWithIcu(kJisMapping, "utf-8", text, replacement, out, adjustForJis);
+}
+
+}  // namespace vomsg::detail

@@ -1,0 +1,15 @@
+// From Shift_JIS to EUC-JP. Half-width kana stay half-width.
+#pragma once
+
+#include "vomsg/charset/convert/VoMsgPairConverter.h"
+
+class VOMSG_API VoMsgSJISToEUCJpConverter : public VoMsgPairConverterOf<VoMsgSJISToEUCJpConverter> {
+ public:
+  static constexpr char kTo[] = "euc-jp";
+  static constexpr char kFrom[] = "Shift_jis";
+
+  using VoMsgPairConverterOf::VoMsgPairConverterOf;
+
+ protected:
+  VoErrorCode transform(std::string_view text, vomsg::detail::Replacement replacement, std::string& out) const override;
+};

@@ -1,0 +1,16 @@
+// From Shift_JIS to UTF-8. Half-width kana stay half-width.
+// The factory leaves this pair to ICU.
+#pragma once
+
+#include "vomsg/charset/convert/VoMsgPairConverter.h"
+
+class VOMSG_API VoMsgSJISToUTF8JpConverter : public VoMsgPairConverterOf<VoMsgSJISToUTF8JpConverter> {
+ public:
+  static constexpr char kTo[] = "utf-8";
+  static constexpr char kFrom[] = "Shift_jis";
+
+  using VoMsgPairConverterOf::VoMsgPairConverterOf;
+
+ protected:
+  VoErrorCode transform(std::string_view text, vomsg::detail::Replacement replacement, std::string& out) const override;
+};

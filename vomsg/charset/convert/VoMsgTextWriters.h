@@ -1,0 +1,104 @@
+// The targets that the Japanese and the Chinese converters share. A reader hands over plain ASCII in stretches, the
+// two-byte characters of its character set by row and cell as codes 0x2121 to 0x7E7E, half-width kana as 0xA1 to 0xDF,
+// and says where it met something else. Each call with an answer tells whether the conversion may go on; finish()
+// completes the text.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "vomsg/charset/convert/VoMsgReplacement.h"
+#include "vomsg/foundation/VoErrorCode.h"
+
+namespace vomsg::detail {
+
+// Collects small writes to a string in a block.
+class BlockWriter {
+ public:
+  explicit BlockWriter(std::string& target) : mTarget(target) {}
+  BlockWriter(const BlockWriter&) = delete;
+  BlockWriter& operator=(const BlockWriter&) = delete;
+
+  void put(unsigned first, unsigned second) {
+    if (mUsed + 2 > sizeof mBlock) flush();
+    mBlock[mUsed] = static_cast<char>(first);
+    mBlock[mUsed + 1] = static_cast<char>(second);
+    mUsed += 2;
+  }
+  void put(unsigned byte) {
+    if (mUsed == sizeof mBlock) flush();
+    mBlock[mUsed++] = static_cast<char>(byte);
+  }
+  void put(std::string_view text) {
+    if (mUsed + text.size() > sizeof mBlock) flush();
+    if (text.size() > sizeof mBlock) {
+      mTarget.append(text);
+      return;
+    }
+    text.copy(mBlock + mUsed, text.size());
+    mUsed += text.size();
+  }
+  void flush() {
+    mTarget.append(mBlock, mUsed);
+    mUsed = 0;
+  }
+
+ private:
+  std::string& mTarget;
+  std::size_t mUsed = 0;
+  char mBlock[2048];
+};
+
+// EUC: both bytes of a character have their high bit set, in Japanese and in Chinese.
+class EucWriter {
+ public:
+  EucWriter(std::string& target, Replacement replacement) : mOut(target), mReplacement(replacement) {}
+
+  void text(std::string_view ascii) { mOut.put(ascii); }
+  bool kanji(unsigned jis) {
+    mOut.put(jis >> 8 | 0x80u, (jis & 0xFFu) | 0x80u);
+    return true;
+  }
+  bool kana(unsigned byte) {
+    mOut.put(0x8Eu, byte);
+    return true;
+  }
+  bool unknown() {
+    if (mReplacement.allowed) mOut.put(static_cast<unsigned char>(mReplacement.byte));
+    return mReplacement.allowed;
+  }
+  void finish() { mOut.flush(); }
+
+ private:
+  BlockWriter mOut;
+  Replacement mReplacement;
+};
+
+class AsciiWriter {
+ public:
+  AsciiWriter(std::string& target, Replacement replacement) : mOut(target), mReplacement(replacement) {}
+
+  void text(std::string_view ascii) { mOut.put(ascii); }
+  bool kanji(unsigned) { return unknown(); }
+  bool kana(unsigned) { return unknown(); }
+  bool unknown() {
+    if (mReplacement.allowed) mOut.put(static_cast<unsigned char>(mReplacement.byte));
+    return mReplacement.allowed;
+  }
+  void finish() { mOut.flush(); }
+
+ private:
+  BlockWriter mOut;
+  Replacement mReplacement;
+};
+
+// Runs a whole text from a reader to a writer.
+template <class Reader, class Writer>
+VoErrorCode rewriteText(std::string_view text, Replacement replacement, std::string& out) {
+  Writer writer(out, replacement);
+  if (!Reader::read(text, writer)) return kVoConversionFailed;
+  writer.finish();
+  return kVoSuccess;
+}
+
+}  // namespace vomsg::detail

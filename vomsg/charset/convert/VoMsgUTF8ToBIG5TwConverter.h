@@ -1,0 +1,15 @@
+// From UTF-8 to Big5.
+#pragma once
+
+#include "vomsg/charset/convert/VoMsgPairConverter.h"
+
+class VOMSG_API VoMsgUTF8ToBIG5TwConverter : public VoMsgPairConverterOf<VoMsgUTF8ToBIG5TwConverter> {
+ public:
+  static constexpr char kTo[] = "big5";
+  static constexpr char kFrom[] = "utf-8";
+
+  using VoMsgPairConverterOf::VoMsgPairConverterOf;
+
+ protected:
+  VoErrorCode transform(std::string_view text, vomsg::detail::Replacement replacement, std::string& out) const override;
+};

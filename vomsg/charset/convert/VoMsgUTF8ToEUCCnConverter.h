@@ -1,0 +1,15 @@
+// From UTF-8 to GB2312.
+#pragma once
+
+#include "vomsg/charset/convert/VoMsgPairConverter.h"
+
+class VOMSG_API VoMsgUTF8ToEUCCnConverter : public VoMsgPairConverterOf<VoMsgUTF8ToEUCCnConverter> {
+ public:
+  static constexpr char kTo[] = "gb2312";
+  static constexpr char kFrom[] = "utf-8";
+
+  using VoMsgPairConverterOf::VoMsgPairConverterOf;
+
+ protected:
+  VoErrorCode transform(std::string_view text, vomsg::detail::Replacement replacement, std::string& out) const override;
+};

@@ -1,0 +1,16 @@
+// From UTF-8 to ISO-2022-JP. Half-width kana become full-width ones.
+// The factory leaves this pair to ICU.
+#pragma once
+
+#include "vomsg/charset/convert/VoMsgPairConverter.h"
+
+class VOMSG_API VoMsgUTF8ToJISJpConverter : public VoMsgPairConverterOf<VoMsgUTF8ToJISJpConverter> {
+ public:
+  static constexpr char kTo[] = "iso-2022-jp";
+  static constexpr char kFrom[] = "utf-8";
+
+  using VoMsgPairConverterOf::VoMsgPairConverterOf;
+
+ protected:
+  VoErrorCode transform(std::string_view text, vomsg::detail::Replacement replacement, std::string& out) const override;
+};
