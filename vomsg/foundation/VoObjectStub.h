@@ -13,9 +13,10 @@ class VoObjectStub {
     if (mpRef) ++mpRef->mCount;
   }
   VoObjectStub& operator=(const VoObjectStub& other) {
-    if (other.mpRef) ++other.mpRef->mCount;
+    VoObjectRef<T>* const ref = other.mpRef;  // free() would empty `other` too, were it this very handle
+    if (ref) ++ref->mCount;
     free();
-    mpRef = other.mpRef;
+    mpRef = ref;
     return *this;
   }
   ~VoObjectStub() { free(); }
