@@ -21,6 +21,7 @@ constexpr unsigned kDefaultBufferSize = 32768;
 // Copies up to `n` bytes, window by window. `copied` is less than `n` when `source` ended early.
 bool copyBytes(VoMsgBufferedReader& source, VoMsgBufferedWriter& target, std::uint64_t n, std::uint64_t& copied) {
   copied = 0;
+  WriterAccess::expectFrom(target, source, n);
   while (copied < n && ReaderWindow::fill(source)) {
     std::string_view window = ReaderWindow::buffered(source);
     if (window.size() > n - copied) window = window.substr(0, static_cast<std::size_t>(n - copied));

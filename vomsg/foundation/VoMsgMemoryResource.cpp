@@ -7,6 +7,7 @@
 #include <memory>
 #include <new>
 
+#include "vomsg/foundation/VoMsgLargeBlock.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgMemoryWriter.h"
 #include "vomsg/foundation/VoMsgMultiString.h"
@@ -20,6 +21,7 @@ VoMsgMemBlock allocateBlock(unsigned length, unsigned extra) {
   if (bytes > std::numeric_limits<unsigned>::max()) return block;
   block.data = static_cast<char*>(std::calloc(static_cast<std::size_t>(bytes), 1));
   if (!block.data) return block;
+  vomsg::detail::adviseLargeBlock(block.data, static_cast<std::size_t>(bytes));
   block.length = length;
   block.capacity = static_cast<unsigned>(bytes);
   block.owned = true;

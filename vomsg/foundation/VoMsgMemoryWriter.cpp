@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "vomsg/foundation/VoMsgLargeBlock.h"
 #include "vomsg/foundation/VoMsgMemBlock.h"
 
 namespace {
@@ -61,6 +62,7 @@ bool VoMsgMemoryWriter::reserve(std::uint64_t total, bool exactly) {
     data = static_cast<char*>(std::realloc(mpData, static_cast<std::size_t>(capacity)));
   }
   if (!data) return false;
+  vomsg::detail::adviseLargeBlock(data, static_cast<std::size_t>(capacity));
   mpData = data;
   mCapacity = static_cast<unsigned>(capacity);
   if (mpBlock) {

@@ -53,6 +53,15 @@ void WriterAccess::expect(VoMsgBufferedWriter& writer, std::uint64_t total) {
   if (typeid(writer) == typeid(VoMsgMemoryWriter)) static_cast<VoMsgMemoryWriter&>(writer).reserve(total, true);
 }
 
+void WriterAccess::expectFrom(VoMsgBufferedWriter& writer, VoMsgBufferedReader& source, std::uint64_t n) {
+  // A reader that shows everything at once is written in one piece anyway.
+  if (n <= ReaderWindow::buffered(source).size() || typeid(writer) != typeid(VoMsgMemoryWriter)) return;
+  const unsigned size = source.getSize(), offset = source.getOffset();
+  if (size == std::numeric_limits<unsigned>::max() || size <= offset) return;
+  auto& memory = static_cast<VoMsgMemoryWriter&>(writer);
+  memory.reserve(std::uint64_t{memory.mLength} + memory.mUsed + std::min<std::uint64_t>(n, size - offset), false);
+}
+
 bool readLine(VoMsgBufferedReader& reader, std::string& line, unsigned& terminatorLength) {
   line.clear();
   const WalkedLine walked = walkLine(reader, kNoLimit, [&](std::string_view stretch, bool) {
@@ -86,6 +95,7 @@ VoErrorCode copyRange(VoMsgBufferedReader& source, VoMsgBufferedWriter& target, 
                       std::uint64_t size) {
   if (size == 0) return kVoSuccess;
   if (!moveTo(source, offset)) return kVoReadFailed;
+  WriterAccess::expectFrom(target, source, size);
   while (size > 0) {
     if (!ReaderWindow::fill(source)) return kVoReadFailed;
     std::string_view window = ReaderWindow::buffered(source);

@@ -33,6 +33,9 @@ class WriterAccess {
   static bool writeThrough(VoMsgBufferedWriter& writer, const char* data, std::uint64_t n);
   // Tells the target how much will come in all, so that it allocates once. A hint: never fails.
   static void expect(VoMsgBufferedWriter& writer, std::uint64_t total);
+  // Tells the target that the next `n` bytes of `source`, or what is left there, come next. A hint, and safe for any
+  // number of ranges: room still grows geometrically.
+  static void expectFrom(VoMsgBufferedWriter& writer, VoMsgBufferedReader& source, std::uint64_t n);
 };
 
 // Reads one line with its terminator into `line` (replaced; its capacity is reused). `terminatorLength` is 0,
