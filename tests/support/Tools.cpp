@@ -26,6 +26,15 @@ ScratchDirectory::~ScratchDirectory() {
   if (!path.empty()) std::filesystem::remove_all(path, ignored);
 }
 
+std::string ScratchDirectory::write(const std::string& name, const std::string& bytes) const {
+  writeFile(file(name), bytes);
+  return file(name);
+}
+
+std::size_t ScratchDirectory::count() const {
+  return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(path), {}));
+}
+
 void writeFile(const std::string& path, const std::string& bytes) {
   std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }

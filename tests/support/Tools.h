@@ -15,6 +15,9 @@ class ScratchDirectory {
  public:
   ScratchDirectory();
   ~ScratchDirectory();
+  std::string file(const std::string& name) const { return path + "/" + name; }
+  std::string write(const std::string& name, const std::string& bytes) const;  // the new file's path
+  std::size_t count() const;                                                   // how many files it holds
   std::string path;
 };
 

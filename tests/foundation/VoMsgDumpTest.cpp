@@ -1,0 +1,57 @@
+#include "vomsg/foundation/VoMsgDump.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <string>
+
+#include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/foundation/VoMsgResourceDump.h"
+
+namespace {
+
+std::string captured(const std::function<void(std::FILE*)>& dump) {
+  char* text = nullptr;
+  std::size_t size = 0;
+  std::FILE* const out = open_memstream(&text, &size);
+  dump(out);
+  std::fclose(out);
+  const std::string result(text, size);
+  std::free(text);
+  return result;
+}
+
+std::string address(const char* data) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%.8x", static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(data)));
+  return text;
+}
+
+TEST(VoMsgDump, ShowsAddressHexAndText) {
+  static const char data[] = "abcdefghij\r\n\0\x7f\xffZQ";  // 17 bytes
+  EXPECT_EQ(captured([](std::FILE* out) { dumpMemoryHex(out, data, 17); }),
+            address(data) + ": 61626364 65666768 696a0d0a 007fff5a         abcdefghij.....Z\n" + address(data + 16) +
+                ": 51                                          Q               \n");
+  EXPECT_EQ(captured([](std::FILE* out) { dumpMemoryHex(out, data, 16); }),
+            address(data) + ": 61626364 65666768 696a0d0a 007fff5a         abcdefghij.....Z\n");
+}
+
+TEST(VoMsgDump, NullAndEmptyGiveNothing) {
+  EXPECT_EQ(captured([](std::FILE* out) { dumpMemoryHex(out, nullptr, 5); }), "");
+  EXPECT_EQ(captured([](std::FILE* out) { dumpMemoryHex(out, "x", 0); }), "");
+  EXPECT_EQ(captured([](std::FILE* out) { dumpContentResource(out, nullptr); }), "");
+  VoMsgMemoryResource empty(0u, nullptr, nullptr);
+  dumpContentResource(nullptr, &empty);
+  EXPECT_EQ(captured([&](std::FILE* out) { dumpContentResource(out, &empty); }), "");
+}
+
+TEST(VoMsgResourceDump, DumpsEveryByteInPiecesThatEndLines) {
+  std::string content(1280 * 2 + 1, 'y');
+  VoMsgMemoryResource resource(content.data(), static_cast<unsigned>(content.size()), nullptr, nullptr);
+  const std::string text = captured([&](std::FILE* out) { dumpContentResource(out, &resource); });
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 161);
+  EXPECT_EQ(std::count(text.begin(), text.end(), 'y'), 1280 * 2 + 1);
+}
+
+}  // namespace
