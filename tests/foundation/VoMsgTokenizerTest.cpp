@@ -109,17 +109,11 @@ void compare(const std::string& text, const VoMsgTokenTableSet& set, int state, 
 
 template <class Visit>
 void forEachString(const std::string& alphabet, std::size_t longest, Visit visit) {
-  std::string text;
-  for (std::size_t length = 0; length <= longest; ++length) {
-    std::vector<std::size_t> digits(length, 0);
-    for (bool more = true; more;) {
-      text.clear();
-      for (std::size_t digit : digits) text += alphabet[digit];
-      visit(text);
-      std::size_t i = 0;
-      while (i < length && ++digits[i] == alphabet.size()) digits[i++] = 0;
-      more = i < length;
-    }
+  std::vector<std::string> texts(1);
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    visit(texts[i]);
+    if (texts[i].size() == longest) continue;
+    for (const char c : alphabet) texts.push_back(texts[i] + c);
   }
 }
 
@@ -151,7 +145,7 @@ TEST(Tokenizer, AgreesWithThePlainRule) {
   std::vector<VoMsgTokenState> plain(kDefaultTokens.states, kDefaultTokens.states + kDefaultTokens.count);
   for (VoMsgTokenState& state : plain) state.classes = nullptr;
   // Prefixes of one another, an entry behind a longer one, one that only the end matches, ids that repeat.
-  constexpr VoMsgTokenEntry odd[] = {{7, "??", 2, 0}, {4, "a", 2, 1}, {7, "?", 1, 1}, {9, "?a", 2, 0}, {0, "", 0, 0}};
+  constexpr VoMsgTokenEntry odd[] = {{7, "??", 2, 0}, {4, "a", 3, 1}, {7, "?", 1, 1}, {9, "?a", 2, 0}, {0, "", 0, 0}};
   plain.push_back({1, odd, nullptr});
   const VoMsgTokenTableSet unclassified{plain.data(), static_cast<unsigned>(plain.size())};
   unsigned count = 0;

@@ -156,7 +156,7 @@ void decodeValue(WordDecoder& words, bool joinsWords, std::string& out, AppendWo
 
 // True for a value that decoding leaves alone.
 bool isPlain(std::string_view value) {
-  return value.find("=?") == value.npos && value.find_first_of("\r\n") == value.npos;
+  return value.find("=?") == value.npos && value.find('\r') == value.npos && value.find('\n') == value.npos;
 }
 
 // A charset that would break the word apart, or the header line it stands in.
