@@ -7,8 +7,17 @@
 
 namespace vomsg::detail {
 
+namespace {
+
+// ICU has a private character for the byte 0xFF, which is none.
+void dropPrivateByte(char16_t* units, std::size_t count) {
+  std::replace(units, units + count, u'\uF8F5', kNoCharacter);
+}
+
+}  // namespace
+
 VoErrorCode gbToUtf8(std::string_view text, Replacement replacement, std::string& out) {
-  return rewriteWithIcu("utf-8", kGbMapping, text, replacement, out);
+  return rewriteWithIcu("utf-8", kGbMapping, text, replacement, out, dropPrivateByte);
 }
 
 VoErrorCode utf8ToGb(std::string_view text, Replacement replacement, std::string& out) {

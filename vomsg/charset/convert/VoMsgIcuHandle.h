@@ -42,7 +42,9 @@ bool decodeWithIcu(UConverter& converter, std::string_view bytes, std::u16string
 bool encodeWithIcu(UConverter& converter, std::u16string_view text, std::string& bytes);
 // Both in one, in pieces, so that no more memory is needed than `result` takes, which ends before the first NUL. As if
 // everything were decoded first and encoded then: kVoConverterMissing when decoding fails anywhere, else
-// kVoConversionFailed when encoding fails, behind a NUL too. `adjust` may change units in between.
+// kVoConversionFailed when encoding fails, behind a NUL too. `adjust` may change units in between;
+// what it makes kNoCharacter no target can say.
+inline constexpr char16_t kNoCharacter = 0xDC00;  // half of a surrogate pair
 using AdjustUnits = void (*)(char16_t* units, std::size_t count);
 VoErrorCode transcodeWithIcu(UConverter& from, UConverter& to, std::string_view bytes, std::string& result,
                              AdjustUnits adjust = nullptr);
