@@ -110,6 +110,7 @@ class Scan {
     }
     if (end.match.type == kVoBoundaryNone) return false;
     end.lineEnd = mOffset;
+    end.terminator = mTerminator;
     mResult = end;
     return true;
   }

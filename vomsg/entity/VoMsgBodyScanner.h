@@ -13,6 +13,7 @@ struct BodyEnd {
   BoundaryMatch match;            // no type: the data ended
   std::uint64_t lineOffset = 0;   // where the delimiter line starts, or the end of the data
   std::uint64_t lineEnd = 0;      // behind the delimiter line and its line end
+  unsigned terminator = 0;        // bytes of that line end
   unsigned terminatorBefore = 0;  // bytes of the line end before the delimiter line, which belongs to the delimiter
                                   // (RFC 2046, section 5.1.1); never reaches back beyond the start of the scan
 };

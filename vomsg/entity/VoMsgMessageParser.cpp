@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMailMessage.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgNestedContent.h"
@@ -73,6 +74,7 @@ VoErrorCode MessageParser::parse() {
       mBoundaries.pop();
       mOpen.back().inEpilogue = true;
       mOpen.back().epilogueOffset = static_cast<std::uint32_t>(end.lineEnd);
+      mOpen.back().closeTerminator = end.terminator;
       continue;
     }
     auto child = std::make_unique<VoMsgMimeEntity>();
@@ -86,6 +88,10 @@ VoErrorCode MessageParser::parse() {
   if (mLeaf) mLeaf->mBodySize = static_cast<std::uint32_t>(size - mLeaf->mBodyOffset);
   for (OpenMultipart& open : mOpen) open.inEpilogue = false;
   closeAll(size);
+  // A message that was not understood is not corrected either: unedited, it comes out as it came in.
+  VoMsgEntityIterator walk(&mRoot);
+  for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
+    if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity)) mime->mIsMarked = mime->mSubtreeMarked = false;
   return code;
 }
 
@@ -111,7 +117,7 @@ VoErrorCode MessageParser::enter(VoMsgRfc822Entity& entity) {
   const StructuredParameter* boundary = nullptr;
   for (std::size_t i = 0; i < type.count; ++i)
     if (equalNoCase(type.parameters[i].name, "boundary")) boundary = &type.parameters[i];
-  OpenMultipart open{&entity, {}, entity.mBelowSigned || equalNoCase(type.value, "multipart/signed"), false, 0};
+  OpenMultipart open{&entity, {}, entity.mBelowSigned || equalNoCase(type.value, "multipart/signed"), false, 0, 0};
   if (const StructuredParameter* const charset = type.find("charset"))
     if (!equalNoCase(charset->value, "us-ascii")) open.charset = charset->value;
   mBoundaries.push(boundary->value);
@@ -303,6 +309,8 @@ VoErrorCode MessageParser::_parseTextMessage(VoMsgRfc822Entity& entity) {
 void MessageParser::closeInnermost(std::uint64_t end) {
   OpenMultipart& open = mOpen.back();
   VoMsgRfc822Entity& entity = *open.entity;
+  // Without an epilogue the line end behind the close delimiter is the one before the next delimiter.
+  if (open.inEpilogue && end == open.epilogueOffset && end < mReader.getSize()) end -= open.closeTerminator;
   entity.mBodySize = static_cast<std::uint32_t>(std::max<std::uint64_t>(end, entity.mBodyOffset) - entity.mBodyOffset);
   if (!open.inEpilogue) {
     mBoundaries.pop();

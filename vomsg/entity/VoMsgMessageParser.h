@@ -34,6 +34,7 @@ class MessageParser {
     bool belowSigned;     // for its parts
     bool inEpilogue;
     std::uint32_t epilogueOffset;
+    std::uint32_t closeTerminator;  // bytes of the line end behind the close delimiter
   };
 
   // What may be found in the body of a leaf, decided from its header block.

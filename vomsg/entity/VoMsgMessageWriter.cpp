@@ -98,11 +98,14 @@ VoErrorCode MessageWriter::writeHeader(VoMsgRfc822Entity& entity) {
     const VoErrorCode code = header->appendHeader(field.get());
     if (voFailed(code)) return code;
     field.release();
+    mLineIsEnded = true;
     return header->writeNewHeaderPart(&mOut);
   }
   const VoMsgEntityHeader* const header = entity.mHeader.getObject();
-  if ((header && header->isEdited()) || entity.mIsMarked || !entity.mHasHeaderRange)
+  if ((header && header->isEdited()) || entity.mIsMarked || !entity.mHasHeaderRange) {
+    mLineIsEnded = true;
     return entity.getEntityHeader()->writeNewHeaderPart(&mOut);
+  }
   const VoErrorCode code =
       copySource(entity, entity.mHeaderOffset, std::uint64_t{entity.mHeaderOffset} + entity.mHeaderSize);
   const bool getsBody = entity.mBody.getObject() && entity.mBody.getObject()->isNewBody();
@@ -123,6 +126,7 @@ VoErrorCode MessageWriter::writeLeaf(VoMsgRfc822Entity& entity, std::uint64_t en
     const unsigned size = content ? content->getSize(VoMsgResourceLocator::dataPart) : 0;
     if (size == 0) return kVoSuccess;
     const std::unique_ptr<VoMsgBufferedReader> reader(content->getInputStream(VoMsgResourceLocator::dataPart));
+    mLineIsEnded = false;  // a line end at the end of the content is content
     return reader ? copyRange(*reader, mOut, 0, size) : kVoReadFailed;
   }
   return entity.mHasBodyRange ? copySource(entity, entity.mBodyOffset, end) : kVoSuccess;
@@ -140,6 +144,7 @@ TransferEncoding MessageWriter::encodingForChild(const VoMsgRfc822Entity& entity
 // encoded as its part declares.
 VoErrorCode MessageWriter::writeChangedChild(VoMsgRfc822Entity& entity, VoMsgEntity& child) {
   const TransferEncoding encoding = encodingForChild(entity, child);
+  mLineIsEnded = false;
   if (encoding == TransferEncoding::identity) return child._writeToResource(&mOut);
   const std::unique_ptr<VoMsgResourceLocator> content(
       VoMsgResourceManager::createTmpResource(std::max(1u, entity.mBodySize)));
@@ -200,13 +205,9 @@ VoErrorCode MessageWriter::afterChild(OpenMultipart& open) {
   if (child.mInPlace) {
     open.seenInPlace = true;
     open.position = std::uint64_t{child.mBodyOffset} + child.mBodySize;
-    // The source may have no line end between an empty part and the next delimiter.
-    const VoMsgEntityBody* const body = child.mBody.getObject();
-    if (!body || !body->isNewBody() || open.position >= open.end) return kVoSuccess;
-    const std::string next = sourceBytes(*open.entity, open.position, open.position + 1);
-    return next.empty() || isLineEnd(next[0]) ? kVoSuccess : put(open.lineEnd);
+    return separate(open);
   }
-  if (open.seenInPlace) return kVoSuccess;
+  if (open.seenInPlace) return separate(open);
   const VoErrorCode code = put(open.lineEnd);
   if (voFailed(code)) return code;
   for (const VoMsgEntity* later = open.next; later; later = later->getNextSiblingEntity())
@@ -216,6 +217,13 @@ VoErrorCode MessageWriter::afterChild(OpenMultipart& open) {
       return put(delimiter);
     }
   return kVoSuccess;
+}
+
+// The source may have no line end between an empty part and the next delimiter; what is written there now needs one.
+VoErrorCode MessageWriter::separate(OpenMultipart& open) {
+  if (mLineIsEnded || open.position >= open.end) return kVoSuccess;
+  const std::string next = sourceBytes(*open.entity, open.position, open.position + 1);
+  return next.empty() || isLineEnd(next[0]) ? kVoSuccess : put(open.lineEnd);
 }
 
 VoErrorCode MessageWriter::afterLastChild(OpenMultipart& open) {
@@ -333,11 +341,14 @@ VoErrorCode MessageWriter::copySource(const VoMsgRfc822Entity& entity, std::uint
   if (begin >= end) return kVoSuccess;
   VoMsgBufferedReader* const reader = readerOf(entity);
   if (!reader) return kVoReadFailed;
+  // Wherever the source has no line end before a delimiter, it ends the line before in another way.
+  mLineIsEnded = true;
   return copyRange(*reader, mOut, begin, end - begin);
 }
 
 VoErrorCode MessageWriter::put(std::string_view text) {
   if (text.empty()) return kVoSuccess;
+  mLineIsEnded = isLineEnd(text.back());
   return mOut.write(text.data(), static_cast<unsigned>(text.size())) ? kVoSuccess : kVoWriteFailed;
 }
 

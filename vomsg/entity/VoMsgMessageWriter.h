@@ -51,6 +51,7 @@ class MessageWriter {
   void openMultipart(VoMsgRfc822Entity& entity, std::uint64_t end);
   VoErrorCode beforeChild(OpenMultipart& open, VoMsgRfc822Entity& child);
   VoErrorCode afterChild(OpenMultipart& open);
+  VoErrorCode separate(OpenMultipart& open);
   VoErrorCode afterLastChild(OpenMultipart& open);
   VoErrorCode gotoInsertionPoint(OpenMultipart& open);
 
@@ -71,6 +72,7 @@ class MessageWriter {
   std::unordered_set<const VoMsgEntity*> mEdited;  // those of them in whose subtree a caller changed something
   std::map<MessageSource*, std::unique_ptr<OpenSource>> mSources;
   std::vector<OpenMultipart> mOpen;
+  bool mLineIsEnded = true;  // what was written last needs no line end before a delimiter line
 };
 
 }  // namespace vomsg::detail

@@ -1,0 +1,330 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+
+#include "tests/support/MessageFixture.h"
+#include "vomsg/entity/VoMsgMimeEntity.h"
+#include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/header/VoMsgHeaderField.h"
+#include "vomsg/header/VoMsgUserAddress.h"
+
+namespace {
+
+using namespace vomsg::test;
+
+constexpr char kTwoParts[] =
+    "Subject: s\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\npre\r\n--b\r\n\r\none\r\n--b \r\nA: "
+    "1\r\n\r\ntwo\r\n"
+    "--b--\r\nepi\r\n";
+
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+  const std::size_t at = text.find(from);
+  EXPECT_NE(at, text.npos) << from;
+  return at == text.npos ? text : text.replace(at, from.size(), to);
+}
+
+VoMsgMimeEntity* newPart(const char* text) {
+  auto* const part = new VoMsgMimeEntity;
+  std::string bytes = text;
+  EXPECT_EQ(part->setContent(resourceOver(bytes).get(), "text/plain", "7bit"), kVoSuccess);
+  return part;
+}
+
+constexpr char kNewPart[] = "Content-Type: text/plain\r\nContent-Transfer-Encoding: 7bit\r\n\r\nnew";
+
+TEST(MessageEdit, ChildrenComeAndGoWithTheirDelimiters) {
+  struct Row {
+    const char* name;
+    void (*edit)(VoMsgRfc822Message& message);
+    std::string want;
+  };
+  const std::string part = kNewPart;
+  const std::string text = kTwoParts;
+  const Row rows[] = {
+      {"append", [](VoMsgRfc822Message& m) { m.appendChildEntity(newPart("new")); },
+       replaced(text, "two\r\n", "two\r\n--b\r\n" + part + "\r\n")},
+      {"insert first", [](VoMsgRfc822Message& m) { m.insertChildEntityAt(newPart("new"), 0); },
+       replaced(text, "--b\r\n\r\none", "--b\r\n" + part + "\r\n--b\r\n\r\none")},
+      {"insert between", [](VoMsgRfc822Message& m) { m.insertChildEntityAt(newPart("new"), 1); },
+       replaced(text, "one\r\n", "one\r\n--b\r\n" + part + "\r\n")},
+      {"remove first", [](VoMsgRfc822Message& m) { m.removeChildEntityAt(0); },
+       replaced(text, "--b\r\n\r\none\r\n", "")},
+      {"remove last", [](VoMsgRfc822Message& m) { m.removeChildEntityAt(1); },
+       replaced(text, "--b \r\nA: 1\r\n\r\ntwo\r\n", "")},
+      {"remove all",
+       [](VoMsgRfc822Message& m) {
+         m.removeChildEntityAt(1);
+         m.removeChildEntityAt(0);
+       },
+       replaced(text, "--b\r\n\r\none\r\n--b \r\nA: 1\r\n\r\ntwo\r\n", "")},
+      {"replace all",
+       [](VoMsgRfc822Message& m) {
+         m.removeChildEntityAt(0);
+         m.removeChildEntityAt(0);
+         m.appendChildEntity(newPart("new"));
+       },
+       replaced(text, "--b\r\n\r\none\r\n--b \r\nA: 1\r\n\r\ntwo\r\n", "--b\r\n" + part + "\r\n")},
+      {"remove and insert",
+       [](VoMsgRfc822Message& m) {
+         m.removeChildEntityAt(0);
+         m.insertChildEntityAt(newPart("new"), 0);
+       },
+       replaced(text, "--b\r\n\r\none\r\n--b \r\n", "--b \r\n" + part + "\r\n--b\r\n")},
+  };
+  for (const Row& row : rows)
+    for (const Source source : {Source::memory, Source::file}) {
+      SCOPED_TRACE(row.name);
+      MessageFixture message(text, source);
+      row.edit(*message);
+      EXPECT_TRUE(message->isModified());
+      EXPECT_EQ(written(*message), row.want);
+      EXPECT_EQ(written(*message), row.want);  // writing changes nothing
+      const std::unique_ptr<VoMsgMailMessage> copy(message->split());
+      EXPECT_EQ(written(*copy), row.want);
+    }
+}
+
+TEST(MessageEdit, PartsForMultipartsWithoutDelimiters) {
+  struct Row {
+    const char* body;
+    const char* want;  // $ stands for the part
+  };
+  constexpr Row kRows[] = {
+      {"--b--\n", "--b\n$\n--b--\n"},         {"pre\n--b--\nepi", "pre\n--b\n$\n--b--\nepi"}, {"", "--b\n$\n--b--\n"},
+      {"text", "text\n--b\n$\n--b--\n"},      {"--b\n\none", "--b\n\none\n--b\n$"},  // no close delimiter is added
+      {"--b\n--b--", "--b\n\n--b\n$\n--b--"},                                        // a part without anything in it
+  };
+  for (const Row& row : kRows) {
+    SCOPED_TRACE(row.body);
+    const std::string header = "Content-Type: multipart/mixed; boundary=b\n\n";
+    MessageFixture message(header + row.body);
+    ASSERT_EQ(message->appendChildEntity(newPart("new")), kVoSuccess);
+    EXPECT_EQ(written(*message), replaced(header + row.want, "$", kNewPart));
+  }
+}
+
+TEST(MessageEdit, ANewBoundaryChangesTheDelimitersOfItsMultipartAlone) {
+  const std::string inner = "Content-Type: multipart/mixed; boundary=c\r\n\r\n--c\r\n\r\nx\r\n--c--\r\n";
+  MessageFixture message("Content-Type: multipart/mixed; boundary=b\r\n\r\npre\r\n--b  \r\n" + inner +
+                         "--b--\r\n--b\r\n");
+  ASSERT_EQ(message->setHeaderParameterValue("Content-Type", "boundary", "new", "us-ascii", nullptr), kVoSuccess);
+  const std::string out = written(*message);
+  EXPECT_EQ(out.substr(out.find("\r\n\r\n") + 4), "pre\r\n--new\r\n" + inner + "--new--\r\n--b\r\n");
+}
+
+TEST(MessageEdit, ALeafBecomesAMultipartWithItsFormerContentFirst) {
+  MessageFixture message("Subject: s\r\nContent-Type: text/html; charset=x\r\nX: y\r\n\r\n<p>\r\n");
+  ASSERT_EQ(message->appendChildEntity(newPart("new")), kVoSuccess);
+  MessageFixture again(written(*message));
+  ASSERT_EQ(again->countChildEntity(), 2u) << written(*message);
+  EXPECT_TRUE(again->isContentType("multipart", "mixed"));
+  EXPECT_STREQ(again->getRawHeaderValue("X"), "y") << written(*message);
+  EXPECT_STREQ(again->getRawHeaderValue("MIME-Version"), "1.0");
+  EXPECT_STREQ(again->getChildEntityAt(0)->getContentType(), "text/html");
+  EXPECT_EQ(contentOf(*again->getChildEntityAt(0)), "<p>\r\n");
+  EXPECT_EQ(contentOf(*again->getChildEntityAt(1)), "new");
+}
+
+TEST(MessageEdit, ComposesFromNothing) {
+  VoMsgRfc822Message empty;
+  EXPECT_EQ(written(empty), "\r\n");
+  VoMsgRfc822Message message;
+  ASSERT_EQ(message.setHeaderValue("Subject", "hello", "us-ascii", nullptr), kVoSuccess);
+  ASSERT_EQ(message.appendChildEntity(newPart("a")), kVoSuccess);
+  auto* const attached = new VoMsgRfc822Message;
+  ASSERT_EQ(attached->setHeaderValue("Subject", "inner", "us-ascii", nullptr), kVoSuccess);
+  ASSERT_EQ(message.appendChildEntity(attached), kVoSuccess);
+  MessageFixture again(written(message));
+  ASSERT_EQ(entitiesOf(*again).size(), 4u) << written(message);
+  EXPECT_STREQ(entitiesOf(*again)[3]->getHeaderValue("Subject", "utf-8"), "inner");
+}
+
+TEST(MessageEdit, NewContentFollowsTheRules) {
+  std::string text = "x";
+  MessageFixture multi(kTwoParts);
+  MessageFixture single("Content-Transfer-Encoding: x-own\r\n\r\nbody");
+  const auto content = resourceOver(text);
+  EXPECT_EQ(single->setContent(nullptr, nullptr, "base64"), kVoBadArgument);
+  EXPECT_EQ(multi->setContent(content.get(), nullptr, "nonsense"), kVoNoContent);
+  EXPECT_EQ(single->setContent(content.get(), nullptr, "nonsense"), kVoBadEncoding);
+  EXPECT_EQ(single->setContent(content.get(), nullptr, nullptr), kVoBadEncoding);
+  EXPECT_FALSE(single->isModified());
+  EXPECT_EQ(single->setContent(content.get(), nullptr, "Base64"), kVoSuccess);
+  EXPECT_EQ(written(*single), "Content-Transfer-Encoding: Base64\r\n\r\neA==\r\n");
+  int err = 0;
+  EXPECT_EQ(multi->getContent(err, nullptr), nullptr);
+  EXPECT_EQ(static_cast<VoErrorCode>(err), kVoNoContent);
+}
+
+TEST(MessageEdit, TextKeepsItsCharsetWhenThatLosesNothing) {
+  const std::string header = "Content-Type: text/plain; charset=iso-8859-1\r\nContent-Transfer-Encoding: 8bit\r\n\r\n";
+  std::string text = "gr\xc3\xbc\xc3\x9f\nnext";
+  MessageFixture fits(header);
+  ASSERT_EQ(fits->setTextContent(resourceOver(text).get(), nullptr, "utf-8"), kVoSuccess);
+  EXPECT_STREQ(fits->getCharset(), "iso-8859-1");
+  EXPECT_EQ(contentOf(*fits), "gr\xfc\xdf\r\nnext");
+  EXPECT_STREQ(fits->getEncoding(), "quoted-printable");
+  text = "\xe2\x82\xac";
+  MessageFixture other(header);
+  ASSERT_EQ(other->setTextContent(resourceOver(text).get(), nullptr, "utf-8"), kVoSuccess);
+  EXPECT_STREQ(other->getCharset(), "utf-8");
+  MessageFixture again(written(*other));
+  EXPECT_EQ(contentOf(*again), text);
+}
+
+// An edited nested message is written through its part, encoded as the part declares.
+TEST(MessageEdit, NestedMessagesAreEncodedAgain) {
+  for (const bool base64 : {false, true}) {
+    const std::string inner = base64 ? "U3ViamVjdDogaW4NCg0KeA==\r\n" : "Subject: in\r\n\r\nx\r\n";
+    MessageFixture message("Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\nContent-Type: message/rfc822\r\n" +
+                           std::string(base64 ? "Content-Transfer-Encoding: base64\r\n" : "") + "\r\n" + inner +
+                           "--b\r\n\r\nlast\r\n--b--\r\n");
+    ASSERT_EQ(entitiesOf(*message).size(), 4u);
+    ASSERT_EQ(entitiesOf(*message)[2]->setHeaderValue("Subject", "out", "us-ascii", nullptr), kVoSuccess);
+    MessageFixture again(written(*message));
+    ASSERT_EQ(entitiesOf(*again).size(), 4u) << written(*message);
+    EXPECT_STREQ(entitiesOf(*again)[2]->getHeaderValue("Subject", "utf-8"), "out");
+    EXPECT_EQ(contentOf(*entitiesOf(*again)[3]), "last");
+  }
+}
+
+// ---- one random edit in a real message changes its own range alone and reads back
+
+// Where bytes of `entity` stand in the message's own source: the entity itself, or the innermost encoded part around
+// the nested message that holds it.
+VoMsgRfc822Entity* visibleEntity(VoMsgEntity* entity, std::uint64_t& base) {
+  base = 0;
+  auto* visible = dynamic_cast<VoMsgRfc822Entity*>(entity);
+  for (VoMsgEntity* up = entity; up; up = up->getParentEntity()) {
+    auto* const part = dynamic_cast<VoMsgRfc822Entity*>(up->getParentEntity());
+    if (!part || !(up->getEntityTypeID() & kVoEntityIsMessage)) continue;
+    const std::string encoding = part->getEncoding() ? part->getEncoding() : "";
+    const bool encoded = encoding.find_first_of("sS64") != encoding.npos && encoding.size() > 4;
+    if (encoded) {
+      visible = part;
+      base = 0;
+    } else {
+      base += part->getBodyOffset();
+    }
+  }
+  return visible;
+}
+
+bool isMarked(VoMsgEntity& root) {
+  for (VoMsgEntity* entity : entitiesOf(root)) {
+    const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity);
+    if (!mime || mime->getEntityHeader()->getMark() != vomsg::detail::HeaderMark{}) return true;
+  }
+  return false;
+}
+
+class RandomEdit {
+ public:
+  RandomEdit(const std::string& bytes, unsigned seed) : mBytes(bytes), mRandom(seed) {}
+
+  void run() {
+    MessageFixture message(mBytes, mRandom() % 2 ? Source::memory : Source::file);
+    if (voFailed(message.code) || isMarked(*message)) return;
+    const std::vector<VoMsgEntity*> entities = entitiesOf(*message);
+    const std::size_t chosen = mRandom() % entities.size();
+    auto* const entity = dynamic_cast<VoMsgRfc822Entity*>(entities[chosen]);
+    std::uint64_t base = 0;
+    VoMsgRfc822Entity* const visible = visibleEntity(entity, base);
+    const std::uint64_t begin = base + visible->getHeaderOffset();
+    std::uint64_t end = base + visible->getBodyOffset() + (visible == entity ? 0 : visible->getBodySize());
+    std::string want;
+    const auto kind = mRandom() % 6;
+    SCOPED_TRACE("edit " + std::to_string(kind) + " of entity " + std::to_string(chosen));
+    switch (kind) {
+      case 0:
+        entity->setHeaderValue("X-Test", "value one", "us-ascii", nullptr);
+        break;
+      case 1:
+        if (!entity->getContentType()) entity->setHeaderValue("Content-Type", "text/plain", "us-ascii", nullptr);
+        entity->setHeaderParameterValue("Content-Type", "x-test", "a b", "us-ascii", nullptr);
+        break;
+      case 2:
+        entity->appendUserAddress("To", "Jo Doe <jo@example.org>");
+        break;
+      case 3: {
+        if (entity->isMultipartEntity() || entity->hasChildEntity()) return;
+        static constexpr const char* kEncodings[] = {"base64", "quoted-printable", "7bit", "8bit", "binary"};
+        want = mRandom() % 2 ? "fresh\r\ncontent" : "fresh = content \r\n.\r\n";
+        ASSERT_EQ(entity->setContent(resourceOver(want).get(), nullptr, kEncodings[mRandom() % 5]), kVoSuccess);
+        end = base + visible->getBodyOffset() + visible->getBodySize();
+        break;
+      }
+      case 4:
+      case 5: {
+        if (!entity->isMultipartEntity()) return;
+        const unsigned count = entity->countChildEntity();
+        if (kind == 4) {
+          ASSERT_EQ(entity->insertChildEntityAt(newPart("new"), static_cast<unsigned>(mRandom() % (count + 1))),
+                    kVoSuccess);
+        } else if (count > 1) {
+          ASSERT_EQ(entity->removeChildEntityAt(static_cast<unsigned>(mRandom() % count)), kVoSuccess);
+        }
+        end = base + visible->getBodyOffset() + visible->getBodySize();
+        break;
+      }
+    }
+    const std::size_t entitiesLeft = entitiesOf(*message).size();
+    const std::string out = written(*message);
+    const std::size_t tail = mBytes.size() - std::min<std::size_t>(mBytes.size(), end);
+    ASSERT_GE(out.size(), begin + tail);
+    ASSERT_EQ(out.substr(0, begin), mBytes.substr(0, begin));
+    ASSERT_EQ(out.substr(out.size() - tail), mBytes.substr(mBytes.size() - tail));
+
+    MessageFixture again(out);
+    ASSERT_EQ(again.code, kVoSuccess) << out;
+    const std::vector<VoMsgEntity*> after = entitiesOf(*again);
+    if (kind != 3) {
+      ASSERT_EQ(after.size(), entitiesLeft) << out;
+    }
+    if (kind == 0) {
+      EXPECT_STREQ(after[chosen]->getHeaderValue("X-Test", "utf-8"), "value one");
+    }
+    if (kind == 1) {
+      EXPECT_STREQ(after[chosen]->getHeaderParameterValue("Content-Type", "x-test", "utf-8"), "a b");
+    }
+    if (kind == 2) {
+      const unsigned count = after[chosen]->countUserAddress("To");
+      ASSERT_GT(count, 0u);
+      EXPECT_STREQ(after[chosen]->getUserAddressAt("To", count - 1)->getAddress(), "jo@example.org");
+    }
+    if (kind == 3) {
+      EXPECT_EQ(contentOf(*after[chosen]), want) << out;
+    }
+    if (kind != 3) {
+      EXPECT_EQ(leaves(*again, "new"), leaves(*message, "new"));
+    }
+  }
+
+ private:
+  // The contents of all leaves but the one that was added.
+  static std::vector<std::string> leaves(VoMsgEntity& root, const std::string& except) {
+    std::vector<std::string> all;
+    for (VoMsgEntity* entity : entitiesOf(root))
+      if (!entity->isMultipartEntity() && !entity->hasChildEntity() && contentOf(*entity) != except)
+        all.push_back(contentOf(*entity));
+    return all;
+  }
+
+  const std::string& mBytes;
+  std::mt19937 mRandom;
+};
+
+TEST(MessageEdit, OneRandomEditInEachMessageStaysInItsRange) {
+  auto messages = sampleMessages();
+  const auto corpus = corpusMessages();
+  messages.insert(messages.end(), corpus.begin(), corpus.end());
+  for (const auto& [path, bytes] : messages)
+    for (unsigned seed = 0; seed < 12; ++seed) {
+      SCOPED_TRACE(path + ", seed " + std::to_string(seed));
+      RandomEdit(bytes, seed).run();
+    }
+}
+
+}  // namespace
