@@ -7,7 +7,6 @@
 #include <string>
 
 #include "tests/header/HeaderBlocks.h"
-#include "vomsg/foundation/VoMsgFileReader.h"
 
 namespace {
 
@@ -200,19 +199,6 @@ TEST(EntityHeader, CopiesAnUnchangedBlockFromItsSource) {
   EXPECT_EQ(header.writeHeaderPart(&source.reader, &out), kVoSuccess);
   EXPECT_TRUE(out.flush());
   EXPECT_EQ(out.text, "A: bc\r\n\r\n");
-}
-
-TEST(EntityHeader, DumpsItsRangeAndItsFields) {
-  const auto header = parseBlock("A: b\n\n");
-  std::FILE* const file = std::tmpfile();
-  ASSERT_NE(file, nullptr);
-  header->dumpEntityHeader(file);
-  std::string text(400, '\0');
-  std::rewind(file);
-  text.resize(std::fread(text.data(), 1, text.size(), file));
-  std::fclose(file);
-  EXPECT_EQ(text.find("    mHeaderOffset     : D'0\n    mHeaderSize       : D'6\n    mpHeaderList      : H'"), 0u);
-  EXPECT_NE(text.find("name              : A\n"), text.npos);
 }
 
 }  // namespace

@@ -86,25 +86,8 @@ class SlowParser {
   // One letter a kind: (e)nd, semicolon, equals, quote, (w)ord start, (b)lank, (t)ext.
   bool isAt(std::string_view kinds) const { return kinds.find(kind()) != kinds.npos; }
   char kind() const {
-    switch (mId) {
-      case VoMsgTokenizer::end:
-        return 'e';
-      case VoMsgTokenizer::semicolon:
-        return ';';
-      case VoMsgTokenizer::equals:
-        return '=';
-      case VoMsgTokenizer::quote:
-        return '"';
-      case VoMsgTokenizer::encodedStart:
-        return 'w';
-      case VoMsgTokenizer::text:
-      case VoMsgTokenizer::encodedEnd:
-      case VoMsgTokenizer::question:
-      case VoMsgTokenizer::colon:
-        return 't';
-      default:
-        return 'b';
-    }
+    if (mId == VoMsgTokenizer::text) return 't';
+    return mId > VoMsgTokenizer::whitespace ? 'b' : "e;bb\"wtt=tb"[mId];
   }
   void next() {
     mStart = mBase + static_cast<std::size_t>(mTokenizer.getPosition());

@@ -36,7 +36,6 @@ class HeaderBlockBuilder {
   VoMsgHeaderField* makeStructured(std::string_view name, std::string_view value, std::uint64_t offset);
 
   // What walkHeaderBlock asks for.
-  static bool wants(HeaderName) { return true; }
   VoErrorCode add(HeaderName kind, std::string_view name, std::string_view value, std::uint64_t offset);
   void mark(HeaderMark mark, std::uint64_t offset);
 

@@ -48,8 +48,8 @@ std::size_t skipBlanks(std::string_view text, std::size_t at) {
 
 }  // namespace
 
-HeaderLines::HeaderLines(VoMsgBufferedReader& reader, std::string& scratch)
-    : mReader(reader), mScratch(scratch), mWindowOffset(reader.getOffset()) {
+HeaderLines::HeaderLines(VoMsgBufferedReader& reader, std::string& scratch, unsigned wanted)
+    : mReader(reader), mScratch(scratch), mWanted(wanted), mWindowOffset(reader.getOffset()) {
   const std::string_view window = ReaderWindow::buffered(reader);
   mpWindow = mpNext = window.data();
   mpEnd = mpWindow + window.size();
@@ -139,6 +139,8 @@ void HeaderLines::readSplitLine(std::string* spill) {
   do {
     const char* const at = findLineEnd(mpNext, mpEnd);
     if (spill) spill->append(mpNext, at);
+    // Without a text yet: a first line. Continuations are put together only for who wants them.
+    if (spill && mText.empty() && mWanted != kAllNames && !isStillNeeded(*spill)) spill = nullptr;
     mpNext = at;
     if (at == mpEnd) continue;
     mTerminatorLength = 1;
@@ -149,6 +151,20 @@ void HeaderLines::readSplitLine(std::string* spill) {
     }
     return;
   } while (refill());
+}
+
+// A line may be as long as the message. Of one that nobody wants, which is most likely no header at all, only as
+// much is kept as tells what it is: names that matter are short, and so are delimiters but for their padding.
+bool HeaderLines::isStillNeeded(std::string& text) const {
+  constexpr std::size_t kEnough = 4096;
+  if (text.size() <= kEnough || text.compare(0, 2, "--") == 0) return true;
+  const HeaderLine line = cutHeaderLine(text, true);
+  if (line.kind == HeaderLine::Kind::field) return wants(headerNameOf(line.name));
+  if (line.kind != HeaderLine::Kind::open) return false;
+  const bool isAfterName = isBlank(text.back());
+  text.resize(kEnough / 2);
+  if (isAfterName) text.back() = ' ';
+  return true;
 }
 
 bool HeaderLines::refill() {

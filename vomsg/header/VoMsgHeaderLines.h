@@ -21,10 +21,15 @@ namespace vomsg::detail {
 
 class BoundaryTable;
 
+// Sets of names, a bit for each.
+constexpr unsigned nameBit(HeaderName name) { return 1u << static_cast<unsigned>(name); }
+inline constexpr unsigned kAllNames = ~0u;
+
 class HeaderLines {
  public:
-  // Both are borrowed. The reader must not be used by others before finish().
-  HeaderLines(VoMsgBufferedReader& reader, std::string& scratch);
+  // Reader and scratch are borrowed; the reader must not be used by others before finish(). `wanted` are the names
+  // whose values matter: of other lines text() may hold only as much as tells them apart.
+  HeaderLines(VoMsgBufferedReader& reader, std::string& scratch, unsigned wanted = kAllNames);
   ~HeaderLines() { finish(); }
   HeaderLines(const HeaderLines&) = delete;
   HeaderLines& operator=(const HeaderLines&) = delete;
@@ -42,6 +47,7 @@ class HeaderLines {
   void unfold();
   void skipContinuations();
 
+  bool wants(HeaderName name) const { return (mWanted & nameBit(name)) != 0; }
   std::uint64_t lineOffset() const { return mLineOffset; }  // of the line that next() read
   std::uint64_t offset() const { return mWindowOffset + static_cast<std::uint64_t>(mpNext - mpWindow); }
   // Brings the reader to offset().
@@ -51,6 +57,7 @@ class HeaderLines {
   bool readFirstLine();
   bool readPhysicalLine(std::string* spill);
   void readSplitLine(std::string* spill);
+  bool isStillNeeded(std::string& text) const;
   bool refill();
   void leaveLine();
   void keepText();
@@ -58,6 +65,7 @@ class HeaderLines {
 
   VoMsgBufferedReader& mReader;
   std::string& mScratch;
+  const unsigned mWanted;
   const char* mpWindow = nullptr;  // the reader's buffered bytes, from its position on
   const char* mpNext = nullptr;
   const char* mpEnd = nullptr;
@@ -87,8 +95,8 @@ struct HeaderLine {
 HeaderLine cutHeaderLine(std::string_view text, bool more);
 
 // Reads a block and hands its fields to `sink`:
-//   bool wants(HeaderName)                                    the value matters; else it is empty
 //   VoErrorCode add(HeaderName, std::string_view name, std::string_view value, std::uint64_t offset)
+//                                                 of an unwanted name the value is empty, and the name may be cut
 //   void mark(HeaderMark, std::uint64_t offset)
 // A failing add() ends the block behind its line.
 template <class Sink>
@@ -118,7 +126,7 @@ VoErrorCode walkHeaderBlock(HeaderLines& lines, const BoundaryTable* boundaries,
     }
     if (line.kind == HeaderLine::Kind::field) {
       const HeaderName name = headerNameOf(line.name);
-      if (!sink.wants(name)) {
+      if (!lines.wants(name)) {
         line.value = {};
       } else if (lines.isContinued()) {
         lines.unfold();

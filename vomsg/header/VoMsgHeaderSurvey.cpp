@@ -15,7 +15,13 @@ class Surveyor {
  public:
   Surveyor(HeaderSurvey& out, bool isChild) : mOut(out), mLimits(HeaderLimits::of(isChild)) {}
 
-  bool wants(HeaderName name) const { return isAddressName(name) ? mLimits.addresses > 0 : isStructuredName(name); }
+  unsigned wantedNames() const {
+    constexpr unsigned structured = nameBit(HeaderName::contentType) | nameBit(HeaderName::contentEncoding) |
+                                    nameBit(HeaderName::contentDisposition);
+    constexpr unsigned addresses =
+        nameBit(HeaderName::from) | nameBit(HeaderName::to) | nameBit(HeaderName::cc) | nameBit(HeaderName::bcc);
+    return structured | (mLimits.addresses > 0 ? addresses : 0);
+  }
 
   void mark(HeaderMark mark, std::uint64_t offset) {
     if (mOut.mark != HeaderMark::none) return;
@@ -90,9 +96,9 @@ void surveyHeaderBlock(HeaderSurvey& out, VoMsgBufferedReader& reader, bool isCh
   out.contentTypesDiffer = false;
   out.hasContentType = out.hasEncoding = out.hasDisposition = false;
 
-  HeaderLines lines(reader, out.scratch);
-  const std::uint64_t start = lines.offset();
   Surveyor surveyor(out, isChild);
+  HeaderLines lines(reader, out.scratch, surveyor.wantedNames());
+  const std::uint64_t start = lines.offset();
   out.code = walkHeaderBlock(lines, boundaries, surveyor, out.end);
   out.offset = static_cast<std::uint32_t>(start);
   out.size = static_cast<std::uint32_t>(lines.offset() - start);
