@@ -92,3 +92,6 @@
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/entity/VoMsgSingleBody.h"
+
+// TNEF streams: "winmail.dat".
+#include "vomsg/tnef/VoTnefInteger.h"

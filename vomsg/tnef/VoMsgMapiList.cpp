@@ -1,0 +1,60 @@
+#include "vomsg/tnef/VoMsgMapiList.h"
+
+#include "vomsg/tnef/VoTnefInteger.h"
+
+namespace vomsg::detail {
+
+VoErrorCode readPropertyHead(TnefCursor& cursor, MapiPropertyHead& head) {
+  head = {};
+  head.type = cursor.readInt16();
+  head.id = cursor.readInt16();
+  if (head.isNamed()) {
+    cursor.read(head.propertySet, sizeof head.propertySet);
+    head.nameKind = cursor.readInt32();
+    head.nameNumber = cursor.readInt32();
+    if (head.nameKind == kMapiTextName) {
+      if (head.nameNumber > cursor.size()) return kVoReadFailed;
+      head.nameOffset = cursor.position();
+      if (!cursor.skip(std::uint64_t{head.nameNumber} + mapiPadding(head.nameNumber))) return kVoBadFormat;
+    }
+  }
+  head.valueCount = isCountedMapiType(head.type) ? cursor.readInt32() : 1;
+  return kVoSuccess;
+}
+
+VoErrorCode readValueHead(TnefCursor& cursor, std::uint16_t type, MapiValueHead& head) {
+  const MapiTypeRow row = mapiTypeRow(type);
+  if (row.form == MapiForm::unsupported) return kVoTnefMalformed;
+  // Also what ends a list that claims four thousand million values and holds none.
+  if (cursor.left() == 0) return kVoBadFormat;
+  head = {};
+  head.offset = head.dataOffset = cursor.position();
+  if (row.form == MapiForm::fixed) {
+    head.length = row.size;
+    head.padding = row.filler;
+    return kVoSuccess;
+  }
+  head.length = cursor.readInt32();
+  head.padding = mapiPadding(head.length);
+  head.dataOffset = cursor.position();
+  if (head.length > cursor.size()) return kVoReadFailed;
+  if (std::uint64_t{head.length} + head.padding > cursor.left()) return kVoBadFormat;
+  if (row.form == MapiForm::object && head.length > 0) {
+    if (head.length < kInterfaceIdBytes) return kVoTnefMalformed;
+    if (head.length >= kInterfaceIdBytes + 4) {
+      cursor.skip(kInterfaceIdBytes);
+      head.holdsStream = cursor.readInt32() == kVoTnefSignature;
+      cursor.moveTo(head.dataOffset);
+    }
+  }
+  return kVoSuccess;
+}
+
+// A number that the end cuts short has been filled up with zeros, but what lies behind a number must be there.
+VoErrorCode skipValue(TnefCursor& cursor, const MapiValueHead& head) {
+  const std::uint64_t dataEnd = std::uint64_t{head.dataOffset} + head.length;
+  if (dataEnd >= cursor.end() && head.padding == 0) return cursor.moveTo(cursor.end()) ? kVoSuccess : kVoBadFormat;
+  return cursor.moveTo(dataEnd + head.padding) ? kVoSuccess : kVoBadFormat;
+}
+
+}  // namespace vomsg::detail

@@ -1,0 +1,129 @@
+#include "vomsg/tnef/VoMsgTnefContent.h"
+
+#include <algorithm>
+
+#include "vomsg/encoding/VoCompressedRtf.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoMsgResourceManager.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/tnef/VoTnefInteger.h"
+
+namespace vomsg::detail {
+
+namespace {
+
+constexpr std::uint32_t kLengthSize = 4;
+constexpr std::uint32_t kInterfaceIdSize = 16;
+constexpr std::uint32_t kRtfHeaderSize = 16;  // compressed size, raw size, kind of compression, checksum
+constexpr unsigned kRtfGrowth = 9;            // two bytes expand to 17 at most
+
+std::unique_ptr<VoMsgBufferedReader> readerOf(const VoMsgResourceLocator& resource) {
+  std::unique_ptr<VoMsgBufferedReader> reader(resource.getInputStream(VoMsgResourceLocator::dataPart));
+  if (reader && !reader->isOpen() && !reader->open()) reader.reset();
+  return reader;
+}
+
+std::unique_ptr<VoMsgBufferedWriter> writerOf(const VoMsgResourceLocator& resource) {
+  std::unique_ptr<VoMsgBufferedWriter> writer(resource.getOutputStream(VoMsgResourceLocator::dataPart));
+  if (writer && !writer->isOpen() && !writer->open()) writer.reset();
+  return writer;
+}
+
+// The length field of a value, cut to what the source holds behind it. The reader stands behind the field.
+std::uint32_t readValueLength(VoMsgBufferedReader& source, std::uint32_t offset) {
+  const std::uint64_t size = source.getSize();
+  if (std::uint64_t{offset} + kLengthSize > size || !moveTo(source, offset)) return 0;
+  const std::uint64_t left = size - offset - kLengthSize;
+  return static_cast<std::uint32_t>(std::min<std::uint64_t>(_tnefGetInt32(&source), left));
+}
+
+// The compressed size counts from behind itself and covers four bytes too many for the decoder; a value may claim
+// far more than it holds, and must not be believed: the decoder would take the end of the data for text.
+VoErrorCode expandRtf(const VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint32_t length) {
+  const std::int64_t claimed = std::int64_t{_tnefGetInt32(&source)} - kRtfHeaderSize;
+  const std::int64_t held = std::int64_t{length} - kRtfHeaderSize;
+  const std::int64_t take = std::max<std::int64_t>(0, std::min(claimed, held));
+  if (take > 0 && !moveTo(source, std::uint64_t{source.getOffset()} + kRtfHeaderSize - kLengthSize))
+    return kVoTnefMalformed;
+  return voDecodeLZFu(const_cast<VoMsgResourceLocator*>(&target), &source, static_cast<long>(take));
+}
+
+}  // namespace
+
+OpenReader::OpenReader(VoMsgBufferedReader* reader) : mpReader(reader) {
+  mWasOpen = reader && reader->isOpen();
+  mIsOpen = mWasOpen || (reader && reader->open());
+}
+
+OpenReader::~OpenReader() {
+  if (mIsOpen && !mWasOpen) mpReader->close();
+}
+
+std::unique_ptr<VoMsgResourceLocator> temporaryResource(std::uint32_t size) {
+  return std::unique_ptr<VoMsgResourceLocator>(VoMsgResourceManager::createTmpResource(std::max(size, 1u)));
+}
+
+std::unique_ptr<VoMsgResourceLocator> copyOfResource(const VoMsgResourceLocator& from) {
+  auto copy = temporaryResource(from.getSize(VoMsgResourceLocator::dataPart));
+  if (copy && voFailed(copyResource(from, *copy))) copy.reset();
+  return copy;
+}
+
+VoErrorCode copyResource(const VoMsgResourceLocator& from, const VoMsgResourceLocator& target) {
+  const auto reader = readerOf(from);
+  if (!reader) return kVoReadFailed;
+  const auto writer = writerOf(target);
+  return writer ? writer->copyFrom(reader.get()) : kVoReadFailed;
+}
+
+VoErrorCode writeBytes(const VoMsgResourceLocator& target, const char* data, std::uint32_t length) {
+  const auto writer = writerOf(target);
+  if (!writer || !writer->write(data, length) || !writer->flush()) return kVoWriteFailed;
+  return kVoSuccess;
+}
+
+VoErrorCode copyStretch(const VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint32_t offset,
+                        std::uint32_t length) {
+  if (std::uint64_t{offset} + length > source.getSize()) return kVoTnefMalformed;
+  const auto writer = writerOf(target);
+  if (!writer) return kVoWriteFailed;
+  const VoErrorCode code = copyRange(source, *writer, offset, length);
+  if (voFailed(code)) return code == kVoReadFailed ? kVoTnefMalformed : kVoWriteFailed;
+  return writer->flush() ? kVoSuccess : kVoWriteFailed;
+}
+
+VoErrorCode copyValueContent(const VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint32_t offset,
+                             ValueContent content) {
+  const std::uint32_t length = readValueLength(source, offset);
+  if (length == 0) return kVoNoContent;
+  switch (content) {
+    case ValueContent::bytes:
+      return copyStretch(target, source, offset + kLengthSize, length);
+    case ValueContent::object:
+      if (length <= kInterfaceIdSize) return kVoNoContent;
+      return copyStretch(target, source, offset + kLengthSize + kInterfaceIdSize, length - kInterfaceIdSize);
+    case ValueContent::compressedRtf:
+      return expandRtf(target, source, length);
+  }
+  return kVoNoContent;
+}
+
+std::uint32_t valueContentSize(VoMsgBufferedReader& source, std::uint32_t offset, ValueContent content) {
+  const std::uint32_t length = readValueLength(source, offset);
+  switch (content) {
+    case ValueContent::bytes:
+      return length;
+    case ValueContent::object:
+      return length - std::min(length, kInterfaceIdSize);
+    case ValueContent::compressedRtf: {
+      _tnefGetInt32(&source);
+      const std::uint64_t claimed = _tnefGetInt32(&source);
+      return static_cast<std::uint32_t>(std::min(claimed, std::uint64_t{length} * kRtfGrowth));
+    }
+  }
+  return 0;
+}
+
+}  // namespace vomsg::detail
