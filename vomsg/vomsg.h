@@ -94,4 +94,12 @@
 #include "vomsg/entity/VoMsgSingleBody.h"
 
 // TNEF streams: "winmail.dat".
+#include "vomsg/tnef/VoMsgMapiAttachment.h"
+#include "vomsg/tnef/VoMsgMapiData.h"
+#include "vomsg/tnef/VoMsgMapiProperty.h"
+#include "vomsg/tnef/VoMsgTnefAttachData.h"
+#include "vomsg/tnef/VoMsgTnefAttribute.h"
+#include "vomsg/tnef/VoMsgTnefBody.h"
+#include "vomsg/tnef/VoMsgTnefEntity.h"
+#include "vomsg/tnef/VoMsgTnefMessage.h"
 #include "vomsg/tnef/VoTnefInteger.h"

@@ -1,0 +1,317 @@
+#include "vomsg/tnef/VoMsgMapiData.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgDump.h"
+#include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/tnef/VoMsgMapiList.h"
+#include "vomsg/tnef/VoMsgTnefContent.h"
+#include "vomsg/tnef/VoMsgTnefCursor.h"
+#include "vomsg/tnef/VoMsgTnefEntity.h"
+#include "vomsg/tnef/VoMsgTnefText.h"
+#include "vomsg/tnef/VoTnefInteger.h"
+
+using namespace vomsg::detail;
+
+namespace {
+
+constexpr unsigned kBlockSlack = 16;  // so that a text always ends in NULs
+
+void addCheckSum(unsigned short& checkSum, const char* data, unsigned length) {
+  checkSum = static_cast<unsigned short>(checkSum + _tnefCalcCheckSum(data, length));
+}
+
+}  // namespace
+
+struct VoMsgMapiData::Replacement {
+  char interfaceId[kInterfaceIdBytes] = {};
+  std::unique_ptr<VoMsgResourceLocator> content;
+};
+
+VoMsgMapiData::VoMsgMapiData(unsigned short type, unsigned short id, bool isModified)
+    : mMapiType(type), mMapiName(id), mIsModified(isModified), mInline{} {}
+
+VoMsgMapiData::VoMsgMapiData(VoMsgMapiData&& other) noexcept
+    : VoMsgMapiData(other.mMapiType, other.mMapiName, other.mIsModified) {
+  *this = std::move(other);
+}
+
+VoMsgMapiData& VoMsgMapiData::operator=(VoMsgMapiData&& other) noexcept {
+  if (this == &other) return *this;
+  release();
+  mMapiType = other.mMapiType;
+  mMapiName = other.mMapiName;
+  mMapiPaddingSize = other.mMapiPaddingSize;
+  mIsModified = other.mIsModified;
+  mHasTnefMessage = other.mHasTnefMessage;
+  mOffset = other.mOffset;
+  mSourceSize = other.mSourceSize;
+  mMapiDataSize = other.mMapiDataSize;
+  mHolding = std::exchange(other.mHolding, Holding::nothing);
+  std::memcpy(mInline, other.mInline, sizeof mInline);
+  return *this;
+}
+
+VoMsgMapiData::~VoMsgMapiData() { release(); }
+
+void VoMsgMapiData::release() {
+  if (mHolding == Holding::block) std::free(mpBlock);
+  if (mHolding == Holding::replaced) delete mpReplacement;
+  mHolding = Holding::nothing;
+}
+
+char* VoMsgMapiData::takeBlock(std::uint32_t length) {
+  release();
+  mMapiDataSize = length;
+  mMapiPaddingSize = mapiPadding(length);
+  if (length == 0) return nullptr;
+  char* const block = static_cast<char*>(std::malloc(std::size_t{length} + kBlockSlack));
+  if (!block) return nullptr;
+  std::memset(block + length, 0, kBlockSlack);
+  mpBlock = block;
+  mHolding = Holding::block;
+  return block;
+}
+
+VoMsgTnefEntity* VoMsgMapiData::readMapiData(int& result, VoMsgTnefEntity* messageEntity, VoMsgBufferedReader* source) {
+  VoMsgTnefEntity* child = nullptr;
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    if (!source) return kVoReadFailed;
+    TnefCursor cursor(*source);
+    if (!cursor.isReadable()) return kVoReadFailed;
+    MapiValueHead head;
+    VoErrorCode read = readValueHead(cursor, mMapiType, head);
+    if (voFailed(read)) return read;
+    const bool mayNest = messageEntity && VoMsgTnefEntity::_mayNest(messageEntity->getNestingLevel());
+    child = VoMsgTnefEntity::_createValueChild(messageEntity, mMapiType, mMapiName, head, mayNest);
+    if (child && head.holdsStream) read = child->_readNestedMessage(*source, head);
+    if (!voFailed(read)) read = _readValue(cursor, head, isChildValue(mMapiType, mMapiName, head));
+    mHasTnefMessage = child && child->hasChildEntity();
+    cursor.settle();
+    return read;
+  });
+  result = static_cast<int>(code);
+  return voFailed(code) ? nullptr : child;
+}
+
+VoErrorCode VoMsgMapiData::_readValue(TnefCursor& cursor, const MapiValueHead& head, bool isChild) {
+  release();
+  mOffset = head.offset;
+  mMapiDataSize = head.length;
+  mMapiPaddingSize = head.padding;
+  if (mapiTypeRow(mMapiType).form == MapiForm::fixed) {
+    cursor.read(mInline, head.length);
+    mHolding = Holding::inlined;
+  } else if (_isStringOrBinary() && !isChild && head.length > 0) {
+    char* const block = takeBlock(head.length);
+    if (!block) return kVoNoMemory;
+    cursor.read(block, head.length);
+  }
+  const VoErrorCode code = skipValue(cursor, head);
+  mSourceSize = cursor.position() - head.offset;
+  return code;
+}
+
+bool VoMsgMapiData::_isStringOrBinary() const { return mapiTypeRow(mMapiType).form == MapiForm::prefixed; }
+
+const char* VoMsgMapiData::getData() const {
+  return mHolding == Holding::inlined ? mInline : mHolding == Holding::block ? mpBlock : nullptr;
+}
+
+std::string VoMsgMapiData::getStringData() const {
+  if (mHolding != Holding::block) return {};
+  const std::string_view bytes(mpBlock, mMapiDataSize);
+  switch (mMapiType & 0x0FFF) {
+    case kPtString8:
+      return std::string(bytes.substr(0, bytes.find('\0')));
+    case kPtUnicode:
+      return utf8FromUtf16(bytes);
+    default:
+      return {};
+  }
+}
+
+VoErrorCode VoMsgMapiData::setStringData(const char* text) {
+  if (!text) return kVoBadArgument;
+  const unsigned base = mMapiType & 0x0FFF;
+  if (base != kPtString8 && base != kPtUnicode) return kVoNotSupported;
+  return guarded([&]() -> VoErrorCode {
+    std::string bytes = base == kPtUnicode ? utf16FromUtf8(text) : std::string(text);
+    bytes.append(base == kPtUnicode ? 2 : 1, '\0');
+    if (bytes.size() > 0x7FFFFFFF) return kVoNoMemory;
+    char* const block = takeBlock(static_cast<std::uint32_t>(bytes.size()));
+    mIsModified = true;
+    if (!block) return kVoNoMemory;
+    std::memcpy(block, bytes.data(), bytes.size());
+    return kVoSuccess;
+  });
+}
+
+VoErrorCode VoMsgMapiData::getContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target) {
+  return guarded([&]() -> VoErrorCode {
+    const MapiForm form = mapiTypeRow(mMapiType).form;
+    const bool isObject = form == MapiForm::object;
+    if ((!isObject && form != MapiForm::prefixed) || mMapiDataSize <= (isObject ? kInterfaceIdBytes : 0u))
+      return kVoNoContent;
+    const ValueContent kind = isObject                        ? ValueContent::object
+                              : mMapiName == kPrRtfCompressed ? ValueContent::compressedRtf
+                                                              : ValueContent::bytes;
+    const bool isHere = mHolding == Holding::block || mHolding == Holding::replaced;
+    const OpenReader opened(isHere ? nullptr : source);
+    if (!isHere && !opened.isOpen()) return kVoReadFailed;
+
+    std::unique_ptr<VoMsgResourceLocator> made;
+    if (!target) {
+      made = temporaryResource(isHere ? mMapiDataSize : valueContentSize(*source, mOffset, kind));
+      if (!made) return kVoWriteFailed;
+    }
+    const VoMsgResourceLocator& into = target ? *target : *made;
+    VoErrorCode code;
+    if (mHolding == Holding::block)
+      code = writeBytes(into, mpBlock, mMapiDataSize);
+    else if (mHolding == Holding::replaced)
+      code = copyResource(*mpReplacement->content, into);
+    else
+      code = copyValueContent(into, *source, mOffset, kind);
+    if (!voFailed(code) && made) target = made.release();
+    return code;
+  });
+}
+
+VoErrorCode VoMsgMapiData::_setContent(VoMsgResourceLocator* resource, VoMsgBufferedReader* source) {
+  if (!resource) return kVoBadArgument;
+  const bool isObject = mapiTypeRow(mMapiType).form == MapiForm::object;
+  if (!isObject && (mMapiType & 0x0FFF) != kPtBinary) return kVoNotSupported;
+  return guarded([&]() -> VoErrorCode {
+    const std::uint64_t length =
+        std::uint64_t{resource->getSize(VoMsgResourceLocator::dataPart)} + (isObject ? kInterfaceIdBytes : 0);
+    if (length > 0x7FFFFFFF) return kVoNoMemory;
+    auto replacement = std::make_unique<Replacement>();
+    if (mHolding == Holding::replaced) {
+      std::memcpy(replacement->interfaceId, mpReplacement->interfaceId, kInterfaceIdBytes);
+    } else if (isObject) {
+      if (!source || !moveTo(*source, std::uint64_t{mOffset} + 4)) return kVoReadFailed;
+      source->read(replacement->interfaceId, kInterfaceIdBytes);
+    }
+    replacement->content.reset(resource);
+    release();
+    mpReplacement = replacement.release();
+    mHolding = Holding::replaced;
+    mMapiDataSize = static_cast<std::uint32_t>(length);
+    mMapiPaddingSize = mapiPadding(mMapiDataSize);
+    mIsModified = true;
+    return kVoSuccess;
+  });
+}
+
+VoErrorCode VoMsgMapiData::_copyBodyFromSource(const VoMsgResourceLocator* target, VoMsgBufferedReader* source,
+                                               unsigned int length) {
+  if (!target || !source) return kVoWriteFailed;
+  return guarded([&] { return copyStretch(*target, *source, source->getOffset(), length); });
+}
+
+bool VoMsgMapiData::_seekSet(VoMsgBufferedReader* source) const { return source && moveTo(*source, mOffset); }
+
+// What was read is as long as it was in the source, even where the end cut a number short.
+std::uint32_t VoMsgMapiData::_getSize() const {
+  if (!mIsModified) return mSourceSize;
+  const bool isPrefixed = mapiTypeRow(mMapiType).form != MapiForm::fixed;
+  return mMapiDataSize + mMapiPaddingSize + (isPrefixed ? 4 : 0);
+}
+
+VoErrorCode VoMsgMapiData::writeMapiData(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source,
+                                         unsigned short& checkSum) {
+  if (!writer) return kVoWriteFailed;
+  return mIsModified ? _writeNewData(writer, checkSum) : _writeFromSource(writer, source, checkSum);
+}
+
+VoErrorCode VoMsgMapiData::_writeData(VoMsgBufferedWriter* writer, const char* data, unsigned int length,
+                                      unsigned short& checkSum) {
+  if (length == 0) return kVoSuccess;
+  if (!writer->write(data, length)) return kVoWriteFailed;
+  addCheckSum(checkSum, data, length);
+  return kVoSuccess;
+}
+
+VoErrorCode VoMsgMapiData::_writeNewData(VoMsgBufferedWriter* writer, unsigned short& checkSum) {
+  constexpr char kPadding[4] = {};
+  if (mapiTypeRow(mMapiType).form != MapiForm::fixed) _tnefSetInt32(writer, mMapiDataSize, checkSum);
+  VoErrorCode code = kVoSuccess;
+  if (mHolding == Holding::replaced) {
+    const bool isObject = mapiTypeRow(mMapiType).form == MapiForm::object;
+    if (isObject) code = _writeData(writer, mpReplacement->interfaceId, kInterfaceIdBytes, checkSum);
+    const std::unique_ptr<VoMsgBufferedReader> content(
+        mpReplacement->content->getInputStream(VoMsgResourceLocator::dataPart));
+    if (!content || !content->open()) return kVoWriteFailed;
+    std::uint32_t left = mMapiDataSize - (isObject ? kInterfaceIdBytes : 0);
+    char piece[4096];
+    while (!voFailed(code) && left > 0) {
+      const unsigned n = content->read(piece, left < sizeof piece ? left : sizeof piece);
+      if (n == 0) return kVoWriteFailed;
+      code = _writeData(writer, piece, n, checkSum);
+      left -= n;
+    }
+  } else if (const char* const data = getData()) {
+    code = _writeData(writer, data, mMapiDataSize, checkSum);
+  }
+  return voFailed(code) ? code : _writeData(writer, kPadding, mMapiPaddingSize, checkSum);
+}
+
+VoErrorCode VoMsgMapiData::_writeFromSource(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source,
+                                            unsigned short& checkSum) {
+  if (!source || !_seekSet(source)) return kVoWriteFailed;
+  char piece[4096];
+  for (std::uint32_t left = mSourceSize; left > 0;) {
+    const unsigned n = source->read(piece, left < sizeof piece ? left : sizeof piece);
+    if (n == 0) return kVoWriteFailed;
+    const VoErrorCode code = _writeData(writer, piece, n, checkSum);
+    if (voFailed(code)) return code;
+    left -= n;
+  }
+  return kVoSuccess;
+}
+
+bool VoMsgMapiData::copy(const VoMsgMapiData& from) {
+  return guardedOr(false, [&] {
+    release();
+    mMapiType = from.mMapiType;
+    mMapiName = from.mMapiName;
+    mIsModified = from.mIsModified;
+    mHasTnefMessage = from.mHasTnefMessage;
+    mOffset = from.mOffset;
+    mSourceSize = from.mSourceSize;
+    mMapiDataSize = from.mMapiDataSize;
+    mMapiPaddingSize = from.mMapiPaddingSize;
+    if (from.mHolding == Holding::inlined) {
+      std::memcpy(mInline, from.mInline, sizeof mInline);
+      mHolding = Holding::inlined;
+    } else if (from.mHolding == Holding::block) {
+      char* const block = takeBlock(from.mMapiDataSize);
+      if (!block) return false;
+      std::memcpy(block, from.mpBlock, from.mMapiDataSize);
+    } else if (from.mHolding == Holding::replaced) {
+      auto replacement = std::make_unique<Replacement>();
+      std::memcpy(replacement->interfaceId, from.mpReplacement->interfaceId, kInterfaceIdBytes);
+      replacement->content = copyOfResource(*from.mpReplacement->content);
+      if (!replacement->content) return false;
+      mpReplacement = replacement.release();
+      mHolding = Holding::replaced;
+    }
+    return true;
+  });
+}
+
+void VoMsgMapiData::dumpMapiData(std::FILE* out) const {
+  if (!out) return;
+  std::fprintf(out, "        mOffset           : D'%u\n", mOffset);
+  std::fprintf(out, "        mMapiDataSize     : D'%u\n", mMapiDataSize);
+  std::fprintf(out, "        mMapiPaddingSize  : D'%u\n", unsigned{mMapiPaddingSize});
+  if (const char* const data = getData()) dumpMemoryHex(out, data, mMapiDataSize);
+}

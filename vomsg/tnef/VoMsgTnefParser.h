@@ -1,0 +1,65 @@
+// Reads TNEF streams into trees of entities.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/tnef/VoMsgMapiList.h"
+#include "vomsg/tnef/VoMsgTnefCursor.h"
+
+class VoMsgBufferedReader;
+class VoMsgTnefEntity;
+class VoMsgTnefMessage;
+
+namespace vomsg::detail {
+
+class TnefParser {
+ public:
+  explicit TnefParser(VoMsgBufferedReader& source) : mCursor(source) {}
+
+  // Reads the stream that `message` knows the place of. Codes as VoMsgTnefMessage::_parse.
+  VoErrorCode run(VoMsgTnefMessage& message, std::uint32_t limit);
+
+ private:
+  enum class Step : std::uint8_t {
+    record,    // before the level byte of a record, or at the end of the stream
+    property,  // inside a property list, before a property or behind the last
+    value      // inside a property, before a value or behind the last
+  };
+
+  // A stream that is being read: the outermost one, and those that lie inside the value just read of the one before.
+  struct Level {
+    VoMsgTnefMessage* message;
+    VoMsgTnefEntity* current;  // the owner of the next record
+    unsigned nestingLevel;
+    std::uint32_t stop;  // no record begins from here on
+    Step step = Step::record;
+
+    // The record that is being read.
+    std::uint32_t recordOffset = 0;
+    std::uint16_t nameId = 0;
+    // Of a property list: where its record's data lies, what is left of the list, and the last child it made.
+    std::uint32_t dataOffset = 0;
+    std::uint32_t dataLength = 0;
+    std::uint32_t propertiesLeft = 0;
+    std::uint32_t valuesLeft = 0;
+    std::uint16_t propertyType = 0;
+    std::uint16_t propertyId = 0;
+    MapiValueHead value = {};
+    VoMsgTnefEntity* lastChild = nullptr;
+  };
+
+  VoErrorCode enter(VoMsgTnefMessage& message, unsigned nestingLevel, std::uint32_t limit);
+  VoErrorCode advance(Level& level, bool& isDone);
+  VoErrorCode beginRecord(Level& level);
+  VoErrorCode beginProperty(Level& level);
+  VoErrorCode beginValue(Level& level);
+  void endRecord(Level& level, VoMsgTnefEntity* child);
+  void own(Level& level, bool isBroken);
+
+  TnefCursor mCursor;
+  std::vector<Level> mLevels;
+};
+
+}  // namespace vomsg::detail
