@@ -1,0 +1,307 @@
+#include "vomsg/tnef/VoMsgMapiProperty.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/WindowStreams.h"
+#include "tests/tnef/StreamBuilder.h"
+#include "vomsg/tnef/VoMsgMapiAttachment.h"
+
+namespace vomsg::test {
+namespace {
+
+int readProperty(VoMsgMapiProperty& one, VoMsgBufferedReader& reader) {
+  int result = 0;
+  reader.rseek(0, 0);
+  one.readMapiProperty(result, nullptr, &reader);
+  return result;
+}
+
+std::string writtenBy(VoMsgMapiProperty& one, VoMsgBufferedReader& source, unsigned short* sum = nullptr) {
+  LimitedWriter writer;
+  unsigned short own = 0;
+  const VoErrorCode code = one.writeMapiProperty(&writer, &source, own);
+  writer.flush();
+  if (sum) *sum = own;
+  return voFailed(code) ? codeText(code) : writer.text;
+}
+
+struct Form {
+  const char* name;
+  unsigned type;
+  std::string value;
+  std::uint32_t size;
+  std::uint32_t padding;
+  bool isCounted;
+};
+
+const Form kForms[] = {
+    {"I2", 0x0002, "ab\xEE\xEE", 2, 2, false},
+    {"long", 0x0003, "abcd", 4, 0, false},
+    {"R4", 0x0004, "abcd", 4, 0, false},
+    {"double", 0x0005, "abcdefgh", 8, 0, false},
+    {"currency", 0x0006, "abcdefgh", 8, 0, false},
+    {"apptime", 0x0007, "abcdefgh", 8, 0, false},
+    {"error", 0x000A, "abcd", 4, 0, false},
+    {"boolean", 0x000B, "abcd", 4, 0, false},
+    {"object of 16", 0x000D, prefixed(kInterfaceId), 16, 0, true},
+    {"object of 19", 0x000D, prefixed(kInterfaceId + "xyz"), 19, 1, true},
+    {"object of 21", 0x000D, prefixed(kInterfaceId + "xyzzy"), 21, 3, true},
+    {"empty object", 0x000D, le32(0), 0, 0, true},
+    {"I8", 0x0014, "abcdefgh", 8, 0, false},
+    {"systime", 0x0040, "abcdefgh", 8, 0, false},
+    {"clsid", 0x0048, "0123456789abcdef", 16, 0, false},
+    {"empty text", 0x001E, le32(0), 0, 0, true},
+    {"text", 0x001E, prefixed(std::string("ab\0", 3)), 3, 1, true},
+    {"unicode", 0x001F, prefixed(wide("abc")), 8, 0, true},
+    {"binary 5", 0x0102,
+     prefixed(std::string("\0\xFF"
+                          "abc",
+                          5)),
+     5, 3, true},
+    {"binary 6", 0x0102, prefixed("binary"), 6, 2, true},
+    {"binary 8", 0x0102, prefixed("eight by"), 8, 0, true},
+};
+
+// Every form, alone and several times, over readers that show everything or single bytes; the value's last byte is the
+// last of the data.
+TEST(MapiProperty, ReadsEveryFormAndWritesItBack) {
+  for (const Form& form : kForms)
+    for (const bool several : {false, true}) {
+      if (several && form.type == 0x000D) continue;
+      SCOPED_TRACE(form.name);
+      const unsigned type = several ? form.type | 0x1000 : form.type;
+      // Numbers have a count only when they are multi-valued; booleans and errors have none even then.
+      const bool isCounted = form.isCounted || (several && form.type != 0x000A && form.type != 0x000B);
+      const Values values(several && isCounted ? 3 : 1, form.value);
+      const std::string bytes = isCounted ? counted(type, 0x3333, values) : property(type, 0x3333, form.value);
+      for (const std::size_t window : {std::size_t{1}, bytes.size()}) {
+        WindowReader reader(bytes, window);
+        VoMsgMapiProperty one;
+        ASSERT_EQ(readProperty(one, reader), static_cast<int>(kVoSuccess));
+        EXPECT_EQ(reader.getOffset(), bytes.size());
+        ASSERT_EQ(one.countMapiData(), values.size());
+        EXPECT_EQ(one.getMapiDataAt(0)->getDataSize(), form.size);
+        EXPECT_EQ(one.getMapiDataAt(0)->getPaddingSize(), form.padding);
+        EXPECT_EQ(one._isMultipleValue(), isCounted);
+        EXPECT_EQ(one._getSize(), bytes.size());
+        VoMsgMapiProperty copied;
+        ASSERT_TRUE(copied.copy(one));
+        unsigned short sum = 0;
+        EXPECT_EQ(writtenBy(copied, reader, &sum), bytes);
+        EXPECT_EQ(sum, sumOf(bytes));
+        if (form.type != 0x000D && form.size > 0) {
+          const std::size_t skip = form.isCounted ? 4 : 0;
+          EXPECT_EQ(std::string(one.getMapiDataAt(0)->getData(), form.size), form.value.substr(skip, form.size));
+        }
+      }
+    }
+}
+
+TEST(MapiProperty, ReadsNamesOfBothKinds) {
+  const std::string set = "the property set";
+  for (std::size_t units = 0; units < 4; ++units) {
+    const std::string name = wide(std::string(units, 'n')).substr(0, units * 2);
+    struct Row {
+      std::string bytes;
+      unsigned kind;
+      std::string name;
+    };
+    const Row rows[] = {
+        {le16(0x0003) + le16(0x8000) + set + le32(1) + prefixed(name) + "abcd", 1, name},
+        {le16(0x0003) + le16(0xFFFF) + set + le32(0) + le32(0x8554) + "abcd", 0, ""},
+        {le16(0x0003) + le16(0x8001) + set + le32(7) + le32(0x8554) + "abcd", 7, ""},
+    };
+    for (const Row& row : rows) {
+      ExactReader exact(row.bytes);
+      VoMsgMapiProperty one;
+      ASSERT_EQ(readProperty(one, exact.reader), static_cast<int>(kVoSuccess));
+      EXPECT_TRUE(one._isUserDefinedNameToID());
+      EXPECT_EQ(std::string(one.getPropertySet(), 16), set);
+      EXPECT_EQ(one.getNameKind(), row.kind);
+      EXPECT_EQ(one.getNameText(), row.name);
+      EXPECT_EQ(std::string(one.getMapiDataAt(0)->getData(), 4), "abcd");
+      EXPECT_EQ(writtenBy(one, exact.reader), row.bytes);
+    }
+  }
+}
+
+TEST(MapiProperty, FailsWithACodeForEachFault) {
+  const std::string set(16, 's');
+  struct Row {
+    const char* name;
+    std::string bytes;
+    VoErrorCode code;
+  };
+  const Row rows[] = {
+      {"PT_NULL", property(0x0001, 1, "abcd"), kVoTnefMalformed},
+      {"PT_UNSPECIFIED", property(0x0000, 1, "abcd"), kVoTnefMalformed},
+      {"type 8", property(0x0008, 1, "abcd"), kVoTnefMalformed},
+      {"several of type 9", property(0x1009, 1, "abcd"), kVoTnefMalformed},
+      {"nothing at all", "", kVoTnefMalformed},
+      {"no value", property(0x0003, 1, ""), kVoBadFormat},
+      {"a number cut short", property(0x0003, 1, "a"), kVoSuccess},
+      {"a clsid cut short", property(0x0048, 1, "abc"), kVoSuccess},
+      {"a filler cut short", property(0x0002, 1, "abc"), kVoBadFormat},
+      {"no filler", property(0x0002, 1, "ab"), kVoBadFormat},
+      {"no values, 2^32-1 claimed", le16(0x1003) + le16(1) + le32(0xFFFFFFFF), kVoBadFormat},
+      {"one value, 2^32-1 claimed", le16(0x101E) + le16(1) + le32(0xFFFFFFFF) + prefixed("a"), kVoBadFormat},
+      {"no values", le16(0x0102) + le16(1) + le32(0), kVoSuccess},
+      {"longer than the source", le16(0x0102) + le16(1) + le32(1) + le32(17) + "abcd", kVoReadFailed},
+      {"longer than what is left", le16(0x0102) + le16(1) + le32(1) + le32(5) + "abcd", kVoBadFormat},
+      {"length near 2^32", le16(0x0102) + le16(1) + le32(1) + le32(0xFFFFFFFE) + "abcd", kVoReadFailed},
+      {"padding cut short", le16(0x0102) + le16(1) + le32(1) + le32(3) + "abc", kVoBadFormat},
+      {"object of 1", counted(0x000D, 1, {prefixed("a")}), kVoTnefMalformed},
+      {"object of 15", counted(0x000D, 1, {prefixed(std::string(15, 'a'))}), kVoTnefMalformed},
+      {"name longer than the source", le16(3) + le16(0x8000) + set + le32(1) + le32(99) + "abcd", kVoReadFailed},
+      {"name longer than what is left", le16(3) + le16(0x8000) + set + le32(1) + le32(9) + "abcd", kVoBadFormat},
+      {"padding of a name cut short", le16(3) + le16(0x8000) + set + le32(1) + le32(3) + "abc", kVoBadFormat},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    ExactReader exact(row.bytes);
+    VoMsgMapiProperty one;
+    EXPECT_EQ(codeText(static_cast<VoErrorCode>(readProperty(one, exact.reader))), codeText(row.code));
+  }
+  VoMsgMapiProperty none;
+  int result = 0;
+  EXPECT_EQ(none.readMapiProperty(result, nullptr, nullptr), nullptr);
+  EXPECT_EQ(result, static_cast<int>(kVoReadFailed));
+}
+
+TEST(MapiProperty, SetsAndGetsTexts) {
+  struct Row {
+    unsigned type;
+    std::string stored;
+    const char* want;  // null: no text
+  };
+  const Row rows[] = {
+      {0x001E, std::string("up to\0here", 10), "up to"}, {0x001E, "no NUL", "no NUL"},   {0x001E, "", ""},
+      {0x101E, "first of several", "first of several"},  {0x001F, wide("wide"), "wide"}, {0x0102, "binary", nullptr},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.stored);
+    ExactReader exact(counted(row.type, 0x3707, {prefixed(row.stored)}));
+    VoMsgMapiProperty one;
+    ASSERT_EQ(readProperty(one, exact.reader), static_cast<int>(kVoSuccess));
+    EXPECT_EQ(one.getStringData() == nullptr, row.want == nullptr);
+    EXPECT_EQ(one.setStringData(nullptr), kVoBadArgument);
+    EXPECT_FALSE(one.isModified());
+    if (!row.want) {
+      EXPECT_EQ(one.setStringData("x"), kVoNotSupported);
+      EXPECT_FALSE(one.isModified());
+      continue;
+    }
+    EXPECT_STREQ(one.getStringData(), row.want);
+    EXPECT_EQ(one.setStringData("new"), kVoSuccess);
+    EXPECT_STREQ(one.getStringData(), "new");
+    EXPECT_TRUE(one.isModified());
+    const std::string stored = row.type == 0x001F ? wide("new") : std::string("new\0", 4);
+    EXPECT_EQ(writtenBy(one, exact.reader), counted(row.type, 0x3707, {prefixed(stored)}));
+    EXPECT_EQ(one._getSize(), 12 + padded(stored).size());
+  }
+}
+
+TEST(MapiProperty, GivesAndTakesContent) {
+  struct Row {
+    unsigned type;
+    unsigned id;
+    std::string stored;
+    std::string content;   // or the code
+    std::string replaced;  // what is stored after the content has become "NEW"
+  };
+  const std::string rtf =
+      "\x07"
+      "ab" +
+      std::string("\x00\x04", 2);  // literals, then a reference into the prefix
+  const Row rows[] = {
+      {0x0102, 0x3701, "binary", "binary", "NEW"},
+      {0x000D, 0x3701, kInterfaceId + "object", "object", kInterfaceId + "NEW"},
+      {0x000D, 0x3701, kInterfaceId, codeText(kVoNoContent), kInterfaceId + "NEW"},
+      {0x001E, 0x1000, "body", "body", ""},
+      {0x001E, 0x1000, "", codeText(kVoNoContent), ""},
+      {0x0102, 0x1009,
+       le32(21) + le32(99) + "LZFu" + le32(0) +
+           std::string("\x04"
+                       "ab\0\x04....",
+                       9),
+       "ab{\\rtf1", "NEW"},
+      {0x0102, 0x1009, le32(0xFFFFFFFF) + le32(0xFFFFFFFF) + "LZFu" + le32(0) + std::string("\0ab", 3), "ab", "NEW"},
+      {0x0102, 0x1009, "short", "", "NEW"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.content);
+    ExactReader exact(counted(row.type, row.id, {prefixed(row.stored)}));
+    VoMsgMapiProperty one;
+    ASSERT_EQ(readProperty(one, exact.reader), static_cast<int>(kVoSuccess));
+    for (const bool give : {true, false}) {
+      VoMsgMemoryResource target(0, nullptr, nullptr);
+      const VoMsgResourceLocator* content = give ? &target : nullptr;
+      const VoErrorCode code = one.getRawContent(&exact.reader, content);
+      EXPECT_EQ(voFailed(code) ? codeText(code) : bytesOf(*content), row.content);
+      if (!give) delete content;
+    }
+    auto replacement = resourceOf("NEW");
+    const VoErrorCode code = one.getMapiDataAt(0)->_setContent(replacement.get(), &exact.reader);
+    EXPECT_EQ(code, row.replaced.empty() ? kVoNotSupported : kVoSuccess);
+    if (voFailed(code)) continue;
+    replacement.release();
+    VoMsgMapiProperty copied;
+    ASSERT_TRUE(copied.copy(one));
+    EXPECT_EQ(writtenBy(copied, exact.reader), counted(row.type, row.id, {prefixed(row.replaced)}));
+  }
+}
+
+TEST(MapiAttachment, ReadsAListAndRegeneratesItWhenChanged) {
+  const Values properties = {text8(0x3707, "old.txt"), property(0x0003, 0x370B, "abcd"), text8(0x370E, "text/x-old")};
+  // A list that ends before its record, one that ends with it, and one that runs beyond.
+  for (const int slack : {8, 0, -8}) {
+    SCOPED_TRACE(slack);
+    const std::string data = list(properties);
+    const auto claimed = static_cast<std::uint32_t>(static_cast<int>(data.size()) + slack);
+    const std::string filler(slack > 0 ? static_cast<std::size_t>(slack) : 0, 'f');
+    const std::string bytes =
+        "\2" + le16(0x9005) + le16(6) + le32(claimed) + data + filler + le16(0xBEEF) + "next record";
+    ExactReader exact(bytes);
+    exact.reader.rseek(5, 0);
+    VoMsgMapiAttachment one(2, 6, 0x9005);
+    int result = 0;
+    EXPECT_EQ(one.readData(result, nullptr, &exact.reader), nullptr);
+    ASSERT_EQ(result, static_cast<int>(kVoSuccess));
+    EXPECT_EQ(exact.reader.getOffset(), bytes.size() - 11);
+    EXPECT_EQ(one.getCheckSum(), 0xBEEF);
+    EXPECT_EQ(one.countProperties(), 3u);
+    EXPECT_STREQ(one.getFileName(), "old.txt");
+    EXPECT_STREQ(one.getContentType(), "text/x-old");
+    EXPECT_EQ(one.getMapiTypeID(), 0x001E);
+    EXPECT_FALSE(one.hasContent());
+    EXPECT_FALSE(one._isModified());
+    EXPECT_EQ(one.getMapiPropertyByName(0x9999), nullptr);
+
+    one.getMapiPropertyByName(0x3707)->setStringData("a longer name.txt");
+    const std::unique_ptr<VoMsgTnefAttribute> copied(one.copy(nullptr));
+    for (VoMsgTnefAttribute* each : {static_cast<VoMsgTnefAttribute*>(&one), copied.get()}) {
+      LimitedWriter writer;
+      EXPECT_TRUE(each->_isModified());
+      EXPECT_EQ(each->writeData(&writer, &exact.reader), kVoSuccess);
+      writer.flush();
+      EXPECT_EQ(writer.text, record(0x9005, list({text8(0x3707, "a longer name.txt"), properties[1], properties[2]})));
+      LimitedWriter full(20);
+      EXPECT_EQ(each->writeData(&full, &exact.reader), kVoWriteFailed);
+    }
+  }
+}
+
+TEST(MapiAttachment, KeepsWhatItReadBeforeAFailure) {
+  ExactReader exact("\2" + le16(0x9005) + le16(6) + le32(99) +
+                    list({text8(0x3704, "short.txt"), property(0x0001, 0x3705, "abcd"), text8(0x3707, "long.txt")}));
+  exact.reader.rseek(5, 0);
+  VoMsgMapiAttachment one(2, 6, 0x9005);
+  int result = 0;
+  one.readData(result, nullptr, &exact.reader);
+  EXPECT_EQ(result, static_cast<int>(kVoTnefMalformed));
+  EXPECT_EQ(one.countProperties(), 1u);
+  EXPECT_STREQ(one.getFileName(), "short.txt");
+}
+
+}  // namespace
+}  // namespace vomsg::test
