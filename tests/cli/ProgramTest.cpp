@@ -1,0 +1,99 @@
+// Exit codes, arguments and limits: what holds for every subcommand.
+#include <unistd.h>
+
+#include "tests/cli/RunProgram.h"
+
+namespace vomsg::test {
+namespace {
+
+TEST_F(ProgramTest, ExitCodes) {
+  const std::string plain = sample("plain.eml");
+  const std::string partial = put("partial", "Content-Type: message/partial\r\n\r\nx");
+  std::string many;
+  for (int i = 0; i < 101; ++i) many += "X: 1\r\n";
+  const std::string malformed = put("malformed", many + "\r\n");
+  struct Row {
+    std::vector<std::string> arguments;
+    int exit;
+    const char* sentence;  // part of stderr
+  };
+  const Row rows[] = {
+      {{}, 64, "subcommand"},
+      {{"frobnicate"}, 64, ""},
+      {{"tree"}, 64, "FILE"},
+      {{"tree", "--max-entity-headers", "many", plain}, 64, "many"},
+      {{"--help"}, 0, ""},
+      {{"--version"}, 0, ""},
+      {{"tree", plain}, 0, ""},
+      {{"tree", path("none")}, 66, "none: No such file"},
+      {{"tree", path("none"), plain}, 66, "none: No such file"},
+      {{"headers", path("")}, 66, "this is a folder"},
+      {{"tree", path("work")}, 66, "no file"},
+      {{"tree", partial}, 65, "0x8101100C"},
+      {{"tree", malformed}, 65, "0x8101100B"},
+      {{"roundtrip", malformed}, 0, ""},
+      {{"tree", malformed, "--max-entity-headers", "0"}, 0, ""},
+      {{"--max-entity-headers", "101", "tree", malformed}, 0, ""},
+      {{"text", put("image", "Content-Type: image/png\r\n\r\nx")}, 65, "holds no text"},
+      {{"headers", plain, "--part", "7"}, 64, "no part 7"},
+      {{"extract", plain, "-d", plain}, 73, "plain.eml"},
+      {{"rewrite", plain, path("none/out")}, 73, "none/out"},
+      {{"rewrite", plain, path("work")}, 73, "directory"},
+      {{"rewrite", malformed, path("work/out")}, 65, "0x8101100B"},
+      {{"convert", "--from", "utf-8", "--to", "no-such", plain, "-"}, 64, "no-such"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(::testing::PrintToString(row.arguments));
+    const Outcome outcome = run(row.arguments);
+    EXPECT_EQ(outcome.exit, row.exit) << outcome.err;
+    EXPECT_NE(outcome.err.find(row.sentence), std::string::npos) << outcome.err;
+  }
+  EXPECT_TRUE(list("work").empty());
+}
+
+TEST_F(ProgramTest, RefusesWhatCannotBeAddressed) {
+  put("huge", "");
+  ASSERT_EQ(truncate(path("huge").c_str(), off_t{1} << 31), 0);
+  const Outcome outcome = run({"tree", path("huge")});
+  EXPECT_EQ(outcome.exit, 66);
+  EXPECT_NE(outcome.err.find("2 GiB"), std::string::npos);
+}
+
+TEST_F(ProgramTest, ReadsTheStandardInput) {
+  const Outcome outcome = run({"tree", "-"}, get(sample("alternative.eml")));
+  EXPECT_EQ(outcome.exit, 0);
+  EXPECT_EQ(outcome.out, run({"tree", sample("alternative.eml")}).out);
+}
+
+TEST_F(ProgramTest, HeadersAreDecoded) {
+  const Outcome outcome = run({"headers", sample("encoded_word_names.eml")});
+  EXPECT_EQ(outcome.exit, 0);
+  EXPECT_NE(outcome.out.find("Subject: 会議の資料 (Materialien)\n"), std::string::npos) << outcome.out;
+  EXPECT_NE(outcome.out.find("From: 森潤"), std::string::npos) << outcome.out;
+  const Outcome part = run({"headers", "--part", "2", sample("encoded_word_names.eml")});
+  EXPECT_NE(part.out.find("Content-Disposition: attachment; filename=資料.pdf\n"), std::string::npos) << part.out;
+}
+
+TEST_F(ProgramTest, NothingFromMailSteersTheTerminal) {
+  const std::string hostile =
+      put("m", "Subject: =?utf-8?Q?=1B[2J=0AX:_1_=E2=80=AE?=\r\nContent-Type: a/b; name=\"\x1b]0;x\a\"\r\n\r\n");
+  for (const char* command : {"tree", "headers"}) {
+    const std::string out = run({command, hostile}).out;
+    EXPECT_EQ(out.find_first_of("\x1b\a"), std::string::npos) << out;
+    EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), command == std::string("tree") ? 1 : 2) << out;
+  }
+}
+
+TEST_F(ProgramTest, TextNamesItsCharsetAndItsOrigin) {
+  const Outcome declared = run({"text", sample("quoted_printable.eml")});
+  EXPECT_EQ(declared.exit, 0);
+  EXPECT_EQ(declared.out.substr(0, 24), "Grüße aus Köln. Diese") << declared.out;
+  EXPECT_NE(declared.err.find("iso-8859-1 (declared)"), std::string::npos) << declared.err;
+  const Outcome japanese = run({"text", sample("encoded_word_names.eml")});
+  EXPECT_EQ(japanese.out, "資料をお送りします。") << japanese.out;
+  const Outcome html = run({"text", "--html", sample("alternative.eml")});
+  EXPECT_EQ(html.out.substr(0, 6), "<html>");
+}
+
+}  // namespace
+}  // namespace vomsg::test
