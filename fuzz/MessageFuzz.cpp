@@ -1,0 +1,115 @@
+// A whole message: read, walk, take every content, write back, edit, read again. What must hold for any bytes:
+// an unedited message without marks comes out as it was; one that is written anew stays as it is from then on;
+// bodies lie inside their resource, parts inside their multipart, in order and apart from one another.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "vomsg/entity/VoMsgEntityIterator.h"
+#include "vomsg/entity/VoMsgRfc822Message.h"
+#include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/header/VoMsgHeaderField.h"
+
+namespace {
+
+void require(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "violated: %s\n", what);
+  std::abort();
+}
+
+// In place for the input itself, so that a byte read behind its end is seen.
+VoMsgResourceLocator* memory(const void* data, std::size_t size, bool copy) {
+  return new VoMsgMemoryResource(const_cast<void*>(data), static_cast<unsigned>(size), copy ? 1 : 0, nullptr, nullptr);
+}
+
+std::string writeOut(VoMsgMailMessage& message) {
+  VoMsgMemoryResource target(0u, nullptr, nullptr);
+  require(!voFailed(message.writeTo(&target)), "a message that was read can be written");
+  const auto* bytes = static_cast<const char*>(target.getMemoryPointer(VoMsgResourceLocator::dataPart));
+  return bytes ? std::string(bytes, target.getSize(VoMsgResourceLocator::dataPart)) : std::string();
+}
+
+void lookAtHeader(VoMsgRfc822Entity& entity) {
+  for (unsigned i = 0; i < entity.countHeaders(); ++i) {
+    VoMsgHeaderField* const field = entity.getHeaderAt(i);
+    field->getFieldValue("utf-8");
+    const char* charset = nullptr;
+    field->getFieldValueEx(charset);
+    for (unsigned p = 0; p < field->countParameter(); ++p)
+      field->getParameterValue(field->getParameterNameAt(p), "utf-8");
+  }
+  for (const char* name : {"From", "To", "Cc", "BCC"}) {
+    for (unsigned i = 0; i < entity.countUserAddress(name); ++i) entity.getUserAddressAt(name, i);
+  }
+}
+
+void checkRanges(const VoMsgRfc822Entity& entity) {
+  const std::uint64_t bodyEnd = std::uint64_t{entity.getBodyOffset()} + entity.getBodySize();
+  require(std::uint64_t{entity.getHeaderOffset()} + entity.getHeaderSize() <= entity.getBodyOffset(),
+          "the body lies behind the header");
+  std::uint64_t at = entity.getBodyOffset();
+  for (VoMsgEntity* child = entity.getChildEntity(); child != nullptr; child = child->getNextSiblingEntity()) {
+    if (child->getEntityTypeID() != kVoEntityMime &&
+        child->getEntityTypeID() != (kVoEntityMime | kVoEntityIsContainer)) {
+      continue;  // read from a resource of its own
+    }
+    const auto* part = dynamic_cast<const VoMsgRfc822Entity*>(child);
+    require(part->getHeaderOffset() >= at, "parts are in order and apart");
+    at = std::uint64_t{part->getBodyOffset()} + part->getBodySize();
+    require(at <= bodyEnd, "a part lies inside its multipart");
+  }
+}
+
+// Whether a header block of the tree is to be written anew.
+bool walk(VoMsgRfc822Message& message) {
+  bool marked = false;
+  VoMsgEntityIterator all(&message);
+  for (VoMsgEntity* entity = all.first(); entity != nullptr; entity = all.next()) {
+    int code = 0;
+    entity->getFileName("utf-8");
+    entity->isSignedPart();
+    entity->isEncryptedPart();
+    entity->getContentSize();
+    entity->getContent(code, nullptr);
+    entity->getTextContent(code, nullptr, "utf-8");
+    entity->getRawContent(code, nullptr);
+    auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity);
+    if (mime == nullptr) continue;
+    lookAtHeader(*mime);
+    checkRanges(*mime);
+    marked = marked || mime->getEntityHeader()->getMark() != vomsg::detail::HeaderMark::none;
+  }
+  return marked;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  VoMsgRfc822Message message;
+  message.readFrom(memory(data, size, false));
+  const bool marked = walk(message);
+  require(!message.isModified(), "reading changes nothing");
+  const std::string first = writeOut(message);
+  const std::string_view source(reinterpret_cast<const char*>(data), size);
+  require(marked || first == source, "an unedited message is written as it was");
+  const std::unique_ptr<VoMsgMailMessage> copy(message.split());
+  require(copy != nullptr && writeOut(*copy) == first, "a copy is written like its original");
+
+  VoMsgRfc822Message again;
+  again.readFrom(memory(first.data(), first.size(), true));
+  if (marked) require(writeOut(again) == first, "what was written anew stays as it is");
+
+  // One edit must survive the way out and back in.
+  if (!voFailed(again.setHeaderValue("X-Fuzz", "seen", "us-ascii", "us-ascii"))) {
+    const std::string edited = writeOut(again);
+    VoMsgRfc822Message third;
+    third.readFrom(memory(edited.data(), edited.size(), true));
+    const char* value = third.getHeaderValue("X-Fuzz", "us-ascii");
+    require(value != nullptr && std::string_view(value) == "seen", "an edited field reads back");
+  }
+  return 0;
+}
