@@ -62,7 +62,10 @@ VoErrorCode MessageParser::parse() {
   VoErrorCode code = enter(mRoot);
   while (!voFailed(code)) {
     const BodyEnd end = findBodyEnd(mReader, mBoundaries);
-    const std::uint64_t bodyEnd = end.lineOffset - end.terminatorBefore;
+    // Right behind a close delimiter, the line end before this line is the close delimiter's own.
+    const bool noEpilogue = end.match.type != kVoBoundaryNone && !mOpen.empty() && mOpen.back().inEpilogue &&
+                            end.lineOffset == mOpen.back().epilogueOffset;
+    const std::uint64_t bodyEnd = end.lineOffset - (noEpilogue ? mOpen.back().closeTerminator : end.terminatorBefore);
     code = finishLeaf(bodyEnd);
     if (voFailed(code)) break;
     if (end.match.type == kVoBoundaryNone) {
@@ -309,8 +312,6 @@ VoErrorCode MessageParser::_parseTextMessage(VoMsgRfc822Entity& entity) {
 void MessageParser::closeInnermost(std::uint64_t end) {
   OpenMultipart& open = mOpen.back();
   VoMsgRfc822Entity& entity = *open.entity;
-  // Without an epilogue the line end behind the close delimiter is the one before the next delimiter.
-  if (open.inEpilogue && end == open.epilogueOffset && end < mReader.getSize()) end -= open.closeTerminator;
   entity.mBodySize = static_cast<std::uint32_t>(std::max<std::uint64_t>(end, entity.mBodyOffset) - entity.mBodyOffset);
   if (!open.inEpilogue) {
     mBoundaries.pop();
