@@ -71,8 +71,11 @@
 
 // Transfer encodings.
 #include "vomsg/encoding/VoBase64.h"
+#include "vomsg/encoding/VoBinHex.h"
+#include "vomsg/encoding/VoCompressedRtf.h"
 #include "vomsg/encoding/VoHexChar.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
+#include "vomsg/encoding/VoUUEncode.h"
 
 // Header fields.
 #include "vomsg/header/VoMsgEncodedWord.h"
