@@ -1,0 +1,300 @@
+// Whole journeys through a message: parse; parse and decode everything; parse and write back. Beside them, in the
+// same run, what the bytes themselves cost: a memcpy into a fresh block, a line scan with memchr, a plain base64 loop.
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "vomsg/encoding/VoBase64.h"
+#include "vomsg/entity/VoMsgEntityIterator.h"
+#include "vomsg/entity/VoMsgRfc822Message.h"
+#include "vomsg/foundation/VoMsgFileResource.h"
+#include "vomsg/foundation/VoMsgMemoryResource.h"
+
+namespace {
+
+constexpr std::size_t kLarge = 64u << 20;
+
+enum Shape : int { attachment, quotedPrintable, eightBit, manyParts, deepNesting, kShapes };
+
+std::string base64Lines(std::size_t size) {
+  static constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::mt19937 random(1);
+  std::string text;
+  while (text.size() < size) {
+    for (int i = 0; i < 76; ++i) text += kAlphabet[random() % 64];
+    text += "\r\n";
+  }
+  return text;
+}
+
+std::string proseLines(std::size_t size, const char* accent, const char* end) {
+  std::mt19937 random(2);
+  std::string text;
+  while (text.size() < size) {
+    for (int word = 0; word < 11; ++word) {
+      for (unsigned i = 0; i < 2 + random() % 6; ++i) text += static_cast<char>('a' + random() % 26);
+      text += word % 5 == 4 ? accent : " ";
+    }
+    text += end;
+  }
+  return text;
+}
+
+std::string makeMessage(int shape, std::size_t size) {
+  const std::string top = "From: a@example.org\r\nTo: b@example.org\r\nSubject: benchmark\r\nMIME-Version: 1.0\r\n";
+  switch (shape) {
+    case attachment:
+      return top +
+             "Content-Type: multipart/mixed; boundary=\"=_b\"\r\n\r\n--=_b\r\nContent-Type: text/plain\r\n\r\nhello\r\n"
+             "--=_b\r\nContent-Type: application/pdf; name=a.pdf\r\nContent-Transfer-Encoding: base64\r\n\r\n" +
+             base64Lines(size) + "--=_b--\r\n";
+    case quotedPrintable:
+      return top + "Content-Type: application/x; charset=utf-8\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n" +
+             proseLines(size, "=C3=A9", "=\r\n");
+    case eightBit:
+      return top +
+             "Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\nContent-Type: application/x\r\n"
+             "Content-Transfer-Encoding: 8bit\r\n\r\n" +
+             proseLines(size, "\xc3\xa9", "\r\n") + "--b--\r\n";
+    case manyParts: {
+      std::string text = top + "Content-Type: multipart/mixed; boundary=b\r\n\r\n";
+      for (std::size_t i = 0; i < size; ++i) text += "--b\r\nContent-Type: text/plain\r\n\r\nA small part.\r\n";
+      return text + "--b--\r\n";
+    }
+    default: {
+      std::string text = top;
+      for (std::size_t i = 0; i < size; ++i)
+        text += "Content-Type: multipart/mixed; boundary=b" + std::to_string(i) + "\r\n\r\n--b" + std::to_string(i) +
+                "\r\n";
+      return text + "\r\nx\r\n";
+    }
+  }
+}
+
+const std::string& message(int shape) {
+  static std::array<std::string, kShapes> messages;
+  std::string& text = messages[static_cast<std::size_t>(shape)];
+  if (text.empty()) text = makeMessage(shape, shape == manyParts ? 20000 : shape == deepNesting ? 5000 : kLarge);
+  return text;
+}
+
+std::string fileOf(int shape) {
+  static std::array<std::string, kShapes> paths;
+  std::string& path = paths[static_cast<std::size_t>(shape)];
+  if (path.empty()) {
+    path = "vomsg-bench-" + std::to_string(shape) + ".eml";
+    std::ofstream(path, std::ios::binary) << message(shape);
+  }
+  return path;
+}
+
+VoMsgResourceLocator* memorySource(const std::string& text) {
+  return new VoMsgMemoryResource(const_cast<char*>(text.data()), static_cast<unsigned>(text.size()), nullptr, nullptr);
+}
+
+void setBytes(benchmark::State& state, std::size_t bytes) {
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
+}
+
+void parseMemory(benchmark::State& state) {
+  const std::string& text = message(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    VoMsgRfc822Message mail;
+    benchmark::DoNotOptimize(mail.readFrom(memorySource(text)));
+  }
+  setBytes(state, text.size());
+}
+
+void parseFile(benchmark::State& state) {
+  const std::string path = fileOf(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    VoMsgRfc822Message mail;
+    benchmark::DoNotOptimize(mail.readFrom(new VoMsgFileResource(path.c_str(), nullptr, nullptr)));
+  }
+  setBytes(state, message(static_cast<int>(state.range(0))).size());
+}
+
+void parseAndDecodeAll(benchmark::State& state) {
+  const std::string& text = message(static_cast<int>(state.range(0)));
+  VoMsgMemoryResource target(0u, nullptr, nullptr);
+  for (auto _ : state) {
+    VoMsgRfc822Message mail;
+    mail.readFrom(memorySource(text));
+    VoMsgEntityIterator walk(&mail);
+    for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) {
+      int err = 0;
+      if (!entity->isMultipartEntity()) entity->getContent(err, &target);
+    }
+  }
+  setBytes(state, text.size());
+}
+
+void parseAndWrite(benchmark::State& state) {
+  const std::string& text = message(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    VoMsgRfc822Message mail;
+    mail.readFrom(memorySource(text));
+    VoMsgMemoryResource target(0u, nullptr, nullptr);
+    benchmark::DoNotOptimize(mail.writeTo(&target));
+  }
+  setBytes(state, text.size());
+}
+
+void writeOnly(benchmark::State& state) {
+  const std::string& text = message(static_cast<int>(state.range(0)));
+  VoMsgRfc822Message mail;
+  mail.readFrom(memorySource(text));
+  for (auto _ : state) {
+    VoMsgMemoryResource target(0u, nullptr, nullptr);
+    benchmark::DoNotOptimize(mail.writeTo(&target));
+  }
+  setBytes(state, text.size());
+}
+
+void yardstickMemcpy(benchmark::State& state) {
+  const std::string& text = message(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    char* const block = static_cast<char*>(std::malloc(text.size() + 17));
+    std::memcpy(block, text.data(), text.size());
+    benchmark::DoNotOptimize(block);
+    benchmark::ClobberMemory();
+    std::free(block);
+  }
+  setBytes(state, text.size());
+}
+
+void yardstickLineScan(benchmark::State& state) {
+  const std::string& text = message(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    std::size_t lines = 0;
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at < end && (at = static_cast<const char*>(std::memchr(at, '\n', static_cast<std::size_t>(end - at))))) {
+      ++lines;
+      ++at;
+    }
+    benchmark::DoNotOptimize(lines);
+  }
+  setBytes(state, text.size());
+}
+
+void yardstickBase64Loop(benchmark::State& state) {
+  const std::string& text = message(static_cast<int>(state.range(0)));
+  std::vector<char> out(text.size());
+  for (auto _ : state) {
+    unsigned bits = 0;
+    unsigned value = 0;
+    char* to = out.data();
+    for (const char c : text) {
+      const int sextet = base64table_int[static_cast<unsigned char>(c)];
+      if (sextet < 0) continue;
+      value = value << 6 | static_cast<unsigned>(sextet);
+      if ((bits += 6) >= 8) *to++ = static_cast<char>(value >> (bits -= 8));
+    }
+    benchmark::DoNotOptimize(out.data());
+    benchmark::ClobberMemory();
+  }
+  setBytes(state, text.size());
+}
+
+// A mailbox of small messages, 1 to 8 KB each, as they come: headers, two alternatives.
+const std::vector<std::string>& smallMessages() {
+  static const std::vector<std::string> messages = [] {
+    std::vector<std::string> all;
+    std::mt19937 random(3);
+    for (int i = 0; i < 20000; ++i) {
+      std::string text = "Return-Path: <sender@example.org>\r\n";
+      for (int hop = 0; hop < 4; ++hop)
+        text += "Received: from mx" + std::to_string(hop) +
+                ".example.org (mx.example.org [192.0.2.1])\r\n\tby in.example.net with "
+                "ESMTPS id " +
+                std::to_string(i) + "\r\n\tfor <b@example.net>; Mon, 1 Jan 2024 00:00:00 +0000\r\n";
+      text += "Message-ID: <" + std::to_string(i) +
+              "@example.org>\r\nDate: Mon, 1 Jan 2024 00:00:00 +0000\r\n"
+              "From: \"A Sender\" <a@example.org>\r\nTo: b@example.net, c@example.net\r\n"
+              "Subject: =?utf-8?Q?Gr=C3=BC=C3=9Fe?= number " +
+              std::to_string(i) +
+              "\r\nMIME-Version: 1.0\r\n"
+              "X-Mailer: none\r\nContent-Type: multipart/alternative; boundary=\"----=_b\"\r\n\r\n------=_b\r\n"
+              "Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n" +
+              proseLines(random() % 3000, " ", "\r\n") +
+              "\r\n------=_b\r\nContent-Type: text/html; charset=utf-8\r\nContent-Transfer-Encoding: "
+              "quoted-printable\r\n\r\n" +
+              proseLines(random() % 3000, " ", "\r\n") + "\r\n------=_b--\r\n";
+      all.push_back(std::move(text));
+    }
+    return all;
+  }();
+  return messages;
+}
+
+void parseSmallMessages(benchmark::State& state) {
+  const std::vector<std::string>& all = smallMessages();
+  std::size_t bytes = 0;
+  for (const std::string& text : all) bytes += text.size();
+  for (auto _ : state)
+    for (const std::string& text : all) {
+      VoMsgRfc822Message mail;
+      benchmark::DoNotOptimize(mail.readFrom(memorySource(text)));
+    }
+  setBytes(state, bytes);
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(all.size()));
+}
+
+// Time per unit must stay flat when the shape doubles.
+void doubling(benchmark::State& state) {
+  const std::string text = makeMessage(static_cast<int>(state.range(0)), static_cast<std::size_t>(state.range(1)));
+  for (auto _ : state) {
+    VoMsgRfc822Message mail;
+    benchmark::DoNotOptimize(mail.readFrom(memorySource(text)));
+  }
+  state.SetComplexityN(state.range(1));
+  state.SetItemsProcessed(state.iterations() * state.range(1));
+}
+
+// Heap that a parsed message keeps, per part.
+void heapPerPart(benchmark::State& state) {
+  const std::string& text = message(manyParts);
+  double perPart = 0;
+  for (auto _ : state) {
+    const struct mallinfo2 before = mallinfo2();
+    VoMsgRfc822Message mail;
+    mail.readFrom(memorySource(text));
+    const struct mallinfo2 after = mallinfo2();
+    perPart = static_cast<double>(after.uordblks - before.uordblks) / 20000;
+  }
+  state.counters["bytes/part"] = perPart;
+}
+
+void allShapes(benchmark::internal::Benchmark* bench) {
+  bench->ArgName("shape")->DenseRange(0, kShapes - 1)->Unit(benchmark::kMillisecond);
+}
+void largeShapes(benchmark::internal::Benchmark* bench) {
+  bench->ArgName("shape")->DenseRange(0, eightBit)->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(yardstickMemcpy)->Apply(largeShapes);
+BENCHMARK(yardstickLineScan)->Apply(allShapes);
+BENCHMARK(yardstickBase64Loop)->Arg(attachment)->Unit(benchmark::kMillisecond);
+BENCHMARK(parseMemory)->Apply(allShapes);
+BENCHMARK(parseFile)->Apply(allShapes);
+BENCHMARK(parseAndDecodeAll)->Apply(allShapes);
+BENCHMARK(parseAndWrite)->Apply(largeShapes);
+BENCHMARK(writeOnly)->Apply(largeShapes);
+BENCHMARK(parseSmallMessages)->Unit(benchmark::kMillisecond);
+BENCHMARK(doubling)->ArgsProduct({{manyParts}, {25000, 50000, 100000, 200000}})->Unit(benchmark::kMillisecond);
+BENCHMARK(doubling)->ArgsProduct({{deepNesting}, {12500, 25000, 50000, 100000}})->Unit(benchmark::kMillisecond);
+BENCHMARK(heapPerPart);
+
+}  // namespace
+
+
