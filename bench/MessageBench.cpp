@@ -296,5 +296,3 @@ BENCHMARK(doubling)->ArgsProduct({{deepNesting}, {12500, 25000, 50000, 100000}})
 BENCHMARK(heapPerPart);
 
 }  // namespace
-
-

@@ -27,6 +27,8 @@ constexpr bool isBlank(char c) noexcept { return c == ' ' || c == '\t'; }
 constexpr bool isLineEnd(char c) noexcept { return c == '\r' || c == '\n'; }
 
 // A string_view of a C string that may be null.
-constexpr std::string_view viewOf(const char* text) noexcept { return text ? std::string_view(text) : std::string_view(); }
+constexpr std::string_view viewOf(const char* text) noexcept {
+  return text ? std::string_view(text) : std::string_view();
+}
 
 }  // namespace vomsg::detail

@@ -3,11 +3,11 @@
 
 #include "vomsg/foundation/VoMsgExport.h"
 
-VOMSG_API extern int MaxEntityHeaders;          // header fields per block; more fail with kVoMalformed; <= 0: no limit
-VOMSG_API extern int MaxHeaderAddress;          // addresses per From, To, Cc or Bcc; <= 0: no limit
-VOMSG_API extern int MaxHeaderParams;           // parameters per field; exactly this many fail already; <= 0: no limit
-VOMSG_API extern bool NoMaxAddressForChild;     // no address limit below the top level
-VOMSG_API extern int VoMsgExtraOption;          // the bits below
+VOMSG_API extern int MaxEntityHeaders;       // header fields per block; more fail with kVoMalformed; <= 0: no limit
+VOMSG_API extern int MaxHeaderAddress;       // addresses per From, To, Cc or Bcc; <= 0: no limit
+VOMSG_API extern int MaxHeaderParams;        // parameters per field; exactly this many fail already; <= 0: no limit
+VOMSG_API extern bool NoMaxAddressForChild;  // no address limit below the top level
+VOMSG_API extern int VoMsgExtraOption;       // the bits below
 
 // Mask values of VoMsgExtraOption.
 inline constexpr int kVoOptionEncodeDot = 1;            // quoted-printable writes "." as "=2E"

@@ -7,7 +7,7 @@
 template <class T>
 class VoObjectStub {
  public:
-  VoObjectStub() = default;                                          // empty
+  VoObjectStub() = default;                                                // empty
   explicit VoObjectStub(T* object) : mpRef(new VoObjectRef<T>(object)) {}  // takes the object over
   VoObjectStub(const VoObjectStub& other) : mpRef(other.mpRef) {
     if (mpRef) ++mpRef->mCount;
@@ -29,7 +29,7 @@ class VoObjectStub {
     if (mpRef && --mpRef->mCount == 0) delete mpRef;
     mpRef = nullptr;
   }
-  T* getObject() const { return mpRef ? mpRef->mpObject : nullptr; }      // borrowed; null when empty
+  T* getObject() const { return mpRef ? mpRef->mpObject : nullptr; }  // borrowed; null when empty
   int countReference() const { return mpRef ? mpRef->mCount : 0; }
   // Lets go of the present object and becomes the first handle of `object`, which it takes over.
   void setNewObject(T* object) {
