@@ -1,6 +1,7 @@
 #include "vomsg/tnef/VoMsgTnefMessage.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
@@ -166,7 +167,8 @@ std::unique_ptr<VoMsgTnefBody> VoMsgTnefMessage::readRow(std::uint32_t first, Vo
 const char* VoMsgTnefMessage::codepageName(const VoMsgTnefAttribute* record) {
   if (!record) return nullptr;
   unsigned char bytes[4] = {};
-  if (record->getData()) std::copy_n(record->getData(), std::min(record->getDataSize(), 4u), bytes);
+  if (record->getData())
+    std::memcpy(bytes, record->getData(), std::min<std::size_t>(record->getDataSize(), sizeof bytes));
   const std::uint32_t codepage = littleEndian(bytes, 4);
   const char* const name = codepage <= 0x7FFFFFFFu ? voCodepageToCharset(static_cast<int>(codepage)) : nullptr;
   return name ? name : "us-ascii";
