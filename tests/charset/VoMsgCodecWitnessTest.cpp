@@ -26,9 +26,9 @@ std::string fromHex(std::string_view hex) {
 
 std::string toHex(std::string_view bytes) {
   std::string hex;
-  for (unsigned char byte : bytes) {
+  for (const char byte : bytes) {
     char digits[3];
-    std::snprintf(digits, sizeof digits, "%02x", byte);
+    std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(byte));
     hex += digits;
   }
   return hex;

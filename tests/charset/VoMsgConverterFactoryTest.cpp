@@ -55,7 +55,8 @@ TEST(ConverterFactory, PicksTheFirstClassThatAccepts) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(testing::Message() << (row.from ? row.from : "null") << " to " << (row.to ? row.to : "null"));
     const ConverterPtr converter = makeConverter(row.to, row.from);
-    EXPECT_STREQ(converter ? typeid(*converter).name() : typeid(void).name(), row.want.name());
+    const VoMsgCharsetConverter* const got = converter.get();
+    EXPECT_STREQ(got ? typeid(*got).name() : typeid(void).name(), row.want.name());
   }
   EXPECT_EQ(VoMsgConverterFactory::getInstance()->destoryConverter(nullptr), kVoSuccess);
   // ICU opens such names, but they do not fit into the converter.

@@ -56,10 +56,9 @@ struct HzReader {
         goesOn = writer.unknown();
         ++at;
       } else if (!inGb) {
-        const std::string_view plain = textRun(at, end);
-        const std::string_view text = plain.substr(0, plain.find('~'));
-        writer.text(text);
-        at += text.size();
+        const Bytes start = at;
+        while (at < end && *at < 0x80 && *at != '~') ++at;
+        writer.text(viewOf(start, at));
       } else if (byte <= ' ' || byte == 0x7F) {
         if (byte == '\r' || byte == '\n') inGb = false;
         writer.text(viewOf(at, at + 1));

@@ -31,11 +31,11 @@ VoErrorCode VoMsgToISO8859EuConverter::convert(std::string& out, std::string& in
     std::string result;
     result.reserve(in.size());
     VoErrorCode code = kVoSuccess;
-    for (std::string_view rest = in;; rest.remove_prefix(1)) {
+    for (std::string_view rest = vomsg::detail::untilNul(in);; rest.remove_prefix(1)) {
       const std::size_t plain = vomsg::detail::asciiRun(rest);
       result.append(rest.substr(0, plain));
       rest.remove_prefix(plain);
-      if (rest.empty() || rest[0] == '\0') break;
+      if (rest.empty()) break;
       const auto byte = static_cast<unsigned char>(rest[0]);
       if (codes[byte] == kUnknown) {
         const unsigned ucs = mpFromTable->getCode(byte, mEnforce, replacement);

@@ -1,9 +1,11 @@
 #include "vomsg/charset/convert/VoMsgToUTF8EuConverter.h"
 
+#include <array>
 #include <new>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/convert/VoMsgAsciiRun.h"
+#include "vomsg/charset/convert/VoMsgTextWriters.h"
 #include "vomsg/charset/convert/VoUnicodeTable.h"
 #include "vomsg/encoding/VoUtf8.h"
 #include "vomsg/foundation/VoMsgGuard.h"
@@ -20,26 +22,49 @@ VoMsgCharsetConverter* VoMsgToUTF8EuConverter::copy(const char* toCharset, const
   return from ? new (std::nothrow) VoMsgToUTF8EuConverter(from, enforce, replaceChar) : nullptr;
 }
 
+namespace {
+
+// What a high byte becomes, looked up when it is first met.
+struct Sequence {
+  unsigned char length = 0;
+  unsigned char bytes[4];
+};
+
+}  // namespace
+
 VoErrorCode VoMsgToUTF8EuConverter::convert(std::string& out, std::string& in) {
   return vomsg::detail::guarded([&] {
     const auto replacement = static_cast<unsigned char>(mReplaceChar);
+    std::array<Sequence, 128> sequences;
     std::string result;
     result.reserve(in.size());
+    vomsg::detail::BlockWriter writer(result);
     VoErrorCode code = kVoSuccess;
-    for (std::string_view rest = in;; rest.remove_prefix(1)) {
-      const std::size_t plain = vomsg::detail::asciiRun(rest);
-      result.append(rest.substr(0, plain));
-      rest.remove_prefix(plain);
-      if (rest.empty() || rest[0] == '\0') break;
-      const unsigned ucs = mpFromTable->getCode(static_cast<unsigned char>(rest[0]), mEnforce, replacement);
-      if (ucs == 0) {
-        code = kVoConversionFailed;
-        break;
+    const std::string_view text = vomsg::detail::untilNul(in);
+    auto at = reinterpret_cast<vomsg::detail::Bytes>(text.data());
+    for (const auto end = at + text.size(); at < end;) {
+      if (*at < 0x80) {
+        const std::string_view run = vomsg::detail::textRun(at, end);
+        writer.put(run);
+        at += run.size();
+        continue;
       }
-      unsigned char bytes[4];
-      const int length = voUcs2ToUtf8(ucs, bytes);
-      result.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
+      Sequence& sequence = sequences[*at - 0x80u];
+      if (sequence.length == 0) {
+        const unsigned ucs = mpFromTable->getCode(*at, mEnforce, replacement);
+        if (ucs == 0) {
+          code = kVoConversionFailed;
+          break;
+        }
+        sequence.length = static_cast<unsigned char>(voUcs2ToUtf8(ucs, sequence.bytes));
+      }
+      if (sequence.length == 2)
+        writer.put(sequence.bytes[0], sequence.bytes[1]);
+      else
+        writer.put({reinterpret_cast<const char*>(sequence.bytes), sequence.length});
+      ++at;
     }
+    writer.flush();
     out = std::move(result);
     return code;
   });

@@ -5,6 +5,7 @@
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/convert/VoMsgAsciiRun.h"
+#include "vomsg/charset/convert/VoMsgTextWriters.h"
 #include "vomsg/charset/convert/VoUnicodeTable.h"
 #include "vomsg/encoding/VoUtf8.h"
 #include "vomsg/foundation/VoMsgGuard.h"
@@ -57,23 +58,28 @@ VoErrorCode VoMsgUTF8ToISO8859EuConverter::convert(std::string& out, std::string
     RecentCodes codes(mpToTable, mEnforce, mReplaceChar);
     std::string result;
     result.reserve(in.size());
+    vomsg::detail::BlockWriter writer(result);
     VoErrorCode code = kVoSuccess;
-    for (std::string_view rest = in;;) {
-      const std::size_t plain = vomsg::detail::asciiRun(rest);
-      result.append(rest.substr(0, plain));
-      rest.remove_prefix(plain);
-      if (rest.empty() || rest[0] == '\0') break;
+    const std::string_view text = vomsg::detail::untilNul(in);
+    auto at = reinterpret_cast<vomsg::detail::Bytes>(text.data());
+    for (const auto end = at + text.size(); at < end;) {
+      if (*at < 0x80) {
+        const std::string_view run = vomsg::detail::textRun(at, end);
+        writer.put(run);
+        at += run.size();
+        continue;
+      }
       // The string's own NUL ends a sequence that is cut off, so nothing is read past it.
       unsigned ucs = 0;
-      const int used = voUtf8ToUcs2(reinterpret_cast<const unsigned char*>(rest.data()), ucs);
-      rest.remove_prefix(static_cast<std::size_t>(used));
+      at += voUtf8ToUcs2(at, ucs);
       const unsigned char byte = codes.find(ucs);
       if (byte == 0) {
         code = kVoConversionFailed;
         break;
       }
-      result.push_back(static_cast<char>(byte));
+      writer.put(byte);
     }
+    writer.flush();
     out = std::move(result);
     return code;
   });
