@@ -83,6 +83,8 @@ OpenedMessage openMessage(const std::string& file) { return openMessage(file, op
 OpenedMessage openMessage(const std::string& file, std::unique_ptr<VoMsgResourceLocator> source) {
   OpenedMessage opened{std::make_unique<VoMsgRfc822Message>(), kVoSuccess};
   opened.code = opened.message->readFrom(source.release());
+  int err = 0;
+  opened.message->getContextSource(err);  // keeps the file open for the many small reads that follow
   if (opened.code == kVoReadFailed) throw failureOf(opened.code, file);
   return opened;
 }
