@@ -68,9 +68,9 @@ TEST(BinHex, EncodesAndDecodesForksOfEveryLength) {
     EXPECT_EQ(target.getFileType(), 0x54455854u);
     EXPECT_EQ(target.getFileCreator(), 0x74747874u);
     EXPECT_EQ(target.getFinderFlag(), 0x0102);
-    std::uint32_t counted = 0;
-    ASSERT_EQ(vomsg::detail::countBinHex(again, text.size(), counted), kVoSuccess);
-    EXPECT_EQ(counted, size);
+    vomsg::detail::BinHexSummary summary;
+    ASSERT_EQ(vomsg::detail::surveyBinHex(again, text.size(), summary), kVoSuccess);
+    EXPECT_EQ(summary.dataSize, size);
   }
 }
 

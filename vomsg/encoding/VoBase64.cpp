@@ -8,6 +8,7 @@
 
 #include "vomsg/encoding/VoBase64Decoder.h"
 #include "vomsg/encoding/VoCodecSupport.h"
+#include "vomsg/encoding/VoPieceSink.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
@@ -24,9 +25,9 @@ constexpr std::size_t kLineBytes = 57;  // carried by a line of 76 characters
 constexpr std::size_t kLineChars = 76;
 constexpr std::size_t kBatchLines = 128;
 
-// Decodes `length` bytes of `source` and hands the result to `emit` in pieces. False when `emit` refuses one.
-template <class Emit>
-bool decodePieces(VoMsgBufferedReader& source, std::uint64_t length, Emit emit) {
+}  // namespace
+
+bool decodeBase64To(PieceSink& sink, VoMsgBufferedReader& source, std::uint64_t length) {
   Base64Decoder decoder;
   std::array<char, kPiece / 4 * 3 + 3 + kBase64Slack> out;
   std::uint64_t done = 0;
@@ -39,7 +40,7 @@ bool decodePieces(VoMsgBufferedReader& source, std::uint64_t length, Emit emit) 
     const std::size_t decoded = decoder.decode(piece.data(), piece.size(), out.data());
     done += piece.size();
     ReaderWindow::consume(source, piece.size());
-    if (!emit(out.data(), decoded)) return false;
+    if (decoded > 0 && !sink.put({out.data(), decoded})) return false;
   }
   if (done == 0) return true;
   // The first byte of the last chunk stands for what is missing.
@@ -48,11 +49,13 @@ bool decodePieces(VoMsgBufferedReader& source, std::uint64_t length, Emit emit) 
   filler.fill(chunkStart);
   while (missing > 0) {
     const std::size_t n = static_cast<std::size_t>(std::min(missing, kChunk));
-    if (!emit(out.data(), decoder.decode(filler.data(), n, out.data()))) return false;
+    if (!sink.put({out.data(), decoder.decode(filler.data(), n, out.data())})) return false;
     missing -= n;
   }
   return true;
 }
+
+namespace {
 
 // Two characters for each twelve bits: half the look-ups.
 constexpr std::array<std::array<char, 2>, 4096> kPairs = [] {
@@ -120,19 +123,14 @@ bool encodeAll(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool li
 
 VoErrorCode decodeBase64(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::uint64_t length) {
   WriterAccess::expect(target, std::min(length, bytesLeft(source)) / 4 * 3 + 3);
-  const bool written = decodePieces(source, length, [&](const char* data, std::size_t n) {
-    return n == 0 || WriterAccess::writeThrough(target, data, n);
-  });
-  return written && target.flush() ? kVoSuccess : kVoWriteFailed;
+  WriterSink sink(target);
+  return decodeBase64To(sink, source, length) && target.flush() ? kVoSuccess : kVoWriteFailed;
 }
 
 std::uint64_t countBase64(VoMsgBufferedReader& source, std::uint64_t length) {
-  std::uint64_t total = 0;
-  decodePieces(source, length, [&](const char*, std::size_t n) {
-    total += n;
-    return true;
-  });
-  return total;
+  CountingSink sink;
+  decodeBase64To(sink, source, length);
+  return sink.count;
 }
 
 VoErrorCode encodeBase64(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool lineBreaks) {

@@ -30,8 +30,11 @@ VOMSG_API char* voDecodeBase64(const char* text);
 VOMSG_API char* voEncodeBase64(const char* text);
 
 namespace vomsg::detail {
+class PieceSink;
 // Decodes `length` bytes of `source` into `target` and flushes.
 VoErrorCode decodeBase64(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::uint64_t length);
+// The same into `sink`. False when it refuses a piece.
+bool decodeBase64To(PieceSink& sink, VoMsgBufferedReader& source, std::uint64_t length);
 // The number of bytes that decodeBase64() would write. Reads and consumes alike, and stores nothing.
 std::uint64_t countBase64(VoMsgBufferedReader& source, std::uint64_t length);
 // Encodes the rest of `source` and flushes; without line breaks as one unbroken run.

@@ -60,6 +60,11 @@ bool readHeader(q_data_t& q, ByteSource& source, macheader_t& header) {
   return do_q_header(q, header) && isPlausible(q, header, source);
 }
 
+const char* nameOf(const macheader_t& header) {
+  const char* const name = header.name.c_str();
+  return *name ? name : "noname";
+}
+
 VoErrorCode readFork(q_data_t& q, VoMsgResourceLocator& target, Part part, std::uint32_t length) {
   if (length > 0) {
     const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(part));
@@ -119,9 +124,37 @@ bool writeBinHexFooter(q_data_t& q) {
   return setq_flush(q) && (q.column <= 63 || writeText(*q.writer, "\r\n")) && writeText(*q.writer, ":\r\n");
 }
 
-VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source) {
+}  // namespace
+
+VoErrorCode decodeBinHex(VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint64_t length) {
+  if (!skipMarkerLine(source, length)) return kVoDecodeFailed;
+  ByteSource bytes(source, length);
+  q_data_t q;
   macheader_t header;
-  header.name = source.getResourceName("us-ascii");
+  if (!readHeader(q, bytes, header)) return kVoDecodeFailed;
+  target.setResourceName(nameOf(header), "us-ascii");
+  target.setFileType(header.type);
+  target.setFileCreator(header.creator);
+  target.setFinderFlag(header.flags);
+  const VoErrorCode code = readFork(q, target, VoMsgResourceLocator::dataPart, header.dataLength);
+  if (voFailed(code)) return code;
+  return readFork(q, target, VoMsgResourceLocator::resourceForkPart, header.resourceLength);
+}
+
+VoErrorCode surveyBinHex(VoMsgBufferedReader& source, std::uint64_t length, BinHexSummary& summary) {
+  if (!skipMarkerLine(source, length)) return kVoDecodeFailed;
+  ByteSource bytes(source, length);
+  q_data_t q;
+  macheader_t header;
+  if (!readHeader(q, bytes, header)) return kVoDecodeFailed;
+  summary.name = nameOf(header);
+  summary.dataSize = header.dataLength;
+  return kVoSuccess;
+}
+
+VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name) {
+  macheader_t header;
+  header.name = name ? name : source.getResourceName("us-ascii");
   if (header.name.empty()) header.name = "noname";
   if (header.name.size() > kLongestName) header.name.resize(kLongestName);
   header.type = source.getFileType();
@@ -138,34 +171,6 @@ VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator
   return writeBinHexFooter(q) && target.flush() ? kVoSuccess : kVoWriteFailed;
 }
 
-}  // namespace
-
-VoErrorCode decodeBinHex(VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint64_t length) {
-  if (!skipMarkerLine(source, length)) return kVoDecodeFailed;
-  ByteSource bytes(source, length);
-  q_data_t q;
-  macheader_t header;
-  if (!readHeader(q, bytes, header)) return kVoDecodeFailed;
-  const char* const name = header.name.c_str();
-  target.setResourceName(*name ? name : "noname", "us-ascii");
-  target.setFileType(header.type);
-  target.setFileCreator(header.creator);
-  target.setFinderFlag(header.flags);
-  const VoErrorCode code = readFork(q, target, VoMsgResourceLocator::dataPart, header.dataLength);
-  if (voFailed(code)) return code;
-  return readFork(q, target, VoMsgResourceLocator::resourceForkPart, header.resourceLength);
-}
-
-VoErrorCode countBinHex(VoMsgBufferedReader& source, std::uint64_t length, std::uint32_t& size) {
-  if (!skipMarkerLine(source, length)) return kVoDecodeFailed;
-  ByteSource bytes(source, length);
-  q_data_t q;
-  macheader_t header;
-  if (!readHeader(q, bytes, header)) return kVoDecodeFailed;
-  size = header.dataLength;
-  return kVoSuccess;
-}
-
 }  // namespace vomsg::detail
 
 VoErrorCode voDecodeBinHex(VoMsgResourceLocator* target, VoMsgBufferedReader* source) {
@@ -175,5 +180,5 @@ VoErrorCode voDecodeBinHex(VoMsgResourceLocator* target, VoMsgBufferedReader* so
 
 VoErrorCode voEncodeBinHex(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source) {
   if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] { return vomsg::detail::encodeBinHex(*target, *source); });
+  return vomsg::detail::guarded([&] { return vomsg::detail::encodeBinHex(*target, *source, nullptr); });
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "vomsg/foundation/VoErrorCode.h"
@@ -34,6 +35,12 @@ namespace vomsg::detail {
 inline constexpr std::string_view kBinHexMarker = "(This file must be converted with BinHex 4.0)";
 // The same, from the next `length` bytes of `source`.
 VoErrorCode decodeBinHex(VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint64_t length);
-// The size of the data fork that decodeBinHex() would write, according to the header. Writes nothing.
-VoErrorCode countBinHex(VoMsgBufferedReader& source, std::uint64_t length, std::uint32_t& size);
+struct BinHexSummary {
+  std::string name;
+  std::uint32_t dataSize = 0;  // of the data fork
+};
+// What the header in the next `length` bytes says. Writes nothing.
+VoErrorCode surveyBinHex(VoMsgBufferedReader& source, std::uint64_t length, BinHexSummary& summary);
+// voEncodeBinHex() under another name than the resource's; null leaves that.
+VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name);
 }  // namespace vomsg::detail

@@ -66,6 +66,8 @@ void q_init(q_data_t& q, VoMsgBufferedWriter& writer) {
   q.writer = &writer;
 }
 
+bool isBinHexCharacter(int c) { return c >= 0 && c < 256 && kValues[static_cast<std::size_t>(c)] != kForeign; }
+
 std::uint32_t comp_q_crc(std::uint32_t crc, unsigned char byte) {
   return (crc << 8 & 0xFF00) ^ kCrcs[(crc >> 8 & 0xFF) ^ byte];
 }

@@ -43,6 +43,9 @@ struct macheader_t {
 void q_init(q_data_t& q, ByteSource& reader);
 void q_init(q_data_t& q, VoMsgBufferedWriter& writer);
 
+// A character of the alphabet, or one that may stand between two: a line end or a blank.
+bool isBinHexCharacter(int c);
+
 std::uint32_t comp_q_crc(std::uint32_t crc, unsigned char byte);
 
 // Decoding. Each is false at the end of the encoded data, which includes the closing colon and any character that is

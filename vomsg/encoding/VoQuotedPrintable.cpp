@@ -8,6 +8,7 @@
 
 #include "vomsg/encoding/VoCodecSupport.h"
 #include "vomsg/encoding/VoHexChar.h"
+#include "vomsg/encoding/VoPieceSink.h"
 #include "vomsg/encoding/VoQuotedPrintableDecoder.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
@@ -56,9 +57,10 @@ int stepAcrossEdge(QuotedPrintableState& state, VoMsgBufferedReader& source) {
   return c;
 }
 
-// Decodes `length` bytes of `source` and hands the result to `emit` in pieces. False when `emit` refuses one.
-template <class Emit>
-bool decodePieces(VoMsgBufferedReader& source, std::uint64_t length, Emit emit) {
+}  // namespace
+
+bool decodeQuotedPrintableTo(PieceSink& sink, VoMsgBufferedReader& source, std::uint64_t length, bool everyByte) {
+  const std::uint64_t end = source.getOffset() + length;
   QuotedPrintableState state;
   state.remaining =
       static_cast<std::int64_t>(std::min<std::uint64_t>(length, std::numeric_limits<std::int64_t>::max()));
@@ -76,7 +78,9 @@ bool decodePieces(VoMsgBufferedReader& source, std::uint64_t length, Emit emit) 
       if (c >= 0) *to++ = static_cast<unsigned char>(c);
     }
     const std::size_t decoded = static_cast<std::size_t>(to - reinterpret_cast<unsigned char*>(out.data()));
-    if (decoded > 0 && !emit(out.data(), decoded)) return false;
+    if (decoded > 0 && !sink.put({out.data(), decoded})) return false;
+    if (everyByte && state.remaining <= 0 && source.getOffset() < end)
+      state.remaining = static_cast<std::int64_t>(end - source.getOffset());
   }
   if (state.remaining <= 0) return true;
   // 0xFF bytes stand for what is missing.
@@ -84,28 +88,22 @@ bool decodePieces(VoMsgBufferedReader& source, std::uint64_t length, Emit emit) 
   out.fill('\xFF');
   while (missing > 0) {
     const std::size_t n = static_cast<std::size_t>(std::min<std::int64_t>(missing, kPiece));
-    if (!emit(out.data(), n)) return false;
+    if (!sink.put({out.data(), n})) return false;
     missing -= static_cast<std::int64_t>(n);
   }
   return true;
 }
 
-}  // namespace
-
 bool decodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::uint64_t length) {
   WriterAccess::expect(target, std::min(length, bytesLeft(source)));
-  return decodePieces(source, length,
-                      [&](const char* data, std::size_t n) { return WriterAccess::writeThrough(target, data, n); }) &&
-         target.flush();
+  WriterSink sink(target);
+  return decodeQuotedPrintableTo(sink, source, length, false) && target.flush();
 }
 
 std::uint64_t countQuotedPrintable(VoMsgBufferedReader& source, std::uint64_t length) {
-  std::uint64_t total = 0;
-  decodePieces(source, length, [&](const char*, std::size_t n) {
-    total += n;
-    return true;
-  });
-  return total;
+  CountingSink sink;
+  decodeQuotedPrintableTo(sink, source, length, false);
+  return sink.count;
 }
 
 }  // namespace vomsg::detail

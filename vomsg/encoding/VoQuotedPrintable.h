@@ -28,8 +28,12 @@ VOMSG_API char* voDecodeQuotedPrintable(const char* text);
 VOMSG_API char* voEncodeQuotedPrintable(const char* text);
 
 namespace vomsg::detail {
+class PieceSink;
 // Decodes `length` bytes of `source` into `target` and flushes. False when a write fails.
 bool decodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::uint64_t length);
+// The same into `sink`; with `everyByte` no byte of the length is left out, however soft breaks end. False when the
+// sink refuses a piece.
+bool decodeQuotedPrintableTo(PieceSink& sink, VoMsgBufferedReader& source, std::uint64_t length, bool everyByte);
 // The number of bytes that decodeQuotedPrintable() would write. Reads and consumes alike, and stores nothing.
 std::uint64_t countQuotedPrintable(VoMsgBufferedReader& source, std::uint64_t length);
 // Encodes the rest of `source` and flushes. False when a write fails.

@@ -175,6 +175,13 @@ bool _encodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, c
   return written && target->write(kEnd.data(), kEnd.size()) && target->flush();
 }
 
+VoErrorCode encodeUUEncode(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name) {
+  const std::unique_ptr<VoMsgBufferedReader> reader(source.getInputStream(VoMsgResourceLocator::dataPart));
+  if (!reader) return kVoReadFailed;
+  if (!name) name = source.getResourceName(nullptr);
+  return _encodeUUEncode(&target, reader.get(), *name ? name : "noname") ? kVoSuccess : kVoWriteFailed;
+}
+
 }  // namespace vomsg::detail
 
 bool voGetUUEncodeFileName(const char* line, char** name, long* mode) {
@@ -205,10 +212,5 @@ VoErrorCode voDecodeUUEncode(VoMsgResourceLocator* target, VoMsgBufferedReader* 
 
 VoErrorCode voEncodeUUEncode(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source) {
   if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] {
-    const std::unique_ptr<VoMsgBufferedReader> reader(source->getInputStream(VoMsgResourceLocator::dataPart));
-    if (!reader) return kVoReadFailed;
-    const char* const name = source->getResourceName(nullptr);
-    return vomsg::detail::_encodeUUEncode(target, reader.get(), *name ? name : "noname") ? kVoSuccess : kVoWriteFailed;
-  });
+  return vomsg::detail::guarded([&] { return vomsg::detail::encodeUUEncode(*target, *source, nullptr); });
 }

@@ -44,6 +44,8 @@ namespace vomsg::detail {
 // fails.
 bool _decodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length, char** name);
 bool _encodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, const char* name);
+// voEncodeUUEncode() under another name than the resource's; null leaves that.
+VoErrorCode encodeUUEncode(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name);
 
 // The two tests for lines that are no C strings. `line` may end in its terminator.
 bool isUUEncodeBegin(std::string_view line, std::string_view& name);
