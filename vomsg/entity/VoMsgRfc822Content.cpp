@@ -234,7 +234,8 @@ VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const 
   {
     const std::unique_ptr<VoMsgBufferedWriter> writer(body->getOutputStream(kData));
     if (!writer) return kVoWriteFailed;
-    const VoErrorCode encoded = encodeTransfer(codec, *writer, *content);
+    const char* const ownName = takeName && *content->getResourceName(nullptr) ? nullptr : getFileName("utf-8");
+    const VoErrorCode encoded = encodeTransfer(codec, *writer, *content, ownName);
     if (voFailed(encoded)) return encoded;
     if (!writer->flush()) return kVoWriteFailed;
   }

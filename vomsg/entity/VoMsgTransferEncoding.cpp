@@ -5,7 +5,9 @@
 #include <string_view>
 
 #include "vomsg/encoding/VoBase64.h"
+#include "vomsg/encoding/VoBinHex.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
+#include "vomsg/encoding/VoUUEncode.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
@@ -101,7 +103,9 @@ VoErrorCode decodeTransfer(TransferEncoding encoding, VoMsgResourceLocator& targ
     case TransferEncoding::quotedPrintable:
       return voDecodeQuotedPrintable(&target, &source, static_cast<long>(length));
     case TransferEncoding::uuencode:
+      return voDecodeUUEncode(&target, &source, static_cast<long>(length));
     case TransferEncoding::binHex:
+      return decodeBinHex(target, source, length);
     case TransferEncoding::identity:
       break;
   }
@@ -112,28 +116,44 @@ VoErrorCode decodeTransfer(TransferEncoding encoding, VoMsgResourceLocator& targ
 }
 
 VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source, std::uint32_t length, unsigned& size) {
-  size = length;
-  if (encoding == TransferEncoding::identity) return kVoSuccess;
+  std::uint64_t count = length;
   CountingWriter counter;
-  VoErrorCode code = kVoSuccess;
-  if (encoding == TransferEncoding::base64)
-    code = decodeBase64(counter, source, length);
-  else if (encoding == TransferEncoding::quotedPrintable)
-    code = decodeQuotedPrintable(counter, source, length) ? kVoSuccess : kVoWriteFailed;
-  else
-    return kVoSuccess;
-  size = static_cast<unsigned>(std::min<std::uint64_t>(counter.count(), 0xFFFFFFFFu));
-  return code;
+  switch (encoding) {
+    case TransferEncoding::base64:
+      count = countBase64(source, length);
+      break;
+    case TransferEncoding::quotedPrintable:
+      count = countQuotedPrintable(source, length);
+      break;
+    case TransferEncoding::uuencode:
+      _decodeUUEncode(&counter, &source, static_cast<long>(length), nullptr);
+      count = counter.count();
+      break;
+    case TransferEncoding::binHex: {
+      BinHexSummary summary;
+      const VoErrorCode code = surveyBinHex(source, length, summary);
+      if (voFailed(code)) return code;
+      count = summary.dataSize;
+      break;
+    }
+    case TransferEncoding::identity:
+      break;
+  }
+  size = static_cast<unsigned>(std::min<std::uint64_t>(count, 0xFFFFFFFFu));
+  return kVoSuccess;
 }
 
-VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source) {
+VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source,
+                           const char* name) {
   switch (encoding) {
     case TransferEncoding::base64:
       return voEncodeBase64(&target, &source);
     case TransferEncoding::quotedPrintable:
       return endsInLineFeed(source) ? voEncodeQuotedPrintable(&target, &source) : encodeOpenText(target, source);
     case TransferEncoding::uuencode:
+      return encodeUUEncode(target, source, name);
     case TransferEncoding::binHex:
+      return encodeBinHex(target, source, name);
     case TransferEncoding::identity:
       break;
   }

@@ -24,7 +24,9 @@ VoErrorCode decodeTransfer(TransferEncoding encoding, VoMsgResourceLocator& targ
                            std::uint32_t length);
 // The number of bytes that would give.
 VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source, std::uint32_t length, unsigned& size);
-// Encodes all of `source`, such that decoding gives exactly the same bytes wherever the encoding can say them.
-VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source);
+// Encodes all of `source`, such that decoding gives exactly the same bytes wherever the encoding can say them. Where
+// the encoding carries a file name, it is `name`, or that of `source` when `name` is null.
+VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source,
+                           const char* name = nullptr);
 
 }  // namespace vomsg::detail
