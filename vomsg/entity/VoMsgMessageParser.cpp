@@ -304,7 +304,7 @@ VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
 VoErrorCode MessageParser::_parseTextMessage(VoMsgRfc822Entity& entity) {
   VO_LOG(9, mTag, "begin: _parseTextMessage");
   const PositionKeeper keeper(mReader);
-  const VoErrorCode code = scanEmbeddedBlocks(&entity);
+  const VoErrorCode code = scanEmbeddedBlocks(&entity, mSource.getObject(), mPlan.encoding);
   VO_LOG(9, mTag, "end  : _parseTextMessage");
   return (code & 0xFFFFu) == (kVoNoContent & 0xFFFFu) ? kVoSuccess : code;
 }
@@ -317,7 +317,8 @@ void MessageParser::closeInnermost(std::uint64_t end) {
     mBoundaries.pop();
   } else if (end > open.epilogueOffset) {
     const PositionKeeper keeper(mReader);
-    scanEpilogue(&entity, open.epilogueOffset, static_cast<std::uint32_t>(end - open.epilogueOffset));
+    scanEpilogue(&entity, mSource.getObject(), open.epilogueOffset,
+                 static_cast<std::uint32_t>(end - open.epilogueOffset));
   }
   mOpen.pop_back();
 }

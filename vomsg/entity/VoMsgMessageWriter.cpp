@@ -10,6 +10,7 @@
 #include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
+#include "vomsg/entity/VoMsgNestedContent.h"
 #include "vomsg/entity/VoMsgSingleBody.h"
 #include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -38,7 +39,8 @@ VoErrorCode MessageWriter::write(VoMsgRfc822Entity& root) {
       code = afterChild(open);
       continue;
     }
-    while (open.next && isBehindParts(*open.next)) open.next = open.next->getNextSiblingEntity();
+    for (; open.next && isBehindParts(*open.next); open.next = open.next->getNextSiblingEntity())
+      if (mEdited.contains(open.next)) open.behind = open.next;
     if (!open.next) {
       code = afterLastChild(open);
       mOpen.pop_back();
@@ -227,7 +229,14 @@ VoErrorCode MessageWriter::separate(OpenMultipart& open) {
 }
 
 VoErrorCode MessageWriter::afterLastChild(OpenMultipart& open) {
-  const VoErrorCode code = open.isNew ? kVoSuccess : copyGap(open, open.end);
+  VoErrorCode code = kVoSuccess;
+  std::uint32_t offset, size;
+  if (!open.isNew && open.behind && isEpilogueEntity(open.behind, offset, size)) {
+    code = copyGap(open, offset);
+    if (!voFailed(code)) code = open.behind->_writeToResource(&mOut);
+    open.position = std::uint64_t{offset} + size;
+  }
+  if (!voFailed(code) && !open.isNew) code = copyGap(open, open.end);
   return voFailed(code) ? code : put(open.close);
 }
 

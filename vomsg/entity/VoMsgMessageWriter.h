@@ -30,6 +30,7 @@ class MessageWriter {
     VoMsgRfc822Entity* entity;
     VoMsgEntity* next;           // the child to write next
     VoMsgRfc822Entity* current;  // the child just written
+    VoMsgEntity* behind;         // attachments behind the close delimiter that a caller changed
     std::uint64_t position;      // how far the source of the entity's body has been written or dropped
     std::uint64_t end;           // where that body ends
     std::string_view lineEnd;

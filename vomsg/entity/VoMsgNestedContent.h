@@ -7,21 +7,30 @@
 #include "vomsg/foundation/VoErrorCode.h"
 
 class VoMsgEntity;
+class VoMsgRfc822Entity;
 
 namespace vomsg::detail {
+
+class MessageSource;
+enum class TransferEncoding : std::uint8_t;
 
 // Decodes the content of `part` and reads it as TNEF. On success `part` has a TNEF message as its child; a part
 // that is no TNEF stream (its content cannot be decoded, the signature is wrong, the source cannot be read) is
 // left without a child. Never fails the message: the code is always kVoSuccess.
 VoErrorCode parseTnefChild(VoMsgEntity* part);
 
-// Scans the decoded text of `part` for uuencode and BinHex blocks. On success `part` has a multi-embedded entity
-// as its child. kVoNoContent: no block was found, and nothing changed.
-VoErrorCode scanEmbeddedBlocks(VoMsgEntity* part);
+// Scans the text of `part`, decoded from `encoding`, for uuencode and BinHex blocks; `source` is what `part` is read
+// from. On success `part` has a multi-embedded entity as its child. kVoNoContent: no block was found, or the text
+// cannot be decoded, and nothing changed.
+VoErrorCode scanEmbeddedBlocks(VoMsgRfc822Entity* part, MessageSource* source, TransferEncoding encoding);
 
-// Scans [offset, offset + size) of the source of `multipart`, the text behind its close delimiter, in the same way.
-// On success a multi-embedded entity is its last child. kVoNoContent: no block was found, and nothing changed.
-VoErrorCode scanEpilogue(VoMsgEntity* multipart, std::uint32_t offset, std::uint32_t size);
+// Scans [offset, offset + size) of `source`, the text behind the close delimiter of `multipart`, in the same way. On
+// success a multi-embedded entity is its last child. kVoNoContent: no block was found, and nothing changed.
+VoErrorCode scanEpilogue(VoMsgRfc822Entity* multipart, MessageSource* source, std::uint32_t offset,
+                         std::uint32_t size);
+
+// Whether `entity` is what scanEpilogue() made, and of which range.
+bool isEpilogueEntity(const VoMsgEntity* entity, std::uint32_t& offset, std::uint32_t& size);
 
 // A copy of a multi-embedded entity with its subtree, for a copy of its message; yours. Null on failure.
 VoMsgEntity* copyEmbeddedTree(VoMsgEntity* from);

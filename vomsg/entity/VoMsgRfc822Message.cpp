@@ -260,8 +260,9 @@ bool VoMsgRfc822Message::_isTnefMessage(VoMsgEntity* entity) {
 VoMsgEntity* VoMsgRfc822Message::_findMessageBody(bool preferHtml) {
   VoMsgEntity* fallback = nullptr;
   VoMsgEntityIterator walk(this, [](VoMsgEntity* entity, signed char& descend) -> signed char {
-    if (entity->getParentEntity() && !entity->isMultipartEntity()) descend = 0;  // what is nested has its own text
-    return 1;
+    const bool isText = !entity->_isMultiEmbededEntity();  // else what stands behind a close delimiter
+    if (!isText || (entity->getParentEntity() && !entity->isMultipartEntity())) descend = 0;  // has its own text
+    return isText;
   });
   for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) {
     if (entity->isMultipartEntity() || _isAttachment(entity)) continue;
