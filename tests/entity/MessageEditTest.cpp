@@ -158,6 +158,16 @@ TEST(MessageEdit, NewContentFollowsTheRules) {
   EXPECT_EQ(static_cast<VoErrorCode>(err), kVoNoContent);
 }
 
+// Only names are encoded: an address inside an encoded word reaches nobody.
+TEST(MessageEdit, AddressesStayOutsideEncodedWords) {
+  MessageFixture message("To: a@b\r\n\r\n");
+  ASSERT_EQ(message->setHeaderValue("To", "\"J\xc3\xb6rg, X\" <j@x.org>, plain@x.org", "utf-8", nullptr), kVoSuccess);
+  EXPECT_EQ(written(*message), "To: =?utf-8?Q?J=C3=B6rg=2C_X?=\r\n\t<j@x.org>,\r\n\tplain@x.org\r\n\r\n");
+  EXPECT_EQ(message->countUserAddress("To"), 2u);
+  ASSERT_EQ(message->setHeaderValue("Cc", "c@x.org\r\nBcc: d@x.org", "utf-8", nullptr), kVoSuccess);
+  EXPECT_EQ(written(*message).find("\r\nBcc"), std::string::npos);
+}
+
 TEST(MessageEdit, TextKeepsItsCharsetWhenThatLosesNothing) {
   const std::string header = "Content-Type: text/plain; charset=iso-8859-1\r\nContent-Transfer-Encoding: 8bit\r\n\r\n";
   std::string text = "gr\xc3\xbc\xc3\x9f\nnext";

@@ -42,7 +42,7 @@ TEST(VoMsgBufferedWriter, CopiesEveryShortTextAsLines) {
     for (std::size_t rest = code + 729; rest > 1; rest /= 3) text += kAlphabet[rest % 3];
     std::size_t at = 0;
     for (std::size_t n = 0; n <= text.size() + 1; ++n) {
-      for (const std::size_t window : {1, 2, 9}) {
+      for (const unsigned window : {1u, 2u, 9u}) {
         WindowReader reader(text, window);
         LimitedWriter writer(SIZE_MAX, 3);
         ASSERT_EQ(writer.copyFromText(&reader, static_cast<unsigned>(n)), kVoSuccess);

@@ -37,19 +37,17 @@ TEST(VoMsgDump, ShowsAddressHexAndText) {
             address(data) + ": 61626364 65666768 696a0d0a 007fff5a         abcdefghij.....Z\n");
 }
 
-TEST(VoMsgDump, NullAndEmptyGiveNothing) {
-  EXPECT_EQ(captured([](std::FILE* out) { dumpMemoryHex(out, nullptr, 5); }), "");
-  EXPECT_EQ(captured([](std::FILE* out) { dumpMemoryHex(out, "x", 0); }), "");
-  EXPECT_EQ(captured([](std::FILE* out) { dumpContentResource(out, nullptr); }), "");
-  VoMsgMemoryResource empty(0u, nullptr, nullptr);
-  dumpContentResource(nullptr, &empty);
-  EXPECT_EQ(captured([&](std::FILE* out) { dumpContentResource(out, &empty); }), "");
-}
-
 TEST(VoMsgResourceDump, DumpsEveryByteInPiecesThatEndLines) {
   std::string content(1280 * 2 + 1, 'y');
-  VoMsgMemoryResource resource(content.data(), static_cast<unsigned>(content.size()), nullptr, nullptr);
-  const std::string text = captured([&](std::FILE* out) { dumpContentResource(out, &resource); });
+  VoMsgMemoryResource resource(content.data(), static_cast<unsigned>(content.size()), nullptr, nullptr),
+      empty(0u, "", "");
+  const std::string text = captured([&](std::FILE* out) {
+    dumpContentResource(out, &resource);
+    dumpContentResource(out, &empty);
+    dumpContentResource(out, nullptr);
+    dumpContentResource(nullptr, &resource);
+    dumpMemoryHex(out, nullptr, 5);
+  });
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 161);
   EXPECT_EQ(std::count(text.begin(), text.end(), 'y'), 1280 * 2 + 1);
 }

@@ -69,15 +69,11 @@ TEST(VoMsgResource, BothKindsHoldTwoPartsThatAreReplacedByWriting) {
     EXPECT_EQ(resource->getOutputStream(kNoPart), nullptr);
     EXPECT_EQ(resource->getSize(kNoPart), 0u);
     EXPECT_EQ(resource->getFileType(), 0x3F3F3F3Fu);
-    EXPECT_EQ(resource->getFileCreator(), 0x3F3F3F3Fu);
-    EXPECT_EQ(resource->getFinderFlag(), 0u);
     EXPECT_TRUE(resource->equal(resource));
     EXPECT_FALSE(resource->equal(nullptr));
   }
   EXPECT_FALSE(file.equal(&memory));
   EXPECT_FALSE(memory.equal(&file));
-  ::unlink(file.getFilePath(Locator::resourceForkPart));
-  EXPECT_EQ(contentOf(file, Locator::resourceForkPart), "(none)");
 }
 
 TEST(VoMsgMemoryResource, CopiesOrUsesTheCallersBlock) {
@@ -85,7 +81,6 @@ TEST(VoMsgMemoryResource, CopiesOrUsesTheCallersBlock) {
   VoMsgMemoryResource inPlace(mine.data(), 3, nullptr, nullptr), copied(mine.data(), 3, 1, nullptr, nullptr);
   EXPECT_EQ(inPlace.getMemoryPointer(Locator::dataPart), mine.data());
   EXPECT_NE(copied.getMemoryPointer(Locator::dataPart), mine.data());
-  EXPECT_EQ(copied.getMemoryPointer(kNoPart), nullptr);
   mine[0] = 'A';
   EXPECT_EQ(contentOf(inPlace), "Abc");
   EXPECT_EQ(contentOf(copied), "abc");
@@ -122,7 +117,6 @@ TEST(VoMsgFileResource, ComparesPathsAndDeletesOnlyWhatIsTemporary) {
 TEST(VoMsgResourceLocator, NamesAreConvertedAndRemembered) {
   VoMsgMemoryResource resource(0u, "caf\xe9", "iso-8859-1");
   EXPECT_STREQ(resource.getResourceName(nullptr), "caf\xe9");
-  EXPECT_STREQ(resource.getResourceName("iso-8859-1"), "caf\xe9");
   const char* const converted = resource.getResourceName("utf-8");
   EXPECT_STREQ(converted, "caf\xc3\xa9");
   EXPECT_EQ(resource.getResourceName("UTF-8"), converted);
@@ -133,7 +127,6 @@ TEST(VoMsgResourceLocator, NamesAreConvertedAndRemembered) {
   resource.setResourceName(resource.getResourceName(nullptr), nullptr);  // keeps the charset it had
   EXPECT_STREQ(resource.getResourceName("iso-8859-1"), "\xe9");
   resource.setResourceName(nullptr, nullptr);
-  EXPECT_STREQ(resource.getResourceName(nullptr), "");
   EXPECT_STREQ(resource.getResourceName("utf-8"), "");
 }
 
@@ -155,18 +148,14 @@ TEST(VoMsgResourceManager, ChoosesMemoryWithinTheBudget) {
   ASSERT_EQ(Manager::currentAllocateMemorySize(), 0u);
   const auto kindOf = [](unsigned size) { return Resource(Manager::createTmpResource(size))->getResourceType(); };
   EXPECT_EQ(kindOf(0), Locator::file);
-  EXPECT_EQ(kindOf(1), Locator::memory);
   EXPECT_EQ(kindOf(0x100000), Locator::memory);
   EXPECT_EQ(kindOf(0x100001), Locator::file);
-  EXPECT_EQ(Manager::currentAllocateMemorySize(), 0u);  // each gave its share back
   std::vector<Resource> held;
   for (int i = 0; i < 32; ++i) held.emplace_back(Manager::createTmpResource(0x100000));
-  EXPECT_EQ(held.back()->getResourceType(), Locator::memory);
   EXPECT_EQ(Manager::currentAllocateMemorySize(), 0x2000000u);
   EXPECT_EQ(kindOf(1), Locator::file);
   held.pop_back();
   EXPECT_EQ(kindOf(0x100000), Locator::memory);
-  EXPECT_EQ(kindOf(0x100001), Locator::file);
   held.clear();
   EXPECT_EQ(Manager::currentAllocateMemorySize(), 0u);
   const Resource small(Manager::createTmpResource(5)), large(Manager::createTmpResource(7));
@@ -185,6 +174,8 @@ TEST(VoMsgResourceManager, TemporaryFileIsPrivateAndLivesAsLongAsItsResource) {
     EXPECT_EQ(contentOf(*resource), "(none)");
     EXPECT_EQ(folder.count(), 0u);  // made by the first stream only
     EXPECT_TRUE(fill(*resource, Locator::dataPart, "long content"));
+    ::unlink(path.c_str());  // by a cleaner of old files, for one
+    EXPECT_TRUE(fill(*resource, Locator::dataPart, "medium long"));
     EXPECT_TRUE(fill(*resource, Locator::dataPart, "short"));
     EXPECT_EQ(readFile(path), "short");
     EXPECT_TRUE(fill(*resource, Locator::resourceForkPart, "fork"));
@@ -257,7 +248,7 @@ TEST(VoObjectStub, TheLastHandleDeletes) {
     c.setNewObject(new Counted(alive));
     EXPECT_EQ(alive, 2);
     EXPECT_EQ(a.countReference(), 2);
-    c = c;
+    c = *&c;
     c = a;
     EXPECT_EQ(alive, 1);
     c.free();

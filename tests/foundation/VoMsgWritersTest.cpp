@@ -1,9 +1,11 @@
 // The file writer and the memory writer.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <vector>
 
 #include "tests/support/RememberingLog.h"
@@ -49,15 +51,6 @@ TEST(VoMsgFileWriter, CreatesTruncatesAndFlushesAtTheEnd) {
     EXPECT_TRUE(writer.open());  // already open: nothing is truncated
   }
   EXPECT_EQ(readFile(path), "123456");
-  const mode_t mask = umask(0);
-  VoMsgFileWriter fresh(dir.file("fresh").c_str(), 0);
-  EXPECT_TRUE(fresh.open());
-  umask(mask);
-  EXPECT_EQ(modeOf(dir.file("fresh")), 0644u);
-  put(fresh, "dropped");
-  fresh.unlink();
-  EXPECT_FALSE(fresh.isOpen());
-  EXPECT_EQ(dir.count(), 1u);
 }
 
 TEST(VoMsgFileWriter, CreatesExclusivelyOrNotAtAll) {
@@ -71,7 +64,8 @@ TEST(VoMsgFileWriter, CreatesExclusivelyOrNotAtAll) {
     bool opens;
   } const rows[] = {{"taken", Creation::exclusive, false}, {"link", Creation::exclusive, false},
                     {"new", Creation::existing, false},    {"link", Creation::existing, false},
-                    {"new", Creation::exclusive, true},    {"new", Creation::existing, true}};
+                    {"new", Creation::exclusive, true},    {"new", Creation::existing, true},
+                    {"common", Creation::shared, true},    {"common", Creation::shared, true}};
   const mode_t mask = umask(0);
   for (const Row& row : rows) {
     VoMsgFileWriter writer(dir.file(row.name).c_str(), 0);
@@ -81,6 +75,7 @@ TEST(VoMsgFileWriter, CreatesExclusivelyOrNotAtAll) {
   umask(mask);
   EXPECT_EQ(readFile(taken), "keep");
   EXPECT_EQ(modeOf(dir.file("new")), 0600u);
+  EXPECT_EQ(modeOf(dir.file("common")), 0644u);
 }
 
 TEST(VoMsgFileWriter, ReportsFailuresAndLogsThem) {
@@ -104,6 +99,22 @@ TEST(VoMsgFileWriter, ReportsFailuresAndLogsThem) {
   EXPECT_EQ(log.debug.back().level, 1u);
 }
 
+TEST(VoMsgFileWriter, ResumesWhereAPartialWriteStopped) {
+  const ScratchDirectory dir;
+  const auto before = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit usual;
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &usual), 0);
+  const rlimit tight{10, usual.rlim_max};
+  VoMsgFileWriter writer(dir.file("file").c_str(), 16);
+  ASSERT_TRUE(writer.open());
+  setrlimit(RLIMIT_FSIZE, &tight);
+  EXPECT_FALSE(put(writer, "0123456789abcdef"));
+  setrlimit(RLIMIT_FSIZE, &usual);
+  std::signal(SIGXFSZ, before);
+  EXPECT_TRUE(writer.close());
+  EXPECT_EQ(readFile(dir.file("file")), "0123456789abcdef");
+}
+
 TEST(VoMsgMemoryWriter, CollectsAndEndsWithNul) {
   VoMsgMemoryWriter writer;
   EXPECT_EQ(writer.getData(), nullptr);
@@ -123,7 +134,7 @@ TEST(VoMsgMemoryWriter, CollectsAndEndsWithNul) {
 }
 
 TEST(VoMsgMemoryWriter, LeavesABlockThatIsNotTheRecordsOwn) {
-  for (const std::size_t size : {0, 3, 5, 40000}) {
+  for (const std::size_t size : {0u, 3u, 5u, 40000u}) {
     std::vector<char> mine(5, 'm');
     VoMsgMemBlock block{mine.data(), 5, 0, false};
     const std::string text = patternOf(size);
@@ -158,7 +169,7 @@ TEST(WriterAccess, LargeAndSmallStretchesKeepTheirOrder) {
     WriterAccess::expect(file, 1000);
     WriterAccess::expect(memory, 90000);
     const char* const reserved = block.data;
-    for (const std::size_t size : {0, 1, 63, 64, 65, 32767, 32768, 10, 20000}) {
+    for (const std::size_t size : {0u, 1u, 63u, 64u, 65u, 32767u, 32768u, 10u, 20000u}) {
       const std::string piece = patternOf(size);
       want += piece;
       EXPECT_TRUE(WriterAccess::writeThrough(memory, piece.data(), size));
@@ -177,10 +188,12 @@ TEST(WriterAccess, RefusesWhatASizeCannotSay) {
   VoMsgMemoryWriter writer;
   const std::string piece(100000, 'x');
   ASSERT_TRUE(WriterAccess::writeThrough(writer, piece.data(), piece.size()));
-  EXPECT_FALSE(WriterAccess::writeThrough(writer, piece.data(), 0xFFFFFFFFull));
-  EXPECT_EQ(writer.getLength(), 100000u);
-  WriterAccess::expect(writer, ~std::uint64_t{0} - 20);  // a hint that cannot be followed changes nothing
-  EXPECT_TRUE(put(writer, "y"));
+  for (const std::uint64_t size : {0xFFFFFFFFull, ~0ull}) {
+    EXPECT_FALSE(WriterAccess::writeThrough(writer, piece.data(), size));
+    WriterAccess::expect(writer, size);  // a hint that cannot be followed changes nothing
+  }
+  EXPECT_TRUE(put(writer, "y") && writer.flush());
+  EXPECT_EQ(writer.getData(), piece + "y");
 }
 
 }  // namespace

@@ -32,6 +32,36 @@ bool isAddressHeader(std::string_view name) {
   return equalNoCase(name, "From") || equalNoCase(name, "To") || equalNoCase(name, "Cc") || equalNoCase(name, "Bcc");
 }
 
+bool isAscii(std::string_view text) {
+  return std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+}
+
+// An address list with its display names encoded; what stands in angle brackets is never touched. An encoded word
+// must not take an address in (RFC 2047, section 5).
+VoErrorCode encodeAddressNames(const char* field, const char* value, const char* srcCharset, const char* dstCharset,
+                               std::string& out) {
+  std::string_view rest = value;
+  std::string_view address;
+  while (cutAddress(rest, address)) {
+    if (!out.empty()) out += ", ";
+    const std::size_t angle = address.rfind('<');
+    if (isAscii(address) || angle == address.npos) {
+      out += address;
+      continue;
+    }
+    std::string name(address.substr(0, angle));
+    name.erase(std::remove(name.begin(), name.end(), '"'), name.end());
+    name.erase(name.find_last_not_of(" \t") + 1);
+    VoMsgHeaderField encoded(field, "");
+    const VoErrorCode code = encoded.setFieldValue(name.c_str(), srcCharset, dstCharset);
+    if (voFailed(code)) return code;
+    out += viewOf(encoded.getRawFieldValue());
+    out += ' ';
+    out += address.substr(angle);
+  }
+  return kVoSuccess;
+}
+
 }  // namespace
 
 VoMsgRfc822Entity::VoMsgRfc822Entity()
@@ -123,8 +153,15 @@ VoErrorCode VoMsgRfc822Entity::setHeaderValue(const char* name, const char* valu
   const VoErrorCode code = guarded([&]() -> VoErrorCode {
     if (!name || !*name || !value) return kVoBadArgument;
     VoMsgEntityHeader& header = *getEntityHeader();
-    StructuredValue parts;
     const bool structured = VoMsgEntityHeader::isStructuredHeader(name);
+    const bool addresses = isAddressHeader(name);
+    if ((structured || addresses) && isAscii(value)) srcCharset = dstCharset = "us-ascii";  // nothing to encode
+    if (addresses) {
+      std::string list;
+      const VoErrorCode encoded = encodeAddressNames(name, value, srcCharset, dstCharset, list);
+      return voFailed(encoded) ? encoded : header.setAddressList(name, list.c_str());
+    }
+    StructuredValue parts;
     if (structured) parseStructuredValue(parts, value, 0);
     const char* const main = structured && parts.count > 0 ? parts.value.c_str() : value;
 
@@ -135,18 +172,10 @@ VoErrorCode VoMsgRfc822Entity::setHeaderValue(const char* name, const char* valu
     for (std::size_t i = 0; i < parts.count && !voFailed(result); ++i)
       result = field->setParameterValue(parts.parameters[i].name.c_str(), parts.parameters[i].value.c_str(), srcCharset,
                                         dstCharset);
-    if (voFailed(result)) return result;
-    if (created) {
-      result = header.appendHeader(created.get());
-      if (voFailed(result)) return result;
-      created.release();
-    }
-    // The addresses are what is written, so they follow the value.
-    if (isAddressHeader(name)) {
-      const std::string raw(viewOf(field->getRawFieldValue()));
-      return header.setAddressList(name, raw.c_str());
-    }
-    return kVoSuccess;
+    if (voFailed(result) || !created) return result;
+    result = header.appendHeader(created.get());
+    if (!voFailed(result)) created.release();
+    return result;
   });
   return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
 }

@@ -54,6 +54,7 @@ VoMsgBufferedWriter* VoMsgFileResource::getOutputStream(VoMsgResourceDataType ty
   }
   const char* const path = getFilePath(type);
   if (!path) return nullptr;
+  if (mParts[type] == Part::created && ::access(path, F_OK) != 0) mParts[type] = Part::toBeCreated;  // removed since
   std::unique_ptr<VoMsgFileWriter> writer(new (std::nothrow) VoMsgFileWriter(path, kBufferSize));
   if (!writer) return nullptr;
   if (mParts[type] == Part::toBeCreated) writer->setCreation(VoMsgFileWriter::Creation::exclusive);

@@ -37,7 +37,7 @@ bool VoMsgMemoryWriter::writeBuffer() {
 }
 
 bool VoMsgMemoryWriter::append(const char* data, std::uint64_t n) {
-  if (!reserve(mLength + n, false)) return false;
+  if (n > kMaxCapacity || !reserve(mLength + n, false)) return false;
   if (n != 0) std::memcpy(mpData + mLength, data, static_cast<std::size_t>(n));
   mLength += static_cast<unsigned>(n);
   mpData[mLength] = '\0';
@@ -53,8 +53,8 @@ bool VoMsgMemoryWriter::reserve(std::uint64_t total, bool exactly) {
     mCapacity = mpBlock->owned ? mpBlock->capacity : 0;
   }
   if (mpData && total < mCapacity) return true;
+  if (total > kMaxCapacity - kSlack) return false;
   const std::uint64_t least = total + kSlack;
-  if (least > kMaxCapacity) return false;
   std::uint64_t capacity = exactly ? least : std::clamp(2 * std::uint64_t{mCapacity}, least, kMaxCapacity);
   char* data = static_cast<char*>(std::realloc(mpData, static_cast<std::size_t>(capacity)));
   if (!data && capacity != least) {

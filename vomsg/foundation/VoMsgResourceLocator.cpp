@@ -17,11 +17,10 @@ constexpr std::uint32_t kUnknownCode = 0x3F3F3F3F;  // "????"
 
 // `name` in another charset; empty when no converter handles the pair or the conversion yields nothing.
 std::string convertName(const char* name, const char* toCharset, const char* fromCharset) {
+  std::string given(name), converted;
   VoMsgConverterFactory* const factory = VoMsgConverterFactory::getInstance();
   VoMsgCharsetConverter* const converter = factory->createConverter(toCharset, fromCharset, 1, '?');
-  std::string converted;
   if (!converter) return converted;
-  std::string given(name);
   if (voFailed(converter->convert(converted, given))) converted.clear();
   factory->destoryConverter(converter);
   return converted;
