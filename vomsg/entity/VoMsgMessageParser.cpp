@@ -1,6 +1,6 @@
-// The loop in parse() is the whole story: read a header block (enter), look for the next delimiter of any multipart
-// in force, give the body that ends there to its entity, close the multiparts that the delimiter ends, and start the
-// next part. The depth at which the delimiter matched says how many multiparts it ends.
+// The loop in parse() is the whole story: read a header block (_parseEntity), look for the next delimiter of any
+// multipart in force, give the body that ends there to its entity, close the multiparts that the delimiter ends, and
+// start the next part. The depth at which the delimiter matched says how many multiparts it ends.
 
 #include "vomsg/entity/VoMsgMessageParser.h"
 
@@ -59,14 +59,14 @@ MessageParser::MessageParser(VoMsgRfc822Entity& root, const VoObjectStub<Message
       mPartLevel(mRootLevel + (root.getParentEntity() ? 1 : 0)) {}
 
 VoErrorCode MessageParser::parse() {
-  VoErrorCode code = enter(mRoot);
+  VoErrorCode code = _parseEntity(mRoot);
   while (!voFailed(code)) {
     const BodyEnd end = findBodyEnd(mReader, mBoundaries);
     // Right behind a close delimiter, the line end before this line is the close delimiter's own.
     const bool noEpilogue = end.match.type != kVoBoundaryNone && !mOpen.empty() && mOpen.back().inEpilogue &&
                             end.lineOffset == mOpen.back().epilogueOffset;
     const std::uint64_t bodyEnd = end.lineOffset - (noEpilogue ? mOpen.back().closeTerminator : end.terminatorBefore);
-    code = finishLeaf(bodyEnd);
+    code = _parseSingleBody(bodyEnd);
     if (voFailed(code)) break;
     if (end.match.type == kVoBoundaryNone) {
       closeAll(end.lineOffset);
@@ -84,7 +84,7 @@ VoErrorCode MessageParser::parse() {
     VoMsgMimeEntity& entity = *child;
     TreeAccess::append(mOpen.back().entity, child.release());
     entity.mInPlace = true;
-    code = enter(entity);
+    code = _parseEntity(entity);
   }
   // What was not read belongs to whatever was open, so that nothing of the source is lost when it is written.
   const std::uint64_t size = mReader.getSize();
@@ -99,7 +99,7 @@ VoErrorCode MessageParser::parse() {
 }
 
 // Reads the header block of `entity` and decides what its body is: parts to come, or a leaf.
-VoErrorCode MessageParser::enter(VoMsgRfc822Entity& entity) {
+VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
   const bool isChild = entity.getParentEntity() != nullptr;
   surveyHeaderBlock(mSurvey, mReader, isChild, mBoundaries.empty() ? nullptr : &mBoundaries);
   entity.mMessageSource = mSource;
@@ -109,7 +109,7 @@ VoErrorCode MessageParser::enter(VoMsgRfc822Entity& entity) {
   mLeaf = &entity;
   mPlan = {};
   bool multipart = false;
-  const VoErrorCode code = soundHeader(entity, multipart);
+  const VoErrorCode code = _isMalformedMessage(entity, multipart);
   if (voFailed(code)) return code;
   if (mSurvey.end == HeaderEnd::boundaryLine || mSurvey.end == HeaderEnd::endOfData) return kVoSuccess;  // no body
   if (!multipart) {
@@ -143,7 +143,7 @@ void MessageParser::takeHeaderRange(VoMsgRfc822Entity& entity) {
 
 // Tests the block and settles what is odd about it. The fields are built at once where building them later could
 // give something else: when the parser corrects them, or when they depend on what is around the block.
-VoErrorCode MessageParser::soundHeader(VoMsgRfc822Entity& entity, bool& multipart) {
+VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& multipart) {
   const std::string inherited = mOpen.empty() ? std::string() : mOpen.back().charset;
   const auto build = [&]() -> VoMsgEntityHeader& {
     const PositionKeeper keeper(mReader);
@@ -231,32 +231,51 @@ bool MessageParser::namedLike(VoMsgRfc822Entity& entity, bool (*likeThis)(std::s
   return name && likeThis(name->value);
 }
 
+// What the block declares as its content: a multipart that cannot be cut was made text.
+std::string_view MessageParser::declaredType() const {
+  const std::string_view type = mSurvey.contentType.value;
+  return startsWithNoCase(type, "multipart/") ? "text/plain" : type;
+}
+
 MessageParser::LeafPlan MessageParser::planLeaf(VoMsgRfc822Entity& entity) {
   LeafPlan plan{};
-  const bool mayExtract = (&entity == &mRoot ? mRootLevel : mPartLevel) < VoMsgMailMessage::getMaxExtractLevel();
   plan.encoding = mSurvey.hasEncoding ? transferEncodingOf(mSurvey.encoding.value.c_str()) : TransferEncoding::identity;
-  if (!mSurvey.hasContentType) {
-    plan.text = true;
-    plan.message = mayExtract && namedLike(entity, isEmlName);
-    plan.tnefByName = mayExtract && namedLike(entity, isTnefName);
-    return plan;
-  }
-  const std::string_view type = mSurvey.contentType.value;
-  if (mayExtract) {
-    plan.message = equalNoCase(type, "message/rfc822") ||
-                   (!startsWithNoCase(type, "application/mac-binhex") && namedLike(entity, isEmlName));
-    plan.tnefByType = equalNoCase(type, "application/ms-tnef") || equalNoCase(type, "application/x-ms-tnef");
-    plan.tnefByName = !plan.tnefByType && !startsWithNoCase(type, "multipart/") &&
-                      !startsWithNoCase(type, "message/") && !startsWithNoCase(type, "text/") &&
-                      namedLike(entity, isTnefName);
-  }
-  plan.text = startsWithNoCase(type, "text") || startsWithNoCase(type, "application/mac-binhex40") ||
-              (startsWithNoCase(type, "application/octet-stream") && mSurvey.hasEncoding &&
-               startsWithNoCase(mSurvey.encoding.value, "x-uuencode"));
+  plan.text = _isTextMessage();
+  if ((&entity == &mRoot ? mRootLevel : mPartLevel) >= VoMsgMailMessage::getMaxExtractLevel()) return plan;
+  plan.message = _isNeedToExtract(entity);
+  plan.tnefByType = _isTnefMessage();
+  plan.tnefByName = !plan.tnefByType && _isTnefByName(entity);
   return plan;
 }
 
-VoErrorCode MessageParser::finishLeaf(std::uint64_t end) {
+bool MessageParser::_isNeedToExtract(VoMsgRfc822Entity& entity) {
+  const std::string_view type = declaredType();
+  if (mSurvey.hasContentType && equalNoCase(type, "message/rfc822")) return true;
+  return !(mSurvey.hasContentType && startsWithNoCase(type, "application/mac-binhex")) && namedLike(entity, isEmlName);
+}
+
+bool MessageParser::_isTnefMessage() const {
+  const std::string_view type = declaredType();
+  return mSurvey.hasContentType &&
+         (equalNoCase(type, "application/ms-tnef") || equalNoCase(type, "application/x-ms-tnef"));
+}
+
+// Gateways relabel TNEF as they please, so its usual name is as good, unless the type claims something else to read.
+bool MessageParser::_isTnefByName(VoMsgRfc822Entity& entity) {
+  const std::string_view type = declaredType();
+  if (mSurvey.hasContentType && (startsWithNoCase(type, "message/") || startsWithNoCase(type, "text/"))) return false;
+  return namedLike(entity, isTnefName);
+}
+
+bool MessageParser::_isTextMessage() const {
+  const std::string_view type = declaredType();
+  return !mSurvey.hasContentType || startsWithNoCase(type, "text") ||
+         startsWithNoCase(type, "application/mac-binhex40") ||
+         (startsWithNoCase(type, "application/octet-stream") && mSurvey.hasEncoding &&
+          startsWithNoCase(mSurvey.encoding.value, "x-uuencode"));
+}
+
+VoErrorCode MessageParser::_parseSingleBody(std::uint64_t end) {
   if (!mLeaf) return kVoSuccess;
   VoMsgRfc822Entity& entity = *mLeaf;
   entity.mBodySize = static_cast<std::uint32_t>(std::max<std::uint64_t>(end, entity.mBodyOffset) - entity.mBodyOffset);

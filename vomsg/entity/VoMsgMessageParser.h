@@ -46,13 +46,18 @@ class MessageParser {
     TransferEncoding encoding;
   };
 
-  VoErrorCode enter(VoMsgRfc822Entity& entity);
-  VoErrorCode soundHeader(VoMsgRfc822Entity& entity, bool& multipart);
+  VoErrorCode _parseEntity(VoMsgRfc822Entity& entity);
+  VoErrorCode _isMalformedMessage(VoMsgRfc822Entity& entity, bool& multipart);
   void takeHeaderRange(VoMsgRfc822Entity& entity);
   void markForRewriting(VoMsgRfc822Entity& entity);
   LeafPlan planLeaf(VoMsgRfc822Entity& entity);
+  std::string_view declaredType() const;
+  bool _isNeedToExtract(VoMsgRfc822Entity& entity);
+  bool _isTnefMessage() const;
+  bool _isTnefByName(VoMsgRfc822Entity& entity);
+  bool _isTextMessage() const;
   bool namedLike(VoMsgRfc822Entity& entity, bool (*likeThis)(std::string_view name));
-  VoErrorCode finishLeaf(std::uint64_t end);
+  VoErrorCode _parseSingleBody(std::uint64_t end);
   VoErrorCode readNested(VoMsgRfc822Entity& entity);
   VoErrorCode _parseRfc822Message(VoMsgRfc822Entity& entity);
   VoErrorCode _parseTextMessage(VoMsgRfc822Entity& entity);

@@ -16,6 +16,7 @@
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgLog.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
@@ -24,6 +25,8 @@
 namespace vomsg::detail {
 
 namespace {
+
+constexpr char kLogSource[] = "VoMsgRfc822Message";
 
 // Embedded attachments found behind the close delimiter are part of the last gap.
 bool isBehindParts(const VoMsgEntity& entity) { return entity.getEntityTypeID() == kVoEntityMultiEmbeded; }
@@ -158,7 +161,9 @@ VoErrorCode MessageWriter::writeChangedChild(VoMsgRfc822Entity& entity, VoMsgEnt
     if (voFailed(code)) return code;
     if (!writer->flush()) return kVoWriteFailed;
   }
-  return encodeTransfer(encoding, mOut, *content);
+  const VoErrorCode code = encodeTransfer(encoding, mOut, *content);
+  if (voFailed(code)) VO_LOG(1, entity._getUUIDString(), "The function replaceContent failed.");
+  return code;
 }
 
 // ---- multiparts

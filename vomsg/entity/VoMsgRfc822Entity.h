@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "vomsg/entity/VoMsgEntity.h"
@@ -10,6 +11,7 @@
 #include "vomsg/foundation/VoObjectStub.h"
 #include "vomsg/header/VoMsgEntityHeader.h"
 
+class VoMsgMimeEntity;
 class VoMsgSingleBody;
 class VoMsgMultipartBody;
 namespace vomsg::detail {
@@ -126,7 +128,10 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   // Turns a leaf into multipart/mixed: what it held becomes its first part.
   VoErrorCode _changeSingleToMulti();
   VoErrorCode _makeMultipartHeader();
-  VoErrorCode _changeMultipartForEmbeded();
+  VoErrorCode _editMultipartHeader();
+  VoErrorCode _editMultipartHeaderParameter();
+  VoErrorCode _removeMultipartHeader(std::unique_ptr<VoMsgEntityHeader> former);
+  VoErrorCode _changeMultipartForEmbeded(std::unique_ptr<VoMsgMimeEntity>& first);
   static void _createBoundary(char* buffer, unsigned length);
 
   // Steps of the content setters.

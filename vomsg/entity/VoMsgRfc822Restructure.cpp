@@ -11,6 +11,7 @@
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/header/VoMsgHeaderField.h"
 
 namespace {
 
@@ -43,44 +44,76 @@ void VoMsgRfc822Entity::_createBoundary(char* buffer, unsigned length) {
 
 // Makes the header block that of a multipart: type, boundary and MIME-Version, each only when it is missing.
 VoErrorCode VoMsgRfc822Entity::_makeMultipartHeader() {
+  VoErrorCode code = isMultipartEntity() ? kVoSuccess : _editMultipartHeader();
+  if (voFailed(code)) {
+    VO_LOG(1, _getUUIDString(), "Failed to call _editMultipartHeader.");
+    return code;
+  }
   if (getBoundary() && *getBoundary()) return kVoSuccess;
+  code = _editMultipartHeaderParameter();
+  if (voFailed(code)) VO_LOG(1, _getUUIDString(), "Failed to call _editMultipartHeaderParameter.");
+  return code;
+}
+
+VoErrorCode VoMsgRfc822Entity::_editMultipartHeader() {
+  if (!getHeader("MIME-Version") && voFailed(setHeaderValue("MIME-Version", "1.0", "us-ascii", nullptr)))
+    return kVoContentHeaderFailed;
+  return voFailed(setHeaderValue("Content-Type", "multipart/mixed", "us-ascii", nullptr)) ? kVoContentHeaderFailed
+                                                                                          : kVoSuccess;
+}
+
+VoErrorCode VoMsgRfc822Entity::_editMultipartHeaderParameter() {
   char boundary[kBoundaryStart.size() + kDrawnCharacters + 1];
   VoMsgEntity* root = this;
   while (root->getParentEntity()) root = root->getParentEntity();
   do {
     _createBoundary(boundary, sizeof boundary);
   } while (holdsBoundary(root, boundary));
-  if (!getHeader("MIME-Version") && voFailed(setHeaderValue("MIME-Version", "1.0", "us-ascii", nullptr)))
-    return kVoContentHeaderFailed;
-  if (!isMultipartEntity() && voFailed(setHeaderValue("Content-Type", "multipart/mixed", "us-ascii", nullptr)))
-    return kVoContentHeaderFailed;
   return voFailed(setHeaderParameterValue("Content-Type", "boundary", boundary, "us-ascii", nullptr))
              ? kVoContentParameterFailed
              : kVoSuccess;
 }
 
-VoErrorCode VoMsgRfc822Entity::_changeSingleToMulti() {
-  VO_LOG(9, _getUUIDString(), "begin: _changeSingleToMulti");
-  const bool holdsBlocks = getChildEntity() && getChildEntity()->_isMultiEmbededEntity();
-  if (holdsBlocks) VO_LOG(9, _getUUIDString(), "Embeded Case.");
-  VoErrorCode code = _changeMultipartForEmbeded();
-  if (voFailed(code)) {
-    VO_LOG(1, _getUUIDString(), "Failed _changeMultipartForEmbeded.");
-  } else {
-    code = _makeMultipartHeader();
-    if (voFailed(code)) VO_LOG(1, _getUUIDString(), "Failed _makeMultipartHeader.");
-  }
-  if (voFailed(code)) VO_LOG(1, _getUUIDString(), "Failed: _changeSingleToMulti.");
-  VO_LOG(9, _getUUIDString(), "end  : _changeSingleToMulti");
-  return code;
+// Puts the fields back that described the leaf, when it could not become a multipart after all.
+VoErrorCode VoMsgRfc822Entity::_removeMultipartHeader(std::unique_ptr<VoMsgEntityHeader> former) {
+  if (!former) return kVoRestructureFailed;
+  mHeader.setNewObject(former.release());
+  return kVoSuccess;
 }
 
-// Moves content, Content-* fields and children into a new first part. An entity that never had any content just
-// becomes an empty multipart.
-VoErrorCode VoMsgRfc822Entity::_changeMultipartForEmbeded() {
+VoErrorCode VoMsgRfc822Entity::_changeSingleToMulti() {
+  const char* const tag = _getUUIDString();
+  VO_LOG(9, tag, "begin: _changeSingleToMulti");
+  if (getChildEntity() && getChildEntity()->_isMultiEmbededEntity()) VO_LOG(9, tag, "Embeded Case.");
+  std::unique_ptr<VoMsgEntityHeader> former(getEntityHeader()->newCopy());
+  std::unique_ptr<VoMsgMimeEntity> first;
+  VoErrorCode code = _changeMultipartForEmbeded(first);
+  if (voFailed(code)) {
+    VO_LOG(1, tag, "Failed _changeMultipartForEmbeded.");
+  } else if (voFailed(code = _makeMultipartHeader())) {
+    VO_LOG(1, tag, "Failed _makeMultipartHeader.");
+  }
+  if (voFailed(code)) {
+    if (voFailed(_removeMultipartHeader(std::move(former)))) VO_LOG(1, tag, "Failed _removeMultipartHeader.");
+    VO_LOG(1, tag, "Failed: _changeSingleToMulti.");
+    return code;
+  }
+  mBody.free();
+  static_cast<VoMsgMultipartBody*>(_createEntityBody(true))->setNewBody();
+  if (first) {
+    TreeAccess::moveChildren(this, first.get());
+    TreeAccess::append(this, first.release());
+  }
+  mChildrenChanged = true;
+  VO_LOG(9, tag, "end  : _changeSingleToMulti");
+  return kVoSuccess;
+}
+
+// Moves the Content-* fields to a new first part that shares the body; the children follow once nothing can fail any
+// more. An entity that never had any content just becomes an empty multipart.
+VoErrorCode VoMsgRfc822Entity::_changeMultipartForEmbeded(std::unique_ptr<VoMsgMimeEntity>& first) {
   VoMsgEntityHeader& header = *getEntityHeader();
   const bool isEmpty = !mHasBodyRange && !hasChildEntity() && !(mBody.getObject() && mBody.getObject()->isNewBody());
-  std::unique_ptr<VoMsgMimeEntity> first;
   if (!isEmpty) {
     first = std::make_unique<VoMsgMimeEntity>();
     VoMsgEntityHeader& target = *first->getEntityHeader();
@@ -99,12 +132,5 @@ VoErrorCode VoMsgRfc822Entity::_changeMultipartForEmbeded() {
   }
   for (unsigned i = header.countHeaders(); i-- > 0;)
     if (isContentField(*header.getHeaderAt(i))) header.removeHeaderAt(i);
-  mBody.free();
-  static_cast<VoMsgMultipartBody*>(_createEntityBody(true))->setNewBody();
-  if (first) {
-    TreeAccess::moveChildren(this, first.get());
-    TreeAccess::append(this, first.release());
-  }
-  mChildrenChanged = true;
   return kVoSuccess;
 }
