@@ -107,6 +107,33 @@ TEST(EntityHeader, RemembersConflictingContentTypes) {
   EXPECT_TRUE(parseBlock(std::string(same) + "Content-Type: text/plain; a=B")->contentTypesDiffer());
 }
 
+TEST(EntityHeader, MarksWhatItCannotKeep) {
+  using vomsg::detail::HeaderMark;
+  struct Row {
+    std::string text;
+    HeaderMark mark;
+    unsigned offset;
+  };
+  const Row rows[] = {
+      {"no-blank-at-all\nA: b", HeaderMark::none, 0},
+      {"A: b\nno colon", HeaderMark::droppedLine, 5},
+      {"A: b\nname \n", HeaderMark::droppedLine, 5},
+      {std::string("A\0B c", 5), HeaderMark::none, 0},
+      {" \t\n", HeaderMark::blankTerminator, 0},
+      {"Content-Type: a;boundary=(\nx y", HeaderMark::unquotedBoundary, 0},
+      {"Content-Disposition: a;boundary=/", HeaderMark::unquotedBoundary, 0},
+      {"Content-Type: a\nContent-Type: a;boundary=a b", HeaderMark::repeatedContentType, 16},
+  };
+  for (const Row& row : rows) {
+    const auto header = parseBlock(row.text);
+    EXPECT_EQ(header->getMark(), row.mark) << row.text;
+    EXPECT_EQ(header->getMarkOffset(), row.offset) << row.text;
+    const std::unique_ptr<VoMsgEntityHeader> copy(header->newCopy());
+    EXPECT_EQ(copy->getMark(), row.mark);
+    EXPECT_FALSE(copy->isEdited());
+  }
+}
+
 TEST(EntityHeader, KeepsTheBoundsOfItsFieldList) {
   VoMsgEntityHeader header;
   EXPECT_EQ(header.appendHeader(nullptr), kVoBadArgument);
@@ -125,6 +152,9 @@ TEST(EntityHeader, KeepsTheBoundsOfItsFieldList) {
   EXPECT_EQ(header.removeHeader("A"), kVoSuccess);
   EXPECT_EQ(header.countHeaders(), 1u);
   EXPECT_EQ(header.getHeader("a"), nullptr);
+  const auto shorter = parseBlock("A: b\n\n");
+  EXPECT_EQ(shorter->removeHeaderAt(0), kVoSuccess);
+  EXPECT_TRUE(std::unique_ptr<VoMsgEntityHeader>(shorter->newCopy())->isEdited());
   EXPECT_EQ(header.getHeader(nullptr), nullptr);
   EXPECT_EQ(header.getHeaderAt(1), nullptr);
 }
@@ -162,8 +192,11 @@ TEST(EntityHeader, EditsAddresses) {
   header->getHeader("To")->setFieldValue("u, v", "us-ascii", nullptr);
   EXPECT_EQ(header->refreshAddressList("To"), kVoSuccess);
   EXPECT_STREQ(header->getAddressAt("To", 1)->getRawAddress(), "v");
+  header->getHeader("To")->setFieldValue("k, l", "us-ascii", nullptr);
+  EXPECT_EQ(header->removeAddressAt("To", 0), kVoSuccess);
+  EXPECT_STREQ(header->getHeader("To")->getRawFieldValue(), "l");
   EXPECT_EQ(header->appendHeader(new VoMsgHeaderField("To", "w")), kVoSuccess);
-  EXPECT_EQ(header->countAddress("To"), 3u);
+  EXPECT_EQ(header->countAddress("To"), 2u);
   EXPECT_EQ(header->removeHeaderAt(0), kVoSuccess);
   EXPECT_EQ(header->countAddress("To"), 1u);
   EXPECT_EQ(header->removeHeader("To"), kVoSuccess);

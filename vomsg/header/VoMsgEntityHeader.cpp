@@ -225,6 +225,7 @@ VoMsgUserAddress* VoMsgEntityHeader::getAddressAt(const char* name, unsigned i) 
 VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, const char* text) {
   const AddressList* const list = addressList(name);
   if (!list || !text) return kVoBadArgument;
+  followFields(name);
   return guarded([&] {
     auto address = std::make_unique<VoMsgUserAddress>(text);
     return insertAddress(name, address, list->items.size());
@@ -234,6 +235,7 @@ VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, const char* text)
 VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, VoMsgUserAddress* address) {
   const AddressList* const list = addressList(name);
   if (!list || !address) return kVoBadArgument;
+  followFields(name);
   std::unique_ptr<VoMsgUserAddress> owned(address);
   const VoErrorCode code = guarded([&] { return insertAddress(name, owned, list->items.size()); });
   static_cast<void>(owned.release());  // the list has taken it, or the caller keeps it
@@ -243,6 +245,7 @@ VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, VoMsgUserAddress*
 VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, const char* text, unsigned i) {
   const AddressList* const list = addressList(name);
   if (!list || !text) return kVoBadArgument;
+  followFields(name);
   if (i >= std::max<std::size_t>(list->items.size(), 1)) return kVoOutOfRange;
   return guarded([&] {
     auto address = std::make_unique<VoMsgUserAddress>(text);
@@ -253,6 +256,7 @@ VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, const char* tex
 VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, VoMsgUserAddress* address, unsigned i) {
   const AddressList* const list = addressList(name);
   if (!list || !address) return kVoBadArgument;
+  followFields(name);
   if (i >= std::max<std::size_t>(list->items.size(), 1)) return kVoOutOfRange;
   std::unique_ptr<VoMsgUserAddress> owned(address);
   const VoErrorCode code = guarded([&] { return insertAddress(name, owned, i); });
@@ -263,6 +267,7 @@ VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, VoMsgUserAddres
 VoErrorCode VoMsgEntityHeader::removeAddressAt(const char* name, unsigned i) {
   const AddressList* const list = addressList(name);
   if (!list) return kVoBadArgument;
+  followFields(name);
   if (i >= list->items.size()) return kVoOutOfRange;
   return guarded([&] {
     changeableAddressField(name);
@@ -321,6 +326,26 @@ void VoMsgEntityHeader::rebuildAddresses(HeaderName name) {
   addresses(name) = {};
   for (const auto& field : mpHeaderList)
     if (nameOf(*field) == name) splitAddresses(name, viewOf(field->getRawFieldValue()));
+}
+
+// A caller may have changed a field by itself. Before its list is edited, and overrules the field, it takes that in;
+// a list that does say what its fields say keeps its objects.
+void VoMsgEntityHeader::followFields(const char* name) {
+  const HeaderName kind = headerNameOf(name);
+  const AddressList& list = addresses(kind);
+  if (list.isAhead) return;
+  std::size_t i = 0;
+  for (const auto& field : mpHeaderList) {
+    if (nameOf(*field) != kind) continue;
+    std::string_view rest = viewOf(field->getRawFieldValue());
+    std::string_view address;
+    while ((i < list.items.size() || list.rest.empty()) && vomsg::detail::cutAddress(rest, address)) {
+      if (i < list.items.size() && address == viewOf(list.items[i++]->getRawAddress())) continue;
+      refreshAddressList(name);
+      return;
+    }
+  }
+  if (i < list.items.size()) refreshAddressList(name);
 }
 
 // The first field of that name, made when there is none and marked as changed.

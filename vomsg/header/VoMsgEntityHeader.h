@@ -115,6 +115,7 @@ class VOMSG_API VoMsgEntityHeader {
   std::size_t findHeader(std::string_view name) const;  // an index; the count when there is none
   void splitAddresses(vomsg::detail::HeaderName name, std::string_view value);
   void rebuildAddresses(vomsg::detail::HeaderName name);
+  void followFields(const char* name);
   VoMsgHeaderField* changeableAddressField(const char* name);
   VoErrorCode insertAddress(const char* name, std::unique_ptr<VoMsgUserAddress>& address, std::size_t i);
   void settleAddresses(vomsg::detail::HeaderName name) const;

@@ -29,11 +29,11 @@ enum class HeaderEnd : std::uint8_t {
 struct HeaderSurvey {
   VoErrorCode code = kVoSuccess;  // kVoMalformed: a limit was passed
   std::uint32_t offset = 0;
-  std::uint32_t size = 0;  // the empty line included
-  HeaderEnd end = HeaderEnd::endOfData;
-  HeaderMark mark = HeaderMark::none;  // the first one
-  std::uint32_t markOffset = 0;        // the source offset of the line that caused it
-  bool contentTypesDiffer = false;     // a replaced Content-Type said something else
+  std::uint32_t size = 0;                // the empty line included
+  HeaderEnd end = HeaderEnd::endOfData;  // of no meaning when `code` is a failure
+  HeaderMark mark = HeaderMark::none;    // the first one
+  std::uint32_t markOffset = 0;          // the source offset of the line that caused it
+  bool contentTypesDiffer = false;       // a replaced Content-Type said something else
 
   bool hasContentType = false;
   StructuredValue contentType;  // of the last Content-Type
