@@ -118,7 +118,9 @@ TEST(HeaderBlockWriter, WritesAnew) {
       {"Bcc: g: a, b;, c", "Bcc: g: a, b;, c"},
       {"From: =?utf-8?q?a?= <b@c>, d", "From: =?utf-8?q?a?=\r\n\t<b@c>,\r\n\td"},
       {"To:", "To: "},
-      // Parameters.
+      {"To: a\nTo: \"b\nTo: c, d", "To: a,\r\n\t\"b, c, d"},
+      // Structured values.
+      {"Content-Type: \"a/b; boundary=x\"", "Content-Type: \"a/b; boundary=x\""},
       {"Content-Type: a ; b=c;d=\"e f\" ;g=\"\\\\\\\"\"",
        "Content-Type: a;\r\n\tb=c;\r\n\td=\"e f\";\r\n\tg=\"\\\\\\\"\""},
       {"Content-Type: a; boundary=b c", "Content-Type: a;\r\n\tboundary=\"b c\""},

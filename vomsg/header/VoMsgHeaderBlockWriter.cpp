@@ -11,7 +11,6 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "vomsg/encoding/VoBase64Decoder.h"
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -23,6 +22,7 @@
 #include "vomsg/header/VoMsgHeaderLineWriter.h"
 #include "vomsg/header/VoMsgHeaderName.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
+#include "vomsg/header/VoMsgStructuredValue.h"
 
 using namespace vomsg::detail;
 
@@ -104,6 +104,18 @@ bool hasGroupSyntax(std::string_view value, bool isChanged) {
   return false;
 }
 
+// The main value of a structured field as it was read has lost its quotes. Where they kept its blanks or a ";" together
+// they are put back, or it would be read as something else.
+bool needsItsQuotes(const VoMsgHeaderField& field, const std::string& quoted) {
+  if (field.isNewHeader() != 0 || !isStructuredName(headerNameOf(viewOf(field.getName())))) return false;
+  const std::string_view raw = viewOf(field.getRawFieldValue());
+  StructuredValue read;
+  parseStructuredValue(read, raw, 1);
+  if (read.value == raw && read.count == 0) return false;
+  parseStructuredValue(read, quoted, 1);
+  return read.value == raw && read.count == 0;
+}
+
 void writeValue(HeaderLineWriter& out, const VoMsgHeaderField& field) {
   const std::string_view name = viewOf(field.getName());
   const std::string_view raw = viewOf(field.getRawFieldValue());
@@ -119,7 +131,8 @@ void writeValue(HeaderLineWriter& out, const VoMsgHeaderField& field) {
     if (raw.find("=?") == raw.npos) return out.write(repairFolds(raw));
     if (const auto encoded = encodedAnew(field)) return out.write(*encoded);
   }
-  out.writeFolded(raw, false);
+  const std::string quoted = "\"" + std::string(raw) + "\"";
+  out.writeFolded(needsItsQuotes(field, quoted) ? quoted : raw, false);
 }
 
 void writeParameters(HeaderLineWriter& out, const VoMsgHeaderField& field) {
@@ -165,29 +178,26 @@ VoErrorCode VoMsgEntityHeader::writeNewHeaderPart(VoMsgBufferedWriter* writer) {
   });
 }
 
-// One list, whatever the number of its fields: RFC 5322 allows one of each.
+// One list, whatever the number of its fields: RFC 5322 allows one of each. They are united before they are cut, for so
+// will a reader see them: a quote left open in one swallows the next.
 void VoMsgEntityHeader::writeAddresses(HeaderLineWriter& out, HeaderName name) const {
-  std::vector<std::string_view> values;
+  std::string united;
   bool staysWhole = !mAddressLists[static_cast<std::size_t>(name)].rest.empty();
   for (const auto& field : mpHeaderList) {
-    if (headerNameOf(viewOf(field->getName())) != name || viewOf(field->getRawFieldValue()).empty()) continue;
-    values.push_back(field->getRawFieldValue());
-    staysWhole = staysWhole || hasGroupSyntax(values.back(), field->isNewHeader() != 0);
+    if (headerNameOf(viewOf(field->getName())) != name) continue;
+    const std::string_view value = viewOf(field->getRawFieldValue());
+    if (value.empty()) continue;
+    united.append(united.empty() ? "" : ", ").append(value);
+    staysWhole = staysWhole || hasGroupSyntax(value, field->isNewHeader() != 0);
   }
-  if (staysWhole) {
-    std::string united;
-    for (const std::string_view value : values) united.append(united.empty() ? "" : ", ").append(value);
-    return out.writeFolded(united, true);
-  }
-  bool isFirst = true;
-  for (std::string_view rest : values) {
-    std::string_view address;
-    while (cutAddress(rest, address)) {
-      if (!std::exchange(isFirst, false)) {
-        out.write(",");
-        out.fold();
-      }
-      out.writeFolded(address, true);
+  if (staysWhole) return out.writeFolded(united, true);
+  std::string_view rest = united;
+  std::string_view address;
+  for (bool isFirst = true; cutAddress(rest, address); isFirst = false) {
+    if (!isFirst) {
+      out.write(",");
+      out.fold();
     }
+    out.writeFolded(address, true);
   }
 }
