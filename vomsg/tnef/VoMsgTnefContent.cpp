@@ -17,7 +17,6 @@ namespace {
 constexpr std::uint32_t kLengthSize = 4;
 constexpr std::uint32_t kInterfaceIdSize = 16;
 constexpr std::uint32_t kRtfHeaderSize = 16;  // compressed size, raw size, kind of compression, checksum
-constexpr unsigned kRtfGrowth = 9;            // two bytes expand to 17 at most
 
 std::unique_ptr<VoMsgBufferedReader> readerOf(const VoMsgResourceLocator& resource) {
   std::unique_ptr<VoMsgBufferedReader> reader(resource.getInputStream(VoMsgResourceLocator::dataPart));
@@ -39,15 +38,33 @@ std::uint32_t readValueLength(VoMsgBufferedReader& source, std::uint32_t offset)
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(_tnefGetInt32(&source), left));
 }
 
-// The compressed size counts from behind itself and covers four bytes too many for the decoder; a value may claim
-// far more than it holds, and must not be believed: the decoder would take the end of the data for text.
-VoErrorCode expandRtf(const VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint32_t length) {
+// Keeps nothing but the number of bytes.
+class CountingWriter : public VoMsgBufferedWriter {
+ public:
+  CountingWriter() : VoMsgBufferedWriter(4096) {}
+  bool open() override { return true; }
+  bool close() override { return true; }
+  bool isOpen() override { return true; }
+  bool writeBuffer() override {
+    mCount += mUsed;
+    mUsed = 0;
+    return true;
+  }
+  std::uint64_t count() const { return mCount + mUsed; }
+
+ private:
+  std::uint64_t mCount = 0;
+};
+
+// Moves from the header of a compressed text behind it and tells how many bytes there are to expand. The compressed
+// size counts from behind itself and covers four bytes too many for the decoder; a value may claim far more than it
+// holds, and must not be believed: the decoder would take the end of the data for text.
+long enterRtf(VoMsgBufferedReader& source, std::uint32_t length) {
   const std::int64_t claimed = std::int64_t{_tnefGetInt32(&source)} - kRtfHeaderSize;
   const std::int64_t held = std::int64_t{length} - kRtfHeaderSize;
   const std::int64_t take = std::max<std::int64_t>(0, std::min(claimed, held));
-  if (take > 0 && !moveTo(source, std::uint64_t{source.getOffset()} + kRtfHeaderSize - kLengthSize))
-    return kVoTnefMalformed;
-  return voDecodeLZFu(const_cast<VoMsgResourceLocator*>(&target), &source, static_cast<long>(take));
+  const std::uint64_t behind = std::uint64_t{source.getOffset()} + kRtfHeaderSize - kLengthSize;
+  return take > 0 && moveTo(source, behind) ? static_cast<long>(take) : 0;
 }
 
 }  // namespace
@@ -105,7 +122,7 @@ VoErrorCode copyValueContent(const VoMsgResourceLocator& target, VoMsgBufferedRe
       if (length <= kInterfaceIdSize) return kVoNoContent;
       return copyStretch(target, source, offset + kLengthSize + kInterfaceIdSize, length - kInterfaceIdSize);
     case ValueContent::compressedRtf:
-      return expandRtf(target, source, length);
+      return voDecodeLZFu(const_cast<VoMsgResourceLocator*>(&target), &source, enterRtf(source, length));
   }
   return kVoNoContent;
 }
@@ -118,9 +135,11 @@ std::uint32_t valueContentSize(VoMsgBufferedReader& source, std::uint32_t offset
     case ValueContent::object:
       return length - std::min(length, kInterfaceIdSize);
     case ValueContent::compressedRtf: {
-      _tnefGetInt32(&source);
-      const std::uint64_t claimed = _tnefGetInt32(&source);
-      return static_cast<std::uint32_t>(std::min(claimed, std::uint64_t{length} * kRtfGrowth));
+      CountingWriter counter;
+      LZFu state;
+      const long compressed = length > 0 ? enterRtf(source, length) : 0;
+      _decodeLZFu(&state, &counter, &source, compressed);
+      return static_cast<std::uint32_t>(std::min<std::uint64_t>(counter.count(), 0x7FFFFFFF));
     }
   }
   return 0;

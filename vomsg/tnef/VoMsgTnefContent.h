@@ -45,7 +45,7 @@ VoErrorCode copyStretch(const VoMsgResourceLocator& target, VoMsgBufferedReader&
 enum class ValueContent : std::uint8_t { bytes, object, compressedRtf };
 VoErrorCode copyValueContent(const VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint32_t offset,
                              ValueContent content);
-// How many bytes that takes: exactly, except for compressed RTF, where it is a guess. 0 when the source ends early.
+// How many bytes that is; compressed RTF is expanded to find out. 0 when the source ends early.
 std::uint32_t valueContentSize(VoMsgBufferedReader& source, std::uint32_t offset, ValueContent content);
 
 }  // namespace vomsg::detail

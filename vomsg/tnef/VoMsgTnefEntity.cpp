@@ -162,8 +162,13 @@ const char* VoMsgTnefEntity::getFileName(const char* charset) const {
   });
 }
 
+ValueContent VoMsgTnefEntity::valueContent() const {
+  return mType == kStream     ? ValueContent::object
+         : mType == kRichText ? ValueContent::compressedRtf
+                              : ValueContent::bytes;
+}
+
 unsigned VoMsgTnefEntity::getContentSize() const {
-  auto* const self = const_cast<VoMsgTnefEntity*>(this);
   return guardedOr(0u, [&]() -> unsigned {
     if (mType == kMessage || hasChildEntity()) return 0;
     if (!isValueType()) {
@@ -171,15 +176,12 @@ unsigned VoMsgTnefEntity::getContentSize() const {
           hasRecord(kAttAttachData) || hasRecord(kAttBody) || hasRecord(kAttAttachment) ? _getTnefBody() : nullptr;
       return body ? body->_getContentSize() : 0;
     }
-    if (mType == kRichText) {
-      const VoMsgResourceLocator* text = nullptr;
-      return voFailed(self->fetchValue(text)) ? 0 : text->getSize(VoMsgResourceLocator::dataPart);
-    }
+    const VoMsgTnefBody* const body = mBody.getObject();
+    if (body && body->_content()) return body->_content()->getSize(VoMsgResourceLocator::dataPart);
     VoMsgTnefMessage* const message = enclosingMessage();
     if (!message) return 0;
     const OpenSource source(message->mMessageSource.getObject());
-    const ValueContent kind = mType == kStream ? ValueContent::object : ValueContent::bytes;
-    return source.reader() ? valueContentSize(*source.reader(), valueOffset(), kind) : 0;
+    return source.reader() ? valueContentSize(*source.reader(), valueOffset(), valueContent()) : 0;
   });
 }
 
@@ -237,9 +239,7 @@ VoErrorCode VoMsgTnefEntity::fetchValue(const VoMsgResourceLocator*& target) {
   }
   const OpenSource source(message->mMessageSource.getObject());
   if (!source.reader()) return kVoReadFailed;
-  const ValueContent kind = mType == kStream     ? ValueContent::object
-                            : mType == kRichText ? ValueContent::compressedRtf
-                                                 : ValueContent::bytes;
+  const ValueContent kind = valueContent();
   if (target) return copyValueContent(*target, *source.reader(), valueOffset(), kind);
   auto content = temporaryResource(valueContentSize(*source.reader(), valueOffset(), kind));
   if (!content) return kVoWriteFailed;

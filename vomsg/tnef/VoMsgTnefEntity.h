@@ -15,6 +15,7 @@ class VoMsgTnefMessage;
 namespace vomsg::detail {
 class NestedStreams;
 class TnefParser;
+enum class ValueContent : std::uint8_t;
 struct MapiValueHead;
 }  // namespace vomsg::detail
 
@@ -147,6 +148,7 @@ class VOMSG_API VoMsgTnefEntity : public virtual VoMsgEntity {
   static constexpr std::uint32_t kNoRecord = 0xFFFFFFFFu;
 
   bool isValueType() const { return mType == kText || mType == kRichText || mType == kStream; }
+  vomsg::detail::ValueContent valueContent() const;
   // Where the value that became this entity lies in the source.
   std::uint32_t valueOffset() const { return mReserved; }
   void setValueOffset(std::uint32_t offset) { mReserved = offset; }

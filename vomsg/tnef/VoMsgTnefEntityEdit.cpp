@@ -123,7 +123,7 @@ VoErrorCode VoMsgTnefEntity::installContent(std::unique_ptr<VoMsgResourceLocator
   VoMsgTnefAttachData* record = body->_getDataRecord();
   VoMsgMapiAttachment* const list = body->_getAttachment();
   VoMsgMapiProperty* const property = list ? list->getMapiPropertyByName(kPrAttachData) : nullptr;
-  if ((record && record->_isBroken()) || (list && list->_isBroken() && property)) return kVoTnefMalformed;
+  if (record ? record->_isBroken() : property && list->_isBroken()) return kVoTnefMalformed;
   if (!record && property) {
     VoMsgMapiData* const value = property->getMapiDataAt(0);
     VoMsgTnefMessage* const message = enclosingMessage();
