@@ -150,6 +150,7 @@ TEST(MapiProperty, FailsWithACodeForEachFault) {
       {"longer than what is left", le16(0x0102) + le16(1) + le32(1) + le32(5) + "abcd", kVoBadFormat},
       {"length near 2^32", le16(0x0102) + le16(1) + le32(1) + le32(0xFFFFFFFE) + "abcd", kVoReadFailed},
       {"padding cut short", le16(0x0102) + le16(1) + le32(1) + le32(3) + "abc", kVoBadFormat},
+      {"length cut short", le16(0x0102) + le16(1) + le32(1) + "abc", kVoBadFormat},
       {"object of 1", counted(0x000D, 1, {prefixed("a")}), kVoTnefMalformed},
       {"object of 15", counted(0x000D, 1, {prefixed(std::string(15, 'a'))}), kVoTnefMalformed},
       {"name longer than the source", le16(3) + le16(0x8000) + set + le32(1) + le32(99) + "abcd", kVoReadFailed},

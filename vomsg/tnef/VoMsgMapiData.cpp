@@ -219,9 +219,7 @@ VoErrorCode VoMsgMapiData::_copyBodyFromSource(const VoMsgResourceLocator* targe
 
 bool VoMsgMapiData::_seekSet(VoMsgBufferedReader* source) const { return source && moveTo(*source, mOffset); }
 
-// What was read is as long as it was in the source, even where the end cut a number short.
 std::uint32_t VoMsgMapiData::_getSize() const {
-  if (!mIsModified) return mSourceSize;
   const bool isPrefixed = mapiTypeRow(mMapiType).form != MapiForm::fixed;
   return mMapiDataSize + mMapiPaddingSize + (isPrefixed ? 4 : 0);
 }
@@ -229,7 +227,9 @@ std::uint32_t VoMsgMapiData::_getSize() const {
 VoErrorCode VoMsgMapiData::writeMapiData(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source,
                                          unsigned short& checkSum) {
   if (!writer) return kVoWriteFailed;
-  return mIsModified ? _writeNewData(writer, checkSum) : _writeFromSource(writer, source, checkSum);
+  // A number that the end cut short is written in full, or what follows it in the list would be taken for its rest.
+  const bool isWhole = mSourceSize == _getSize();
+  return isWhole && !mIsModified ? _writeFromSource(writer, source, checkSum) : _writeNewData(writer, checkSum);
 }
 
 VoErrorCode VoMsgMapiData::_writeData(VoMsgBufferedWriter* writer, const char* data, unsigned int length,

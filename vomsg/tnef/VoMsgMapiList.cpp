@@ -34,6 +34,7 @@ VoErrorCode readValueHead(TnefCursor& cursor, std::uint16_t type, MapiValueHead&
     head.padding = row.filler;
     return kVoSuccess;
   }
+  if (cursor.left() < 4) return kVoBadFormat;
   head.length = cursor.readInt32();
   head.padding = mapiPadding(head.length);
   head.dataOffset = cursor.position();
