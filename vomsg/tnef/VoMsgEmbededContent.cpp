@@ -124,7 +124,7 @@ void readNestedMessages(VoMsgEntity& whole) {
     if (!piece->getEncoding() || !isEmlName(piece->getFileName(nullptr))) continue;
     if (static_cast<int>(piece->getNestingLevel()) >= VoMsgMailMessage::getMaxExtractLevel()) return;
     std::unique_ptr<VoMsgResourceLocator> content(
-        VoMsgResourceManager::createTmpResource(static_cast<VoMsgEmbededEntity*>(piece)->getBodySize()));
+        VoMsgResourceManager::createTmpResource(dynamic_cast<VoMsgEmbededEntity&>(*piece).getBodySize()));
     int err = 0;
     if (!content || !piece->_getContent(err, content.get()) || content->getSize(VoMsgResourceLocator::dataPart) == 0)
       continue;

@@ -4,7 +4,7 @@
 
 #include "vomsg/entity/VoMsgEntity.h"
 
-class VOMSG_API VoMsgHeaderlessEntity : public VoMsgEntity {
+class VOMSG_API VoMsgHeaderlessEntity : public virtual VoMsgEntity {
  public:
   // kVoNotSupported.
   VoErrorCode appendChildEntity(VoMsgEntity* child) override;

@@ -250,10 +250,6 @@ VoErrorCode VoMsgTnefEntity::fetchValue(const VoMsgResourceLocator*& target) {
   return kVoSuccess;
 }
 
-unsigned VoMsgTnefEntity::getResourceSize(VoMsgResourceLocator* resource) {
-  return resource ? resource->getSize(VoMsgResourceLocator::dataPart) : 0;
-}
-
 // --- writing and copying
 
 VoErrorCode VoMsgTnefEntity::_writeToResource(VoMsgBufferedWriter* writer) {
@@ -299,27 +295,3 @@ void VoMsgTnefEntity::dumpAttachedTnefMessageInf(std::FILE* out) {
   auto* const message = dynamic_cast<VoMsgTnefMessage*>(getChildEntity());
   if (out && message) message->dumpMessageInf(out);
 }
-
-// --- header fields, which records do not have
-
-const char* VoMsgTnefEntity::getHeaderValue(const char*, const char*) const { return nullptr; }
-const char* VoMsgTnefEntity::getRawHeaderValue(const char*) const { return nullptr; }
-const char* VoMsgTnefEntity::getHeaderParameterValue(const char*, const char*, const char*) const { return nullptr; }
-const char* VoMsgTnefEntity::getRawHeaderParameterValue(const char*, const char*) const { return nullptr; }
-VoErrorCode VoMsgTnefEntity::setHeaderValue(const char*, const char*, const char*, const char*) {
-  return kVoNotSupported;
-}
-VoErrorCode VoMsgTnefEntity::setHeaderParameterValue(const char*, const char*, const char*, const char*, const char*) {
-  return kVoNotSupported;
-}
-unsigned VoMsgTnefEntity::countHeaders() const { return 0; }
-VoMsgHeaderField* VoMsgTnefEntity::getHeaderAt(unsigned) const { return nullptr; }
-VoMsgHeaderField* VoMsgTnefEntity::getHeader(const char*) const { return nullptr; }
-VoErrorCode VoMsgTnefEntity::appendHeader(VoMsgHeaderField*) { return kVoNotSupported; }
-VoErrorCode VoMsgTnefEntity::insertHeaderAt(VoMsgHeaderField*, unsigned) { return kVoNotSupported; }
-VoErrorCode VoMsgTnefEntity::removeHeaderAt(unsigned) { return kVoNotSupported; }
-VoErrorCode VoMsgTnefEntity::removeHeader(const char*) { return kVoNotSupported; }
-VoErrorCode VoMsgTnefEntity::removeHeaderParameter(const char*, const char*) { return kVoNotSupported; }
-VoErrorCode VoMsgTnefEntity::_readHeaderPart(const char*) { return kVoNotSupported; }
-VoErrorCode VoMsgTnefEntity::_readBodyPart(VoMsgBoundaryType&) { return kVoNotSupported; }
-VoErrorCode VoMsgTnefEntity::_writeBoundarySeparator(VoMsgBufferedWriter*, bool) { return kVoSuccess; }

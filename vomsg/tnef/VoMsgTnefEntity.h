@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
-#include "vomsg/entity/VoMsgEntity.h"
 #include "vomsg/foundation/VoObjectStub.h"
+#include "vomsg/tnef/VoMsgHeaderlessEntity.h"
 
 class VoMsgTnefBody;
 class VoMsgTnefMessage;
@@ -19,7 +19,7 @@ enum class ValueContent : std::uint8_t;
 struct MapiValueHead;
 }  // namespace vomsg::detail
 
-class VOMSG_API VoMsgTnefEntity : public virtual VoMsgEntity {
+class VOMSG_API VoMsgTnefEntity : public VoMsgHeaderlessEntity {
  public:
   enum TnefEntityType : std::uint8_t {
     kInMemoryRecord = 0,  // attAttachRendData read in memory; no stream makes one
@@ -35,31 +35,10 @@ class VOMSG_API VoMsgTnefEntity : public virtual VoMsgEntity {
   std::uint32_t getEntityTypeID() const override;
   TnefEntityType getTnefEntityType() const { return static_cast<TnefEntityType>(mType); }
 
-  // Children come from the stream alone: kVoNotSupported.
-  VoErrorCode appendChildEntity(VoMsgEntity* child) override;
-  VoErrorCode insertChildEntityAt(VoMsgEntity* child, unsigned i) override;
   // Takes the child out of the tree; writing leaves its records out. A child that came from a property value takes
   // that value with it and leaves the records to its neighbour. A stream inside its own entity stays as bytes.
   // kVoOutOfRange: no such child; kVoReadFailed, kVoTnefMalformed: its records cannot be had, nothing changed.
   VoErrorCode removeChildEntityAt(unsigned i) override;
-
-  // Records have no header fields: null, 0, kVoNotSupported.
-  const char* getHeaderValue(const char* name, const char* charset) const override;
-  const char* getRawHeaderValue(const char* name) const override;
-  const char* getHeaderParameterValue(const char* name, const char* param, const char* charset) const override;
-  const char* getRawHeaderParameterValue(const char* name, const char* param) const override;
-  VoErrorCode setHeaderValue(const char* name, const char* value, const char* srcCharset,
-                             const char* dstCharset) override;
-  VoErrorCode setHeaderParameterValue(const char* name, const char* param, const char* value, const char* srcCharset,
-                                      const char* dstCharset) override;
-  unsigned countHeaders() const override;
-  VoMsgHeaderField* getHeaderAt(unsigned i) const override;
-  VoMsgHeaderField* getHeader(const char* name) const override;
-  VoErrorCode appendHeader(VoMsgHeaderField* field) override;
-  VoErrorCode insertHeaderAt(VoMsgHeaderField* field, unsigned i) override;
-  VoErrorCode removeHeaderAt(unsigned i) override;
-  VoErrorCode removeHeader(const char* name) override;
-  VoErrorCode removeHeaderParameter(const char* name, const char* param) override;
 
   // From the attachment's properties, else by the entity's type.
   const char* getContentType() const override;
@@ -98,8 +77,6 @@ class VOMSG_API VoMsgTnefEntity : public virtual VoMsgEntity {
   VoErrorCode setFileName(const char* name) override;  // UTF-8
   VoErrorCode setContentType(const char* contentType) override;
   VoErrorCode setAttachment(VoMsgResourceLocator* content) override;
-  unsigned getResourceSize(VoMsgResourceLocator* resource) override;
-  VoErrorCode appendEntity(VoMsgEntity* entity) override;  // kVoNotSupported
 
   const VoMsgResourceLocator* _getContent(int& err, const VoMsgResourceLocator* target) override;
   const VoMsgResourceLocator* _getRawContent(int& err, const VoMsgResourceLocator* target) override;
@@ -108,9 +85,6 @@ class VOMSG_API VoMsgTnefEntity : public virtual VoMsgEntity {
   VoErrorCode copy(VoMsgEntity* from) override;
   VoMsgBufferedReader* getContextSource(int& err) override;
 
-  VoErrorCode _readHeaderPart(const char* defaultCharset) override;  // kVoNotSupported
-  VoErrorCode _readBodyPart(VoMsgBoundaryType& end) override;        // kVoNotSupported
-  VoErrorCode _writeBoundarySeparator(VoMsgBufferedWriter* writer, bool first) override;
   VoErrorCode _writeToResource(VoMsgBufferedWriter* writer) override;  // the entity's records
   bool _isModified() override;
   const char* _getEntityName() override;

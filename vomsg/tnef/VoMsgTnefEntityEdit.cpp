@@ -212,14 +212,6 @@ VoErrorCode VoMsgTnefEntity::setAttachment(VoMsgResourceLocator* content) { retu
 
 // --- children
 
-VoErrorCode VoMsgTnefEntity::appendChildEntity(VoMsgEntity* child) { return child ? kVoNotSupported : kVoBadArgument; }
-
-VoErrorCode VoMsgTnefEntity::insertChildEntityAt(VoMsgEntity* child, unsigned) {
-  return child ? kVoNotSupported : kVoBadArgument;
-}
-
-VoErrorCode VoMsgTnefEntity::appendEntity(VoMsgEntity*) { return kVoNotSupported; }
-
 VoErrorCode VoMsgTnefEntity::removeChildEntityAt(unsigned i) {
   VoMsgEntity* const child = getChildEntityAt(i);
   if (!child) return kVoOutOfRange;
