@@ -70,8 +70,6 @@ TEST(IcuConverter, InPiecesIsAsAtOnce) {
       const bool jis = std::string_view(row.from) == "iso-2022-jp";
       const Converted want = atOnce(row.to, row.from, jis ? cleaned(text) : text, enforce);
       EXPECT_EQ(run(converter, text), want);
-      // A converter starts afresh each time, whatever became of the text before.
-      EXPECT_EQ(run(converter, text), want);
     }
 }
 
@@ -100,9 +98,6 @@ TEST(IcuConverter, HandlesSpecialCharsets) {
   }
   VoMsgICUConverter broken("utf-8", "no-such-charset", 1, '?');
   EXPECT_EQ(run(broken, "a"), (Converted{kVoConverterMissing, ""}));
-  std::string text = "\xC1";
-  EXPECT_EQ(makeConverter("utf-8", "koi8-r")->convert(text, text), kVoSuccess);
-  EXPECT_EQ(text, "\xD0\xB0");
 }
 
 }  // namespace

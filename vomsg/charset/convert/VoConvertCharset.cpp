@@ -6,25 +6,28 @@
 
 #include "vomsg/charset/convert/VoMsgConverterFactory.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLog.h"
+
+static constexpr char kLogSource[] = "VoConvertCharset";
 
 int voConvertCharset(char* out, unsigned int outSize, const char* toCharset, const char* input, const char* fromCharset,
                      VoErrorCode* err) {
   if (!err) return 0;
-  if (!out || !toCharset || !input || !fromCharset) {
-    *err = kVoBadArgument;
+  const auto failed = [&](VoErrorCode code) {
+    VO_LOG(1, nullptr, "The text can not be converted: 0x%08X.", code);
+    *err = code;
     return 0;
-  }
+  };
+  if (!out || !toCharset || !input || !fromCharset) return failed(kVoBadArgument);
   const std::unique_ptr<VoMsgCharsetConverter> converter(
       VoMsgConverterFactory::getInstance()->createConverter(toCharset, fromCharset, 1, '?'));
-  if (!converter) {
-    *err = kVoConversionFailed;
-    return 0;
-  }
+  if (!converter) return failed(kVoConversionFailed);
   std::string result;
   *err = vomsg::detail::guarded([&] {
     std::string text = input;
     return converter->convert(result, text);
   });
+  if (voFailed(*err)) failed(*err);
   if (outSize != 0) {
     const std::size_t length = std::min<std::size_t>(result.size(), outSize - 1);
     result.copy(out, length);

@@ -17,6 +17,9 @@
 #include "vomsg/charset/convert/VoMsgJisEscapes.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLog.h"
+
+static constexpr char kLogSource[] = "VoDivisionConvert";
 
 namespace {
 
@@ -218,20 +221,21 @@ VoErrorCode divide(const std::u16string& text, const Target& target, int firstRo
 
 VoErrorCode voDivisionConvert(const char* fromCharset, const char* toCharset, std::string& text, unsigned int firstRoom,
                               std::list<char*>** lines) {
-  if (!lines) return kVoBadArgument;
-  *lines = nullptr;
-  if (!fromCharset || !toCharset) return kVoBadArgument;
-  return vomsg::detail::guarded([&] {
+  if (lines) *lines = nullptr;
+  const VoErrorCode code = vomsg::detail::guarded([&] {
+    if (!lines || !fromCharset || !toCharset) return kVoBadArgument;
     const Target target(voGetFQNCharsetName(toCharset));
     std::u16string unicode;
     if (!decode(voGetFQNCharsetName(fromCharset), text, unicode) || !target.isOpen()) return kVoConversionFailed;
     // voGetnUnicodeString counts units in an int.
     if (unicode.size() > INT_MAX) return kVoConversionFailed;
     std::unique_ptr<std::list<char*>, LineTableDeleter> table(new std::list<char*>);
-    const VoErrorCode code = divide(unicode, target, static_cast<int>(firstRoom), *table);
-    if (!voFailed(code)) *lines = table.release();
-    return code;
+    const VoErrorCode divided = divide(unicode, target, static_cast<int>(firstRoom), *table);
+    if (!voFailed(divided)) *lines = table.release();
+    return divided;
   });
+  if (voFailed(code)) VO_LOG(1, nullptr, "The text can not be divided: 0x%08X.", code);
+  return code;
 }
 
 void voFreeLineTable(std::list<char*>* lines) {

@@ -52,10 +52,7 @@ struct HzReader {
       bool goesOn = true;
       if (byte == '~') {
         goesOn = readTilde(at, end, inGb, writer);
-      } else if (byte >= 0x80) {
-        goesOn = writer.unknown();
-        ++at;
-      } else if (!inGb) {
+      } else if (!inGb && byte < 0x80) {
         const Bytes start = at;
         while (at < end && *at < 0x80 && *at != '~') ++at;
         writer.text(viewOf(start, at));
@@ -63,7 +60,7 @@ struct HzReader {
         if (byte == '\r' || byte == '\n') inGb = false;
         writer.text(viewOf(at, at + 1));
         ++at;
-      } else if (end - at > 1 && at[1] > ' ' && at[1] < 0x7F) {
+      } else if (byte < 0x80 && end - at > 1 && at[1] > ' ' && at[1] < 0x7F) {
         goesOn = byte <= kLastLead ? writer.kanji(unsigned{byte} << 8 | at[1]) : writer.unknown();
         at += 2;
       } else {

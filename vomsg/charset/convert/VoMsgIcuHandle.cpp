@@ -4,7 +4,7 @@
 #include <unicode/ucnv_cb.h>
 
 #include <algorithm>
-#include <cstdint>
+#include <array>
 
 namespace vomsg::detail {
 namespace {
@@ -58,13 +58,19 @@ bool encodePiece(UConverter& converter, std::u16string_view text, bool last, Sin
   return U_SUCCESS(status);
 }
 
-// What ICU calls at invalid input; the context is the byte to write for it.
+// What the bytes are worth as replacements.
+constexpr auto kReplacementUnits = [] {
+  std::array<char16_t, 256> units{};
+  for (std::size_t byte = 0; byte < units.size(); ++byte) units[byte] = static_cast<char16_t>(byte);
+  return units;
+}();
+
+// What ICU calls at invalid input; the context points to the unit to write for it.
 void U_CALLCONV writeReplacement(const void* context, UConverterToUnicodeArgs* args, const char*, int32_t,
                                  UConverterCallbackReason reason, UErrorCode* status) {
   if (reason > UCNV_IRREGULAR) return;  // a reset or the end, no character
   *status = U_ZERO_ERROR;
-  const char16_t unit = static_cast<unsigned char>(reinterpret_cast<std::uintptr_t>(context));
-  ucnv_cbToUWriteUChars(args, &unit, 1, 0, status);
+  ucnv_cbToUWriteUChars(args, static_cast<const char16_t*>(context), 1, 0, status);
 }
 
 }  // namespace
@@ -95,8 +101,8 @@ void stopInIcu(UConverter& converter) noexcept {
 
 void replaceInvalidInIcu(UConverter& converter, char replaceChar) noexcept {
   UErrorCode status = U_ZERO_ERROR;
-  const auto* context = reinterpret_cast<const void*>(static_cast<std::uintptr_t>(replaceChar));
-  ucnv_setToUCallBack(&converter, writeReplacement, context, nullptr, nullptr, &status);
+  const char16_t* const unit = &kReplacementUnits[static_cast<unsigned char>(replaceChar)];
+  ucnv_setToUCallBack(&converter, writeReplacement, unit, nullptr, nullptr, &status);
 }
 
 void stopAtInvalidInIcu(UConverter& converter) noexcept {

@@ -120,10 +120,7 @@ struct JisReader {
       } else if (byte == kShiftOut || byte == kShiftIn) {
         shifted = byte == kShiftOut;
         ++at;
-      } else if (byte >= 0x80) {
-        goesOn = writer.unknown();
-        ++at;
-      } else if (set == Set::ascii && !shifted) {
+      } else if (set == Set::ascii && !shifted && byte < 0x80) {
         const Bytes start = at;
         while (at < end && kPlain[*at]) ++at;
         writer.text(viewOf(start, at));
@@ -133,10 +130,10 @@ struct JisReader {
       } else if (byte <= ' ' || byte == 0x7F) {
         writer.text(viewOf(at, at + 1));
         ++at;
-      } else if (shifted || set == Set::kana) {
-        goesOn = byte + 0x80u <= kLastKana ? writer.kana(byte + 0x80u) : writer.unknown();
+      } else if ((shifted || set == Set::kana) && byte + 0x80u <= kLastKana) {
+        goesOn = writer.kana(byte + 0x80u);
         ++at;
-      } else if (end - at > 1 && at[1] > ' ' && at[1] < 0x7F) {
+      } else if (!shifted && set == Set::kanji && end - at > 1 && isSevenBit(at[0]) && isSevenBit(at[1])) {
         goesOn = writer.kanji(unsigned{byte} << 8 | at[1]);
         at += 2;
       } else {
@@ -151,6 +148,8 @@ struct JisReader {
  private:
   enum class Set : unsigned char { ascii, kanji, kana };
   static constexpr unsigned char kEscape = 0x1B, kShiftOut = 0x0E, kShiftIn = 0x0F;
+
+  static bool isSevenBit(unsigned char byte) { return byte > ' ' && byte < 0x7F; }
 
   // What stands for itself in ASCII.
   static constexpr std::array<bool, 256> kPlain = [] {
