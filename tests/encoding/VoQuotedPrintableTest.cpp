@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <optional>
 #include <random>
 
 #include "tests/support/WindowStreams.h"
@@ -60,7 +59,8 @@ Decoded slowDecode(std::string_view text, std::int64_t length) {
 
 std::string slowEncode(std::string_view text, bool softBreaks, bool encodeDot) {
   std::string out, line;
-  std::optional<std::size_t> breakAt;
+  constexpr std::size_t kNowhere = std::string::npos;
+  std::size_t breakAt = kNowhere;
   const auto encoded = [&](unsigned char c) {
     breakAt = line.size();
     line += {'=', "0123456789ABCDEF"[c / 16], "0123456789ABCDEF"[c % 16]};
@@ -92,13 +92,13 @@ std::string slowEncode(std::string_view text, bool softBreaks, bool encodeDot) {
       }
       out += line + "\r\n";
       line.clear();
-      breakAt.reset();
+      breakAt = kNowhere;
     }
     if (line.size() > 75) {
-      const std::size_t cut = breakAt.value_or(line.size() - 1);
+      const std::size_t cut = breakAt != kNowhere ? breakAt : line.size() - 1;
       out += line.substr(0, cut) + (softBreaks ? "=\r\n" : "");
       line.erase(0, cut);
-      breakAt.reset();
+      breakAt = kNowhere;
     }
   }
   return line.empty() ? out : out + line + "\r\n";

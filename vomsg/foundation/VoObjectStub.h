@@ -13,7 +13,8 @@ class VoObjectStub {
     if (mpRef) ++mpRef->mCount;
   }
   VoObjectStub& operator=(const VoObjectStub& other) {
-    VoObjectRef<T>* const ref = other.mpRef;  // free() would empty `other` too, were it this very handle
+    VoObjectRef<T>* const ref = other.mpRef;  // free() may take `other` along, were it a member of the object
+    if (ref == mpRef) return *this;
     if (ref) ++ref->mCount;
     free();
     mpRef = ref;
