@@ -38,7 +38,8 @@ void replay(std::vector<std::uint8_t> seed) {
   for (std::size_t i = 0; i < kMutationsPerSeed; ++i) {
     std::uint8_t& byte = seed[random() % seed.size()];
     const std::uint8_t saved = byte;
-    byte = static_cast<std::uint8_t>(random() % 2 ? kLikely[random() % sizeof kLikely] : random() % 256);
+    const unsigned any = static_cast<unsigned>(random() % 256);
+    byte = static_cast<std::uint8_t>(random() % 2 ? static_cast<unsigned>(kLikely[random() % sizeof kLikely]) : any);
     runExact(seed.data(), seed.size());
     byte = saved;
   }

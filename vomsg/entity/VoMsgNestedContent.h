@@ -26,8 +26,7 @@ VoErrorCode scanEmbeddedBlocks(VoMsgRfc822Entity* part, MessageSource* source, T
 
 // Scans [offset, offset + size) of `source`, the text behind the close delimiter of `multipart`, in the same way. On
 // success a multi-embedded entity is its last child. kVoNoContent: no block was found, and nothing changed.
-VoErrorCode scanEpilogue(VoMsgRfc822Entity* multipart, MessageSource* source, std::uint32_t offset,
-                         std::uint32_t size);
+VoErrorCode scanEpilogue(VoMsgRfc822Entity* multipart, MessageSource* source, std::uint32_t offset, std::uint32_t size);
 
 // Whether `entity` is what scanEpilogue() made, and of which range.
 bool isEpilogueEntity(const VoMsgEntity* entity, std::uint32_t& offset, std::uint32_t& size);
