@@ -1,0 +1,25 @@
+// Made by tools/make_detect_tables.py from state-machines/UCS2BESMModel.txt.
+#include "vomsg/charset/detect/tables/VoMsgSMModels.h"
+
+static constexpr std::uint32_t kClasses[] = {
+    // clang-format off
+    0x00000000, 0x00200100, 0x00000000, 0x00003000, 0x00000000, 0x00333330, 0x00000000, 0x00000000,
+    0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x00000000,
+    0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x00000000,
+    0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x00000000, 0x54000000,
+    // clang-format on
+};
+
+static constexpr std::uint32_t kStates[] = {
+    // clang-format off
+    0x11341775, 0x22221111, 0x11666622, 0x66266666, 0x17756666, 0x66616685, 0x00116666,
+    // clang-format on
+};
+
+static constexpr std::uint32_t kCharLengths[] = {
+    // clang-format off
+    2, 2, 2, 0, 2, 2,
+    // clang-format on
+};
+
+const SMModel UCS2BESMModel = {{3, 7, 2, 15, kClasses}, 6, {3, 7, 2, 15, kStates}, kCharLengths, "UTF-16BE"};
