@@ -77,6 +77,27 @@
 #include "vomsg/encoding/VoQuotedPrintable.h"
 #include "vomsg/encoding/VoUUEncode.h"
 
+// What charset a text is in.
+#include "vomsg/charset/detect/VoMsgCharSetAnalysis.h"
+#include "vomsg/charset/detect/VoMsgCharSetDetector.h"
+#include "vomsg/charset/detect/VoMsgCharSetDetectorFacade.h"
+#include "vomsg/charset/detect/VoMsgCodingStateMachine.h"
+#include "vomsg/charset/detect/VoMsgDetectorSession.h"
+#include "vomsg/charset/detect/VoMsgDistributionDetector.h"
+#include "vomsg/charset/detect/VoMsgFrequenceTables.h"
+#include "vomsg/charset/detect/VoMsgGroupDetector.h"
+#include "vomsg/charset/detect/VoMsgMBCSGroupDetector.h"
+#include "vomsg/charset/detect/VoMsgSBCSGroupDetector.h"
+#include "vomsg/charset/detect/VoMsgSchemeDetector.h"
+#include "vomsg/charset/detect/VoMsgSequenceDetector.h"
+#include "vomsg/charset/detect/VoMsgUTF8Detector.h"
+#include "vomsg/charset/detect/tables/VoMsgSMModels.h"
+#include "vomsg/charset/detect/tables/VoMsgSequenceModels.h"
+#include "vomsg/filter/VoMsgPlainTextFilter.h"
+#include "vomsg/filter/VoMsgTextFilterSession.h"
+#include "vomsg/filter/VoMsgTextFormatFilter.h"
+#include "vomsg/filter/VoMsgTextFormatFilterPool.h"
+
 // Header fields.
 #include "vomsg/header/VoMsgEncodedWord.h"
 #include "vomsg/header/VoMsgEntityHeader.h"

@@ -1,0 +1,3 @@
+#include "vomsg/filter/VoMsgTextFormatFilter.h"
+
+VoMsgTextFormatFilter::~VoMsgTextFormatFilter() = default;
