@@ -131,7 +131,8 @@ void writeValue(HeaderLineWriter& out, const VoMsgHeaderField& field) {
     if (raw.find("=?") == raw.npos) return out.write(repairFolds(raw));
     if (const auto encoded = encodedAnew(field)) return out.write(*encoded);
   }
-  const std::string quoted = "\"" + std::string(raw) + "\"";
+  std::string quoted(1, '"');
+  quoted.append(raw).append(1, '"');
   out.writeFolded(needsItsQuotes(field, quoted) ? quoted : raw, false);
 }
 
