@@ -86,8 +86,10 @@ std::string outline(VoMsgEntity& root) {
     const char* const type = entity->getContentType();
     text += type ? type : "-";
     if (const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity)) {
-      text += " " + std::to_string(mime->getHeaderOffset()) + "+" + std::to_string(mime->getHeaderSize());
-      text += " " + std::to_string(mime->getBodyOffset()) + "+" + std::to_string(mime->getBodySize());
+      text.append(" ").append(std::to_string(mime->getHeaderOffset()));
+      text.append("+").append(std::to_string(mime->getHeaderSize()));
+      text.append(" ").append(std::to_string(mime->getBodyOffset()));
+      text.append("+").append(std::to_string(mime->getBodySize()));
     }
     text += "\n";
   }
