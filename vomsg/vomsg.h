@@ -116,6 +116,7 @@
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/entity/VoMsgSingleBody.h"
+#include "vomsg/entity/VoMsgSmtpSessionInfo.h"
 
 // TNEF streams: "winmail.dat".
 #include "vomsg/tnef/VoMsgEmbededEntity.h"

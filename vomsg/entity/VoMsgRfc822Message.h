@@ -1,8 +1,12 @@
 // An Internet message (RFC 5322, RFC 2045): the root of its own tree, or nested in a message/rfc822 part.
 #pragma once
 
+#include <memory>
+
 #include "vomsg/entity/VoMsgMailMessage.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
+
+class VoMsgMimeEntity;
 
 class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822Entity {
  public:
@@ -63,4 +67,19 @@ class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822
                                         const char* srcCharset, const char* preferCharset);
   VoErrorCode _DisclaimerMessageAttachment(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
                                            const char* srcCharset, const char* preferCharset);
+
+ private:
+  VoErrorCode _insertDiscMsgToText(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
+                                   const char* srcCharset, const char* preferCharset);
+  VoErrorCode _insertDiscMsgToHTML(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
+                                   const char* srcCharset, const char* preferCharset);
+  VoErrorCode _insertDiscMsgToTextCalendar(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
+                                           const char* srcCharset, const char* preferCharset);
+  VoErrorCode _copyOriginalMessage(std::unique_ptr<VoMsgResourceLocator>& original);
+  VoErrorCode _createWrapRfc822MailEntity(std::unique_ptr<VoMsgMimeEntity>& part);
+  // `onlyEssentials`: of the header fields only those that a reader needs stay outside.
+  VoErrorCode _createWrapEntity(VoMsgResourceLocator* disclaimer, const char* srcCharset, const char* preferCharset,
+                                bool onlyEssentials);
+  VoErrorCode _addDisclaimerPart(bool inFront, bool asAttachment, VoMsgResourceLocator* disclaimer,
+                                 const char* srcCharset, const char* preferCharset);
 };

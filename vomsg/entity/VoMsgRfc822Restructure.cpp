@@ -114,6 +114,7 @@ VoErrorCode VoMsgRfc822Entity::_changeSingleToMulti() {
 VoErrorCode VoMsgRfc822Entity::_changeMultipartForEmbeded(std::unique_ptr<VoMsgMimeEntity>& first) {
   VoMsgEntityHeader& header = *getEntityHeader();
   const bool isEmpty = !mHasBodyRange && !hasChildEntity() && !(mBody.getObject() && mBody.getObject()->isNewBody());
+  const bool wasEdited = header.isEdited();
   if (!isEmpty) {
     first = std::make_unique<VoMsgMimeEntity>();
     VoMsgEntityHeader& target = *first->getEntityHeader();
@@ -129,6 +130,14 @@ VoErrorCode VoMsgRfc822Entity::_changeMultipartForEmbeded(std::unique_ptr<VoMsgM
     first->mBodySize = mBodySize;
     first->mHasBodyRange = mHasBodyRange;
     first->mBelowSigned = mBelowSigned;
+    // A multipart moves with its parts, which stay where they are in the source; its delimiters are looked up in the
+    // block that declared them.
+    first->mIsMultipartBody = mIsMultipartBody;
+    first->mChildrenChanged = mChildrenChanged;
+    first->mHeaderOffset = mHeaderOffset;
+    first->mHeaderSize = mHeaderSize;
+    // Moving is no edit: a signature over the content still holds.
+    if (!wasEdited) target.setUnedited();
   }
   for (unsigned i = header.countHeaders(); i-- > 0;)
     if (isContentField(*header.getHeaderAt(i))) header.removeHeaderAt(i);

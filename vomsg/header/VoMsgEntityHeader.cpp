@@ -396,6 +396,11 @@ bool VoMsgEntityHeader::isEdited() const {
                                   [](const auto& field) { return field->isNewHeader() != 0; });
 }
 
+void VoMsgEntityHeader::setUnedited() {
+  mIsEdited = false;
+  for (const auto& field : mpHeaderList) field->setNewHeader(0);
+}
+
 void VoMsgEntityHeader::setMark(vomsg::detail::HeaderMark mark, unsigned offset) {
   mIsNewHeader = true;
   if (mMark != vomsg::detail::HeaderMark::none) return;

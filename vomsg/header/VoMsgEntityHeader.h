@@ -81,6 +81,8 @@ class VOMSG_API VoMsgEntityHeader {
   // A caller changed the block or a field of it; what the parser marked does not count.
   bool isEdited() const;
   void setEdited() { mIsNewHeader = mIsEdited = true; }
+  // The fields so far were put together from unchanged ones, and nobody edited anything.
+  void setUnedited();
   // The parser's mark: the first reason and the source offset of the line that caused it.
   void setMark(vomsg::detail::HeaderMark mark, unsigned offset);
   vomsg::detail::HeaderMark getMark() const { return mMark; }

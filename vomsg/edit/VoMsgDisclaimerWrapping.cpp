@@ -1,0 +1,244 @@
+// Disclaimers beside the content: as a body of their own, as an attachment, or around the message, which becomes an
+// attachment itself, byte for byte. Every part is made before the message changes.
+
+#include <memory>
+#include <string>
+
+#include "vomsg/edit/VoMsgContentEditor.h"
+#include "vomsg/edit/VoMsgTextEditing.h"
+#include "vomsg/entity/VoMsgMimeEntity.h"
+#include "vomsg/entity/VoMsgRangeResource.h"
+#include "vomsg/entity/VoMsgRfc822Message.h"
+#include "vomsg/entity/VoMsgTreeAccess.h"
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/foundation/VoMsgResourceManager.h"
+
+namespace {
+
+using namespace vomsg::detail;
+
+constexpr char kLogSource[] = "VoMsgRfc822Message";
+constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
+constexpr char kAscii[] = "us-ascii";
+
+// What remains of the header when the message is wrapped under a fresh one: who, to whom, when, about what.
+constexpr std::string_view kKeptFields[] = {"Return-Path", "Received",   "From",        "Sender", "Reply-To",
+                                            "To",          "Cc",         "Subject",     "Date",   "Message-ID",
+                                            "In-Reply-To", "References", "MIME-Version"};
+
+// Sets header values in a row; the first failure stays.
+class PartHeader {
+ public:
+  explicit PartHeader(VoMsgEntity& part) : mPart(part) {}
+  PartHeader& value(const char* name, const char* text) {
+    if (!voFailed(code)) code = mPart.setHeaderValue(name, text, kAscii, nullptr);
+    return *this;
+  }
+  PartHeader& parameter(const char* name, const char* param, const char* text) {
+    if (!voFailed(code)) code = mPart.setHeaderParameterValue(name, param, text, kAscii, nullptr);
+    return *this;
+  }
+  VoErrorCode code = kVoSuccess;
+
+ private:
+  VoMsgEntity& mPart;
+};
+
+// The disclaimer as a text part. A text that `preferCharset` cannot say goes out in UTF-8; one that nobody could
+// decode goes out as it came, under the charset that the caller named.
+VoErrorCode createDisclaimerPart(VoMsgResourceLocator& resource, const char* srcCharset, const char* preferCharset,
+                                 const char* fileName, std::unique_ptr<VoMsgMimeEntity>& part) {
+  Disclaimer disclaimer;
+  VoErrorCode code = loadDisclaimer(resource, srcCharset, false, disclaimer);
+  if (voFailed(code)) return code;
+  const char* charset = srcCharset;
+  std::string text = disclaimer.raw;
+  if (disclaimer.isDecoded) {
+    if (!disclaimer.utf8.empty() && !endsLine(disclaimer.utf8)) disclaimer.utf8 += "\r\n";
+    charset = preferCharset;
+    if (!encodeExactly(disclaimer.utf8, charset, text)) {
+      charset = "utf-8";
+      text = disclaimer.utf8;
+    }
+  }
+  EncodedText content;
+  // Bytes that are no text for anybody here must not be taken for lines.
+  if (!encodeText(text, disclaimer.isDecoded ? nullptr : "base64", content)) return kVoDisclaimerCopyFailed;
+  if (!content.encoding) content.encoding = disclaimer.isDecoded ? "7bit" : "base64";
+
+  auto made = std::make_unique<VoMsgMimeEntity>();
+  PartHeader header(*made);
+  header.value("Content-Type", "text/plain").parameter("Content-Type", "charset", charset);
+  if (fileName) {
+    header.parameter("Content-Type", "name", fileName).value("Content-Disposition", "attachment");
+    header.parameter("Content-Disposition", "filename", fileName);
+  } else {
+    header.value("Content-Disposition", "inline");
+  }
+  if (voFailed(header.code)) return header.code;
+  VoMsgMemoryResource encoded(content.bytes.data(), static_cast<unsigned>(content.bytes.size()), nullptr, nullptr);
+  code = made->setRawContent(&encoded, nullptr, content.encoding);
+  if (!voFailed(code)) part = std::move(made);
+  return code;
+}
+
+// What the bytes of a message need where they stand unencoded, as they must in a message/rfc822 part.
+VoErrorCode encodingFor(const VoMsgResourceLocator& resource, const char*& encoding) {
+  constexpr unsigned kLongestLine = 998;
+  const std::unique_ptr<VoMsgBufferedReader> reader(resource.getInputStream(kData));
+  if (!reader) return kVoReadFailed;
+  encoding = "7bit";
+  std::string block(32768, '\0');
+  unsigned lineLength = 0;
+  while (const unsigned n = reader->read(block.data(), static_cast<unsigned>(block.size()))) {
+    for (const char c : std::string_view(block.data(), n)) {
+      if (isLineEnd(c)) {
+        lineLength = 0;
+        continue;
+      }
+      if (c == '\0' || ++lineLength > kLongestLine) {
+        encoding = "binary";
+        return kVoSuccess;
+      }
+      if (static_cast<unsigned char>(c) >= 0x80) encoding = "8bit";
+    }
+  }
+  return kVoSuccess;
+}
+
+// A multipart declares at least what its parts need (RFC 2045, section 6.4).
+VoErrorCode declareEncoding(VoMsgEntity& multipart, const char* partEncoding) {
+  for (const char* name : {"8bit", "binary"})
+    if (equalNoCase(viewOf(partEncoding), name))
+      return multipart.setHeaderValue("Content-Transfer-Encoding", name, kAscii, nullptr);
+  return kVoSuccess;
+}
+
+bool isKept(std::string_view name, bool onlyEssentials) {
+  if (!onlyEssentials) return !startsWithNoCase(name, "content-");
+  for (const std::string_view kept : kKeptFields)
+    if (equalNoCase(name, kept)) return true;
+  return false;
+}
+
+}  // namespace
+
+// The message as it is now, in a resource of its own: its source in place when nobody edited it.
+VoErrorCode VoMsgRfc822Message::_copyOriginalMessage(std::unique_ptr<VoMsgResourceLocator>& original) {
+  if (VoMsgResourceLocator* const source = mSource.getObject(); source && !isModified()) {
+    original = std::make_unique<RangeResource>(mSource, 0, source->getSize(kData));
+    return kVoSuccess;
+  }
+  original.reset(VoMsgResourceManager::createTmpResource(0));
+  if (!original) return kVoNoMemory;
+  const std::unique_ptr<VoMsgBufferedWriter> writer(original->getOutputStream(kData));
+  if (!writer) return kVoWriteFailed;
+  const VoErrorCode code = _writeToResource(writer.get());
+  return voFailed(code) || writer->flush() ? code : kVoWriteFailed;
+}
+
+VoErrorCode VoMsgRfc822Message::_createWrapRfc822MailEntity(std::unique_ptr<VoMsgMimeEntity>& part) {
+  std::unique_ptr<VoMsgResourceLocator> original;
+  VoErrorCode code = _copyOriginalMessage(original);
+  if (voFailed(code)) return code;
+  const std::uint32_t size = original->getSize(kData);
+  const char* encoding = nullptr;
+  code = encodingFor(*original, encoding);
+  if (voFailed(code)) return code;
+
+  auto made = std::make_unique<VoMsgMimeEntity>();
+  PartHeader header(*made);
+  header.value("Content-Type", "message/rfc822").parameter("Content-Type", "name", "originalmail.eml");
+  header.value("Content-Transfer-Encoding", encoding).value("Content-Disposition", "attachment");
+  header.parameter("Content-Disposition", "filename", "originalmail.eml");
+  if (voFailed(header.code)) return header.code;
+  auto nested = std::make_unique<VoMsgRfc822Message>(static_cast<VoMsgEntity*>(nullptr));
+  nested->readFrom(original.release());  // a malformed message is wrapped as it is
+  ContentEditor(*made).holdMessage(std::move(nested), size);
+  part = std::move(made);
+  return kVoSuccess;
+}
+
+VoErrorCode VoMsgRfc822Message::_createWrapEntity(VoMsgResourceLocator* disclaimer, const char* srcCharset,
+                                                  const char* preferCharset, bool onlyEssentials) {
+  if (!disclaimer || !srcCharset) return kVoBadArgument;
+  std::unique_ptr<VoMsgMimeEntity> text;
+  VoErrorCode code =
+      createDisclaimerPart(*disclaimer, srcCharset, preferCharset ? preferCharset : "utf-8", nullptr, text);
+  if (voFailed(code)) return code;
+  std::unique_ptr<VoMsgMimeEntity> original;
+  code = _createWrapRfc822MailEntity(original);
+  if (voFailed(code)) return code;
+
+  std::unique_ptr<VoMsgEntityHeader> header(getEntityHeader()->newCopy());
+  if (!header) return kVoNoMemory;
+  for (unsigned i = header->countHeaders(); i-- > 0;)
+    if (!isKept(viewOf(header->getHeaderAt(i)->getName()), onlyEssentials)) header->removeHeaderAt(i);
+  if (!header->getHeader("MIME-Version")) {
+    auto version = std::make_unique<VoMsgHeaderField>("MIME-Version", "1.0");
+    code = header->appendHeader(version.get());
+    if (voFailed(code)) return code;
+    version.release();
+  }
+  const std::string encoding(viewOf(original->getEncoding()));
+  if (voFailed(ContentEditor(*this).makeMultipart(std::move(header)))) return kVoWrapFailed;
+  TreeAccess::append(this, text.release());
+  TreeAccess::append(this, original.release());
+  return declareEncoding(*this, encoding.c_str());
+}
+
+// The former content, whatever it was, and the disclaimer become the parts of a new multipart.
+VoErrorCode VoMsgRfc822Message::_addDisclaimerPart(bool inFront, bool asAttachment, VoMsgResourceLocator* disclaimer,
+                                                   const char* srcCharset, const char* preferCharset) {
+  if (!disclaimer || !srcCharset) return kVoBadArgument;
+  std::unique_ptr<VoMsgMimeEntity> text;
+  VoErrorCode code = createDisclaimerPart(*disclaimer, srcCharset, preferCharset ? preferCharset : "utf-8",
+                                          asAttachment ? "disclaimer.txt" : nullptr, text);
+  if (voFailed(code)) return code;
+  const std::string encoding(viewOf(getEncoding()));
+  code = ContentEditor(*this).moveContentToPart();
+  if (voFailed(code)) return code;
+  TreeAccess::insertAt(this, text.release(), inFront ? 0 : countChildEntity());
+  return declareEncoding(*this, encoding.c_str());
+}
+
+VoErrorCode VoMsgRfc822Message::_newDisclaimerMessage(VoMsgDisclaimerPosition_e position,
+                                                      VoMsgResourceLocator* disclaimer, const char* srcCharset,
+                                                      const char* preferCharset) {
+  VO_LOG(9, _getUUIDString(), "begin: _newDisclaimerMessage");
+  const VoErrorCode code = guarded(
+      [&] { return _addDisclaimerPart(position == kVoDisclaimerTop, false, disclaimer, srcCharset, preferCharset); });
+  VO_LOG(9, _getUUIDString(), "end  : _newDisclaimerMessage");
+  return code;
+}
+
+VoErrorCode VoMsgRfc822Message::_wrapDisclaimerMessage(VoMsgDisclaimerPosition_e, VoMsgResourceLocator* disclaimer,
+                                                       const char* srcCharset, const char* preferCharset) {
+  VO_LOG(9, _getUUIDString(), "begin: _wrapDisclaimerMessage");
+  const VoErrorCode code = guarded([&] { return _createWrapEntity(disclaimer, srcCharset, preferCharset, false); });
+  VO_LOG(9, _getUUIDString(), "end  : _wrapDisclaimerMessage");
+  return code;
+}
+
+VoErrorCode VoMsgRfc822Message::_wrapNewDisclaimerMessage(VoMsgDisclaimerPosition_e, VoMsgResourceLocator* disclaimer,
+                                                          const char* srcCharset, const char* preferCharset) {
+  VO_LOG(9, _getUUIDString(), "begin: _wrapNewDisclaimerMessage");
+  const VoErrorCode code = guarded([&] { return _createWrapEntity(disclaimer, srcCharset, preferCharset, true); });
+  VO_LOG(9, _getUUIDString(), "end  : _wrapNewDisclaimerMessage");
+  return code;
+}
+
+VoErrorCode VoMsgRfc822Message::_DisclaimerMessageAttachment(VoMsgDisclaimerPosition_e,
+                                                             VoMsgResourceLocator* disclaimer, const char* srcCharset,
+                                                             const char* preferCharset) {
+  VO_LOG(9, _getUUIDString(), "begin: _DisclaimerMessageAttachment");
+  const VoErrorCode code =
+      guarded([&] { return _addDisclaimerPart(false, true, disclaimer, srcCharset, preferCharset); });
+  VO_LOG(9, _getUUIDString(), "end  : _DisclaimerMessageAttachment");
+  return code;
+}

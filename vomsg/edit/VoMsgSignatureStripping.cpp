@@ -1,0 +1,132 @@
+// Signatures of messages that were edited, and the questions that editing asks of entities.
+
+#include <memory>
+#include <new>
+#include <unordered_set>
+
+#include "vomsg/entity/VoMsgEntityIterator.h"
+#include "vomsg/entity/VoMsgRfc822Message.h"
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLog.h"
+
+namespace {
+
+using namespace vomsg::detail;
+
+constexpr char kLogSource[] = "VoMsgRfc822Message";
+
+bool isType(const VoMsgEntity& entity, std::string_view type) {
+  return equalNoCase(viewOf(entity.getContentType()), type);
+}
+
+// What an attached message holds is its own affair.
+signed char outsideAttachedMessages(VoMsgEntity* entity, signed char& descend) {
+  if (isType(*entity, "message/rfc822")) descend = 0;
+  return 1;
+}
+
+bool isSignature(const VoMsgEntity& entity) {
+  for (const char* subtype : {"pkcs7-signature", "x-pkcs7-signature", "pgp-signature"})
+    if (entity.isContentType("application", subtype)) return true;
+  return false;
+}
+
+// Every entity in whose subtree a caller changed something, found in one walk: asking each signed entity by itself
+// would walk a chain of signed parts once for every link.
+std::unordered_set<const VoMsgEntity*> modifiedEntities(VoMsgEntity* root) {
+  std::unordered_set<const VoMsgEntity*> modified;
+  VoMsgEntityIterator walk(root);
+  for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) {
+    if (!entity->_isModified()) continue;
+    for (const VoMsgEntity* up = entity; modified.insert(up).second && up != root;) up = up->getParentEntity();
+  }
+  return modified;
+}
+
+VoErrorCode stripSignedEntity(VoMsgEntity& entity, const char* tag) {
+  VoErrorCode code = entity.setHeaderValue("Content-Type", "multipart/mixed", "us-ascii", nullptr);
+  if (voFailed(code)) {
+    voMessageLog(1, kLogSource, "stripSignaturePart", __LINE__, tag, "Failed setHeaderValue to make multipart/mixed.");
+    return code;
+  }
+  entity.removeHeaderParameter("Content-Type", "protocol");
+  entity.removeHeaderParameter("Content-Type", "micalg");
+  unsigned i = 0;
+  for (const VoMsgEntity* child = entity.getChildEntity(); child;) {
+    const VoMsgEntity* const next = child->getNextSiblingEntity();
+    if (!isSignature(*child)) {
+      ++i;
+    } else if (voFailed(code = entity.removeChildEntityAt(i))) {
+      voMessageLog(1, kLogSource, "stripSignaturePart", __LINE__, tag, "Failed to call removeChildEntityAt()");
+      return code;
+    }
+    child = next;
+  }
+  return kVoSuccess;
+}
+
+}  // namespace
+
+VoErrorCode VoMsgRfc822Message::stripSignaturePart() {
+  const char* const tag = _getUUIDString();
+  VO_LOG(9, tag, "begin: stripSignaturePart");
+  const std::unique_ptr<VoMsgEntityIterator> walk(new (std::nothrow) VoMsgEntityIterator(this));
+  if (!walk) {
+    VO_LOG(1, tag, "Can't create iterator.");
+    return kVoNoMemory;
+  }
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    const auto modified = modifiedEntities(this);
+    for (VoMsgEntity* entity = walk->first(); entity; entity = walk->next()) {
+      if (!entity->isContentType("multipart", "signed") || !modified.contains(entity)) continue;
+      const VoErrorCode stripped = stripSignedEntity(*entity, tag);
+      if (voFailed(stripped)) return stripped;
+    }
+    return kVoSuccess;
+  });
+  if (voFailed(code)) return code;
+  VO_LOG(9, tag, "end  : stripSignaturePart");
+  return kVoSuccess;
+}
+
+bool VoMsgRfc822Message::_isAttachment(VoMsgEntity* entity) {
+  const char* const disposition = entity ? entity->getHeaderValue("Content-Disposition", "us-ascii") : nullptr;
+  return disposition && equalNoCase(disposition, "attachment");
+}
+
+// A multipart/related is no alternative, whatever its "type" parameter says: its parts belong together. Kept on
+// purpose: the type of the entity is compared, not the parameter.
+bool VoMsgRfc822Message::_isAlternative(VoMsgEntity* entity) {
+  if (!entity) return false;
+  if (isType(*entity, "multipart/alternative")) return true;
+  if (!isType(*entity, "multipart/related")) return false;
+  if (!entity->getHeaderParameterValue("Content-Type", "type", "us-ascii")) return false;
+  return isType(*entity, "multipart/alternative");
+}
+
+bool VoMsgRfc822Message::_isParentAlternative(VoMsgEntity* entity) {
+  const VoMsgEntity* const parent = entity ? entity->getParentEntity() : nullptr;
+  return parent && isType(*parent, "multipart/alternative");
+}
+
+bool VoMsgRfc822Message::_hasAlternative() {
+  return guardedOr(false, [&] {
+    VoMsgEntityIterator walk(this, outsideAttachedMessages);
+    for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
+      if (isType(*entity, "multipart/alternative")) return true;
+    return false;
+  });
+}
+
+bool VoMsgRfc822Message::_isTextCalendar(VoMsgEntity* entity) { return entity && isType(*entity, "text/calendar"); }
+
+// An invitation that is attached as a file is not what the reader is shown.
+bool VoMsgRfc822Message::_hasTextCalendar() {
+  return guardedOr(false, [&] {
+    VoMsgEntityIterator walk(this, outsideAttachedMessages);
+    for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
+      if (_isTextCalendar(entity) && !_isAttachment(entity)) return true;
+    return false;
+  });
+}
