@@ -106,7 +106,7 @@ std::string explainMarks(VoMsgEntity* root) {
     const VoMsgEntityHeader* header = mime->getEntityHeader();
     if (header->getMark() == vomsg::detail::HeaderMark::none) continue;
     lines +=
-        std::string("  mark: ") + reasonOf(header->getMark()) + " at " + std::to_string(header->getMarkOffset()) + "\n";
+        std::string("mark: ") + reasonOf(header->getMark()) + " at " + std::to_string(header->getMarkOffset()) + "\n";
   }
   return lines;
 }

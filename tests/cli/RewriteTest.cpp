@@ -24,7 +24,7 @@ TEST_F(ProgramTest, RoundtripExplainsWhatItMarks) {
   const std::string bytes = "Subject: x\r\nno field at all\r\nTo: a@example.org\r\n\r\nbody";
   const Outcome outcome = run({"roundtrip", "--explain", put("m.eml", bytes)});
   EXPECT_EQ(outcome.exit, 1);
-  EXPECT_EQ(outcome.out, path("m.eml: differs at 12\n") + "  mark: a line that is no header field at 12\n");
+  EXPECT_EQ(outcome.out, path("m.eml: differs at 12\n") + "mark: a line that is no header field at 12\n");
 }
 
 TEST_F(ProgramTest, EditsChangeTheirRangeAlone) {
