@@ -31,7 +31,8 @@ const TextKind& kindOf(TextType type) {
 struct Leaf {
   VoMsgRfc822Entity* entity;
   TextType type;
-  std::size_t alternative;  // which alternatives it is in: equal numbers are shown together, 0 is outside of all
+  std::size_t alternative;  // which one it is in: texts of the same number are shown together, 0 is outside of all
+  std::size_t choice;       // the outermost multipart/alternative around it; 0 outside of all
 };
 
 // The inline texts outside nested messages, in document order. Every direct child of a multipart/alternative begins an
@@ -40,23 +41,29 @@ std::vector<Leaf> inlineTexts(VoMsgRfc822Entity& root) {
   struct Level {
     bool isAlternative;
     std::size_t number;
+    std::size_t choice;
   };
   std::vector<Leaf> leaves;
   std::vector<Level> open;
   std::size_t alternatives = 0;
+  std::size_t choices = 0;
   VoMsgEntity* entity = &root;
   while (entity) {
     std::size_t number = open.empty() ? 0 : open.back().number;
+    std::size_t choice = open.empty() ? 0 : open.back().choice;
     if (!open.empty() && open.back().isAlternative) number = ++alternatives;
     VoMsgEntity* next = nullptr;
     if (entity->isMultipartEntity()) {
       next = entity->getChildEntity();
-      if (next) open.push_back({VoMsgRfc822Message::_isAlternative(entity), number});
+      const bool isAlternative = VoMsgRfc822Message::_isAlternative(entity);
+      if (isAlternative && choice == 0) choice = ++choices;
+      if (next) open.push_back({isAlternative, number, choice});
     } else if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity)) {
       const VoMsgEntity* const child = entity->getChildEntity();
       const bool isText = !child || !(child->getEntityTypeID() & kVoEntityIsMessage);
       const TextType type = isText ? typeOf(*entity) : TextType::none;
-      if (type != TextType::none && !VoMsgRfc822Message::_isAttachment(entity)) leaves.push_back({mime, type, number});
+      if (type != TextType::none && !VoMsgRfc822Message::_isAttachment(entity))
+        leaves.push_back({mime, type, number, choice});
     }
     while (!next && entity != &root && !(next = entity->getNextSiblingEntity())) {
       entity = entity->getParentEntity();
@@ -89,7 +96,7 @@ std::vector<Leaf> targetsFor(VoMsgRfc822Entity& root, TextType wanted) {
   };
   mark(first->alternative);
   for (const Leaf& leaf : leaves) {
-    if (leaf.alternative == 0 || (leaf.type == TextType::calendar && wanted != TextType::calendar)) continue;
+    if (leaf.choice != first->choice || (leaf.type == TextType::calendar && wanted != TextType::calendar)) continue;
     if (mark(leaf.alternative)) targets.push_back(leaf);
   }
   return targets;
