@@ -68,15 +68,15 @@ const char* nameOf(const macheader_t& header) {
 VoErrorCode readFork(q_data_t& q, VoMsgResourceLocator& target, Part part, std::uint32_t length) {
   if (length > 0) {
     const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(part));
-    if (!writer) return kVoWriteFailed;
+    if (!writer && part == VoMsgResourceLocator::dataPart) return kVoWriteFailed;
     std::array<char, 4096> bytes;
     while (length > 0) {
       const std::uint32_t n = std::min<std::uint32_t>(length, bytes.size());
       if (!getqbuf(q, bytes.data(), n)) return kVoDecodeFailed;
-      if (!writer->write(bytes.data(), n)) return kVoWriteFailed;
+      if (writer && !writer->write(bytes.data(), n)) return kVoWriteFailed;
       length -= n;
     }
-    if (!writer->flush()) return kVoWriteFailed;
+    if (writer && !writer->flush()) return kVoWriteFailed;
   }
   return verify_crc(q) ? kVoSuccess : kVoDecodeFailed;
 }

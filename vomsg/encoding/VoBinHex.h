@@ -17,7 +17,7 @@ class VoMsgResourceLocator;
 // Decodes the first BinHex file in the rest of `source` into `target`: resource name ("noname" when empty, charset
 // "us-ascii"; it is the sender's and may hold anything), file type, creator, Finder flags, data part and resource
 // fork. There is no length: pass a reader whose data ends where the encoded part ends. A fork of no bytes opens no
-// stream, so that what `target` held there stays.
+// stream, so that what `target` held there stays; a resource fork that `target` has no place for is read over.
 // kVoDecodeFailed: no marker line, no colon, the data ends early, a CRC is wrong, or a fork claims more bytes than
 // the rest of the data could ever yield. Up to and including the header's CRC, `target` is then as it was; after a
 // failure in a fork its content is undefined. kVoWriteFailed: no writer, or a write failed. kVoBadArgument: null.
@@ -26,8 +26,8 @@ VOMSG_API VoErrorCode voDecodeBinHex(VoMsgResourceLocator* target, VoMsgBuffered
 // Encodes `source` with its resource fork, named after it ("noname" without a name; "us-ascii", at most 63 characters),
 // in lines of 64 characters ended by CR LF. kVoReadFailed: no reader, or a fork is shorter than its size;
 // kVoWriteFailed: a write failed; kVoBadArgument: null.
-// A run of exactly 254 equal bytes reads back as one of 255: the coder closes such a run with the largest count, as the
-// readers of this form have always been given it.
+// 254 equal bytes in a row read back as 255, and fail their CRC: the coder closes such a run with the largest count, as
+// the readers of what it writes have always been given it. Send such content in another encoding.
 VOMSG_API VoErrorCode voEncodeBinHex(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source);
 
 namespace vomsg::detail {
