@@ -1,11 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdio>
+#include <fstream>
 #include <random>
 #include <string>
 
 #include "tests/support/MessageFixture.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
+#include "vomsg/foundation/VoMsgFileResource.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/header/VoMsgHeaderField.h"
 #include "vomsg/header/VoMsgUserAddress.h"
@@ -84,6 +89,48 @@ TEST(MessageEdit, ChildrenComeAndGoWithTheirDelimiters) {
       const std::unique_ptr<VoMsgMailMessage> copy(message->split());
       EXPECT_EQ(written(*copy), row.want);
     }
+}
+
+// A multipart whose header block ends with the data has no body yet; an empty part gets its line end only once; what
+// stands behind the close delimiter goes with the entity that was found in it.
+TEST(MessageEdit, ChildrenOfIncompleteMultiparts) {
+  const std::string header = "Content-Type: multipart/mixed; boundary=b\r\n";
+  const std::string part = std::string("--b\r\n") + kNewPart + "\r\n";
+  for (const std::string& start : {header, header.substr(0, header.size() - 2), header + "\r\n"}) {
+    MessageFixture message(start);
+    for (int i = 0; i < 2; ++i) ASSERT_EQ(message->appendChildEntity(newPart("new")), kVoSuccess);
+    EXPECT_EQ(written(*message), header + "\r\n" + part + part + "--b--\r\n");
+  }
+  MessageFixture empty(header + "\r\n--b\r\n--b--");
+  for (int i = 0; i < 2; ++i) ASSERT_EQ(empty->appendChildEntity(newPart("new")), kVoSuccess);
+  EXPECT_EQ(written(*empty), header + "\r\n--b\r\n\r\n" + part + part + "--b--");
+
+  const std::string parts = header + "\r\n--b\r\n\r\none\r\n--b--\r\n";
+  MessageFixture behind(parts + "begin 644 a.txt\r\n#86)C\r\n`\r\nend\r\n");
+  ASSERT_EQ(behind->countChildEntity(), 2u);
+  ASSERT_EQ(behind->removeChildEntityAt(1), kVoSuccess);
+  EXPECT_EQ(written(*behind), parts);
+}
+
+// Also by another name, and for a message that lies in the source of another.
+TEST(MessageEdit, NoMessageIsWrittenOverItsSource) {
+  const std::string text = "Content-Type: message/rfc822\r\n\r\nSubject: in\r\n\r\nx\r\n";
+  const std::string path = testing::TempDir() + "vomsg_source.eml", other = testing::TempDir() + "vomsg_other.eml";
+  std::ofstream(path, std::ios::binary) << text;
+  std::remove(other.c_str());
+  ASSERT_EQ(::link(path.c_str(), other.c_str()), 0);
+  VoMsgRfc822Message message;
+  ASSERT_EQ(message.readFrom(new VoMsgFileResource(path.c_str(), nullptr, nullptr)), kVoSuccess);
+  for (VoMsgEntity* entity : entitiesOf(message))
+    for (const std::string& name : {path, other}) {
+      VoMsgFileResource target(name.c_str(), nullptr, nullptr);
+      if (auto* const own = dynamic_cast<VoMsgMailMessage*>(entity)) {
+        EXPECT_EQ(own->writeTo(&target), kVoBadArgument) << name;
+      }
+    }
+  EXPECT_EQ(written(message), text);
+  std::remove(path.c_str());
+  std::remove(other.c_str());
 }
 
 TEST(MessageEdit, PartsForMultipartsWithoutDelimiters) {

@@ -66,7 +66,7 @@ const char* nameOf(const macheader_t& header) {
 }
 
 VoErrorCode readFork(q_data_t& q, VoMsgResourceLocator& target, Part part, std::uint32_t length) {
-  if (length > 0) {
+  if (length > 0 || part == VoMsgResourceLocator::dataPart) {  // an empty fork replaces what the target held, too
     const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(part));
     if (!writer && part == VoMsgResourceLocator::dataPart) return kVoWriteFailed;
     std::array<char, 4096> bytes;

@@ -111,7 +111,11 @@ VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
   bool multipart = false;
   const VoErrorCode code = _isMalformedMessage(entity, multipart);
   if (voFailed(code)) return code;
-  if (mSurvey.end == HeaderEnd::boundaryLine || mSurvey.end == HeaderEnd::endOfData) return kVoSuccess;  // no body
+  if (mSurvey.end == HeaderEnd::boundaryLine || mSurvey.end == HeaderEnd::endOfData) {  // no body
+    entity.mIsMultipartBody = multipart;
+    if (multipart) mLeaf = nullptr;
+    return kVoSuccess;
+  }
   if (!multipart) {
     mPlan = planLeaf(entity);
     return kVoSuccess;

@@ -7,13 +7,11 @@ MessageSource::~MessageSource() = default;
 
 VoMsgBufferedReader* MessageSource::openReader() {
   if (!mpReader && resource()) mpReader.reset(resource()->getInputStream(VoMsgResourceLocator::dataPart));
-  if (!mpReader || (!mpReader->isOpen() && !mpReader->open())) return nullptr;
-  return mpReader.get();
+  return isOpen() || (mpReader && mpReader->open()) ? mpReader.get() : nullptr;
 }
 
-void MessageSource::closeReader() {
-  if (mpReader) mpReader->close();
-}
+// A closed file reader would keep its buffers, and a digest has as many sources as messages.
+void MessageSource::closeReader() { mpReader.reset(); }
 
 bool MessageSource::isOpen() const { return mpReader && mpReader->isOpen(); }
 

@@ -17,8 +17,7 @@ class MessageSource {
 
   VoMsgResourceLocator* resource() const { return mResource.getObject(); }
   const VoObjectStub<VoMsgResourceLocator>& sharedResource() const { return mResource; }
-  // The reader, made when it is first asked for and opened when it is closed; borrowed. Null when the resource
-  // cannot be read.
+  // The opened reader; borrowed until it is closed. Null when the resource cannot be read.
   VoMsgBufferedReader* openReader();
   void closeReader();
   bool isOpen() const;

@@ -9,7 +9,6 @@
 
 #include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
-#include "vomsg/entity/VoMsgMultipartBody.h"
 #include "vomsg/entity/VoMsgNestedContent.h"
 #include "vomsg/entity/VoMsgSingleBody.h"
 #include "vomsg/entity/VoMsgTransferEncoding.h"
@@ -181,6 +180,13 @@ void MessageWriter::openMultipart(VoMsgRfc822Entity& entity, std::uint64_t end) 
   open.sourceBoundary = open.isNew ? open.boundary : sourceBoundaryOf(entity);
   if (open.isNew && body && body->isMultipart())
     open.close = static_cast<const VoMsgMultipartBody*>(body)->getPreamble();
+  if (!open.isNew && body && body->isMultipart()) {
+    open.removed = static_cast<const VoMsgMultipartBody*>(body)->getRemoved();
+    std::sort(open.removed.begin(), open.removed.end(), [](const auto& a, const auto& b) { return a.begin < b.begin; });
+  }
+  for (const VoMsgEntity* child = open.next; child && !open.firstInPlace; child = child->getNextSiblingEntity())
+    if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(child); part && part->mInPlace)
+      open.firstInPlace = part;
   mOpen.push_back(std::move(open));
   if (mOpen.back().isNew) {
     OpenMultipart& fresh = mOpen.back();
@@ -198,9 +204,7 @@ VoErrorCode MessageWriter::beforeChild(OpenMultipart& open, VoMsgRfc822Entity& c
   if (open.isNew) return put(delimiter);
   if (open.seenInPlace) return put(std::string(open.lineEnd) + delimiter);
   // A part added before the first one stands behind the delimiter line that is there.
-  for (const VoMsgEntity* later = child.getNextSiblingEntity(); later; later = later->getNextSiblingEntity())
-    if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(later); part && part->mInPlace)
-      return copyGap(open, part->mHeaderOffset);
+  if (open.firstInPlace) return copyGap(open, open.firstInPlace->mHeaderOffset);
   const VoErrorCode code = gotoInsertionPoint(open);
   return voFailed(code) ? code : put(delimiter);
 }
@@ -212,18 +216,13 @@ VoErrorCode MessageWriter::afterChild(OpenMultipart& open) {
   if (child.mInPlace) {
     open.seenInPlace = true;
     open.position = std::uint64_t{child.mBodyOffset} + child.mBodySize;
-    return separate(open);
   }
-  if (open.seenInPlace) return separate(open);
+  if (open.seenInPlace) return kVoSuccess;  // what follows brings its line end
   const VoErrorCode code = put(open.lineEnd);
-  if (voFailed(code)) return code;
-  for (const VoMsgEntity* later = open.next; later; later = later->getNextSiblingEntity())
-    if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(later); part && part->mInPlace) {
-      std::string delimiter = "--" + open.boundary;
-      delimiter += open.lineEnd;
-      return put(delimiter);
-    }
-  return kVoSuccess;
+  if (voFailed(code) || !open.firstInPlace) return code;
+  std::string delimiter = "--" + open.boundary;
+  delimiter += open.lineEnd;
+  return put(delimiter);
 }
 
 // The source may have no line end between an empty part and the next delimiter; what is written there now needs one.
@@ -251,17 +250,15 @@ VoErrorCode MessageWriter::gotoInsertionPoint(OpenMultipart& open) {
   if (open.position != open.entity->mBodyOffset || !open.close.empty()) return kVoSuccess;  // there already
   VoMsgBufferedReader* const reader = readerOf(*open.entity);
   if (!reader) return kVoReadFailed;
-  const VoMsgEntityBody* const body = open.entity->mBody.getObject();
-  if (body && body->isMultipart() && !static_cast<const VoMsgMultipartBody*>(body)->getRemoved().empty()) {
-    auto removed = static_cast<const VoMsgMultipartBody*>(body)->getRemoved();
-    const auto last = std::max_element(removed.begin(), removed.end(),
-                                       [](const auto& a, const auto& b) { return a.begin < b.begin; });
-    return copyGap(open, behindLineEnd(open, last->end));
-  }
+  const auto removed = std::find_if(open.removed.rbegin(), open.removed.rend(), [](const auto& r) { return r.isPart; });
+  if (removed != open.removed.rend()) return copyGap(open, behindLineEnd(open, removed->end));
   BoundaryTable boundaries;
   boundaries.push(open.sourceBoundary);
-  if (!moveTo(*reader, open.position)) return kVoReadFailed;
-  const BodyEnd end = findBodyEnd(*reader, boundaries);
+  BodyEnd end;
+  if (open.position < open.end) {
+    if (!moveTo(*reader, open.position)) return kVoReadFailed;
+    end = findBodyEnd(*reader, boundaries);
+  }
   if (end.match.type != kVoBoundaryNone && end.lineOffset < open.end) return copyGap(open, end.lineOffset);
   open.close = "--" + open.boundary + "--";
   open.close += open.lineEnd;
@@ -275,17 +272,16 @@ VoErrorCode MessageWriter::gotoInsertionPoint(OpenMultipart& open) {
 
 // Copies from the multipart's position to `end`, less what belonged to removed parts.
 VoErrorCode MessageWriter::copyGap(OpenMultipart& open, std::uint64_t end) {
-  std::vector<VoMsgMultipartBody::Range> removed;
-  if (const VoMsgEntityBody* const body = open.entity->mBody.getObject(); body && body->isMultipart())
-    for (const auto& range : static_cast<const VoMsgMultipartBody*>(body)->getRemoved())
-      if (range.begin >= open.position && range.end <= end) removed.push_back(range);
-  std::sort(removed.begin(), removed.end(), [](const auto& a, const auto& b) { return a.begin < b.begin; });
-  VoErrorCode code = kVoSuccess;
-  for (const auto& range : removed) {
-    code = copyDelimiters(open, open.position, std::max(open.position, delimiterBefore(open, range.begin)));
+  VoErrorCode code = separate(open);
+  for (; open.nextRemoved < open.removed.size() && open.removed[open.nextRemoved].end <= end; ++open.nextRemoved) {
+    const VoMsgMultipartBody::Range& range = open.removed[open.nextRemoved];
+    const std::uint64_t from = std::max<std::uint64_t>(open.position, range.begin);
+    const std::uint64_t until = range.isPart ? delimiterBefore(open, from) : from;
+    if (!voFailed(code)) code = copyDelimiters(open, open.position, until);
     if (voFailed(code)) return code;
-    open.position = std::min(end, behindLineEnd(open, range.end));
+    open.position = range.isPart ? std::min(end, behindLineEnd(open, range.end)) : range.end;
   }
+  if (voFailed(code)) return code;
   code = copyDelimiters(open, open.position, end);
   open.position = std::max(open.position, end);
   return code;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "vomsg/entity/VoMsgMessageSource.h"
+#include "vomsg/entity/VoMsgMultipartBody.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 
 namespace vomsg::detail {
@@ -28,11 +29,14 @@ class MessageWriter {
   // A multipart that is being written, its children one after the other.
   struct OpenMultipart {
     VoMsgRfc822Entity* entity;
-    VoMsgEntity* next;           // the child to write next
-    VoMsgRfc822Entity* current;  // the child just written
-    VoMsgEntity* behind;         // attachments behind the close delimiter that a caller changed
-    std::uint64_t position;      // how far the source of the entity's body has been written or dropped
-    std::uint64_t end;           // where that body ends
+    VoMsgEntity* next;                               // the child to write next
+    VoMsgRfc822Entity* current;                      // the child just written
+    VoMsgEntity* behind;                             // attachments behind the close delimiter that a caller changed
+    const VoMsgRfc822Entity* firstInPlace;           // the first child that comes from the source
+    std::vector<VoMsgMultipartBody::Range> removed;  // in the order of the source
+    std::size_t nextRemoved;                         // the first of them that no gap has passed yet
+    std::uint64_t position;  // how far the source of the entity's body has been written or dropped
+    std::uint64_t end;       // where that body ends
     std::string_view lineEnd;
     std::string boundary;
     std::string sourceBoundary;  // differs when a caller changed the boundary

@@ -18,10 +18,12 @@ class VOMSG_API VoMsgMultipartBody : public VoMsgEntityBody {
   void setNewBody();
   const std::string& getPreamble() const { return mPreamble; }
 
-  // A part that was removed: where it lay in the source, its header block included.
+  // What was removed from the source: a part with its header block, which takes its delimiter line along, or the text
+  // behind the close delimiter.
   struct Range {
     std::uint32_t begin;
     std::uint32_t end;
+    bool isPart;
   };
   void addRemoved(Range range) { mRemoved.push_back(range); }
   const std::vector<Range>& getRemoved() const { return mRemoved; }

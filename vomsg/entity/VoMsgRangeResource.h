@@ -21,6 +21,7 @@ class RangeResource : public VoMsgResourceLocator {
   bool equal(VoMsgResourceLocator* other) const override;                           // true for the whole, too
   unsigned getSize(VoMsgResourceDataType type) const override;
   bool hasResourceFork() const override;
+  VoMsgResourceLocator* getWhole() const { return mWhole.getObject(); }  // borrowed; never a range itself
 
  private:
   VoObjectStub<VoMsgResourceLocator> mWhole;

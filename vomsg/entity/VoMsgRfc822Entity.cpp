@@ -12,6 +12,7 @@
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMessageWriter.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
+#include "vomsg/entity/VoMsgNestedContent.h"
 #include "vomsg/entity/VoMsgSingleBody.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBoundaryTable.h"
@@ -27,6 +28,7 @@ namespace {
 using namespace vomsg::detail;
 
 constexpr char kLogSource[] = "VoMsgRfc822Entity";
+constexpr unsigned kAtEnd = 0xFFFFFFFFu;
 
 bool isAddressHeader(std::string_view name) {
   return equalNoCase(name, "From") || equalNoCase(name, "To") || equalNoCase(name, "Cc") || equalNoCase(name, "Bcc");
@@ -319,28 +321,34 @@ VoErrorCode VoMsgRfc822Entity::setContentType(const char* contentType) {
 // ---- the tree
 
 VoErrorCode VoMsgRfc822Entity::appendChildEntity(VoMsgEntity* child) {
-  return insertChildEntityAt(child, isMultipartEntity() ? countChildEntity() : 1);
+  const VoErrorCode code = guarded([&] { return _addChild(child, kAtEnd); });
+  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
 }
 
 VoErrorCode VoMsgRfc822Entity::appendEntity(VoMsgEntity* entity) { return appendChildEntity(entity); }
 
 // A message cannot stand between delimiters as it is, so it gets a part around it.
+VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
+  if (!child || child == this || child->getParentEntity()) return kVoBadArgument;
+  for (const VoMsgEntity* up = this; up; up = up->getParentEntity())
+    if (up == child) return kVoBadArgument;
+  const bool wasMultipart = isMultipartEntity();
+  if (i != kAtEnd && (wasMultipart ? i > 0 && !getChildEntityAt(i - 1) : i > 1)) return kVoOutOfRange;
+  const VoErrorCode ready = wasMultipart ? _makeMultipartHeader() : _changeSingleToMulti();
+  if (voFailed(ready)) return ready;
+  VoMsgEntity* added = child;
+  if (child->getEntityTypeID() & kVoEntityIsMessage) added = child->createWrapperEntity();
+  if (!added) return kVoNoMemory;
+  if (i == kAtEnd || (i == 1 && !hasChildEntity()))
+    _appendChild(added);
+  else
+    _insertChildAt(added, i);
+  mChildrenChanged = true;
+  return kVoSuccess;
+}
+
 VoErrorCode VoMsgRfc822Entity::insertChildEntityAt(VoMsgEntity* child, unsigned i) {
-  const VoErrorCode code = guarded([&]() -> VoErrorCode {
-    if (!child || child == this || child->getParentEntity()) return kVoBadArgument;
-    for (const VoMsgEntity* up = this; up; up = up->getParentEntity())
-      if (up == child) return kVoBadArgument;
-    const bool wasMultipart = isMultipartEntity();
-    if (i > (wasMultipart ? countChildEntity() : 1u)) return kVoOutOfRange;
-    const VoErrorCode ready = wasMultipart ? _makeMultipartHeader() : _changeSingleToMulti();
-    if (voFailed(ready)) return ready;
-    VoMsgEntity* added = child;
-    if (child->getEntityTypeID() & kVoEntityIsMessage) added = child->createWrapperEntity();
-    if (!added) return kVoNoMemory;
-    if (!_insertChildAt(added, std::min(i, countChildEntity()))) return kVoOutOfRange;
-    mChildrenChanged = true;
-    return kVoSuccess;
-  });
+  const VoErrorCode code = guarded([&] { return i == kAtEnd ? kVoOutOfRange : _addChild(child, i); });
   return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
 }
 
@@ -349,9 +357,12 @@ VoErrorCode VoMsgRfc822Entity::removeChildEntityAt(unsigned i) {
     if (!isMultipartEntity()) return kVoNoChildren;
     VoMsgEntity* const child = getChildEntityAt(i);
     if (!child) return kVoOutOfRange;
+    std::uint32_t offset, size;
     if (const auto* const part = dynamic_cast<VoMsgRfc822Entity*>(child); part && part->mInPlace)
       static_cast<VoMsgMultipartBody*>(_createEntityBody(true))
-          ->addRemoved({part->mHeaderOffset, part->mBodyOffset + part->mBodySize});
+          ->addRemoved({part->mHeaderOffset, part->mBodyOffset + part->mBodySize, true});
+    else if (isEpilogueEntity(child, offset, size))
+      static_cast<VoMsgMultipartBody*>(_createEntityBody(true))->addRemoved({offset, offset + size, false});
     mChildrenChanged = true;
     return _removeChildAt(i) ? kVoSuccess : kVoOutOfRange;
   });

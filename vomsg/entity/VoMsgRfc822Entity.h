@@ -125,6 +125,7 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   // Makes a new body when there is none, when it is shared, or when it is of the other kind.
   VoMsgEntityBody* _createEntityBody(bool multipart);
 
+  VoErrorCode _addChild(VoMsgEntity* child, unsigned i);  // all ones: behind the last one
   // Turns a leaf into multipart/mixed: what it held becomes its first part.
   VoErrorCode _changeSingleToMulti();
   VoErrorCode _makeMultipartHeader();

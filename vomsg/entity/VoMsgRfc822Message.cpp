@@ -11,6 +11,7 @@
 #include "vomsg/entity/VoMsgMessageWriter.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgNestedContent.h"
+#include "vomsg/entity/VoMsgRangeResource.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
@@ -27,7 +28,13 @@ constexpr char kLogSource[] = "VoMsgRfc822Message";
 constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
 constexpr std::uint64_t kLargestSource = 0x7FFFFFFF;  // offsets of bodies are signed
 
+VoErrorCode logFailure(const char* function, const char* tag, VoErrorCode code) {
+  voMessageLog(1, kLogSource, function, __LINE__, tag, "%s failed. (error code:%x)", function, code);
+  return code;
+}
+
 bool fileStatus(VoMsgResourceLocator* resource, struct stat& status) {
+  if (const auto* const range = dynamic_cast<RangeResource*>(resource)) resource = range->getWhole();
   const auto* const file = dynamic_cast<VoMsgFileResource*>(resource);
   const char* const path = file ? file->getFilePath(kData) : nullptr;
   return path && stat(path, &status) == 0;
@@ -68,7 +75,7 @@ void VoMsgRfc822Message::setUserData(void* data) { mpUserData = data; }
 VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
   const char* const tag = _getUUIDString();
   VO_DIAGNOSTIC(2, tag, "parsing message.");
-  if (!source) return kVoBadArgument;
+  if (!source) return logFailure(__func__, tag, kVoBadArgument);
   if (mSource.getObject()) {
     VO_LOG(1, tag, "Resource of this message object has already existed.");
     return kVoNoMemory;
@@ -85,6 +92,7 @@ VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
   MessageSource* const opened = mMessageSource.getObject();
   VoMsgBufferedReader* const reader = opened->openReader();
   if (!reader || isTooLarge(source, *reader)) {
+    opened->closeReader();
     VO_DIAGNOSTIC(0, tag, "parse error. (can not read message)");
     return kVoReadFailed;
   }
@@ -132,14 +140,14 @@ VoErrorCode VoMsgRfc822Message::_readEntityBodyPart(VoMsgEntity* entity, VoMsgBo
 // ---- writing
 
 VoErrorCode VoMsgRfc822Message::writeTo(VoMsgResourceLocator* target) {
-  if (!target) return kVoBadArgument;
   const char* const tag = _getUUIDString();
+  if (!target) return logFailure(__func__, tag, kVoBadArgument);
   VoMsgResourceLocator* const source = mSource.getObject();
   if (source && (source->equal(target) || isSameFile(source, target))) {
     VO_LOG(9, tag, "The argument of ResourceLocator is same as message source file.");
     return kVoBadArgument;
   }
-  return guarded([&]() -> VoErrorCode {
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
     const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(kData));
     if (!writer) {
       VO_DIAGNOSTIC(0, tag, "mail message write error.");
@@ -147,6 +155,7 @@ VoErrorCode VoMsgRfc822Message::writeTo(VoMsgResourceLocator* target) {
     }
     return _writeToResource(writer.get());
   });
+  return voFailed(code) ? logFailure(__func__, tag, code) : code;
 }
 
 VoErrorCode VoMsgRfc822Message::_writeToResource(VoMsgBufferedWriter* writer) {
@@ -154,7 +163,7 @@ VoErrorCode VoMsgRfc822Message::_writeToResource(VoMsgBufferedWriter* writer) {
   const char* const tag = _getUUIDString();
   VO_DIAGNOSTIC(2, tag, mSource.getObject() ? "writing back message." : "writing new composed message.");
   const OpenSource source(mMessageSource.getObject());
-  if (mMessageSource.getObject() && !source.reader()) {
+  if (mMessageSource.getObject() && (!source.reader() || !mHasHeaderRange)) {  // or it could not be read before
     VO_DIAGNOSTIC(0, tag, "can not access original mail message.");
     return kVoReadFailed;
   }
