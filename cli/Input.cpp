@@ -15,6 +15,8 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgFileResource.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/tnef/VoMsgTnefMessage.h"
+#include "vomsg/tnef/VoTnefInteger.h"
 
 namespace cli {
 
@@ -56,6 +58,12 @@ std::string readStream(int fd, const std::string& file) {
   }
 }
 
+// A TNEF stream that lies there without a message around it, as mail programs save "winmail.dat".
+bool isTnefStream(const VoMsgResourceLocator& source) {
+  const std::unique_ptr<VoMsgBufferedReader> reader(source.getInputStream(VoMsgResourceLocator::dataPart));
+  return _tnefGetInt32(reader.get()) == kVoTnefSignature;
+}
+
 }  // namespace
 
 std::unique_ptr<VoMsgResourceLocator> openInput(const std::string& file) {
@@ -81,7 +89,11 @@ std::string readAll(const VoMsgResourceLocator& resource, const std::string& fil
 OpenedMessage openMessage(const std::string& file) { return openMessage(file, openInput(file)); }
 
 OpenedMessage openMessage(const std::string& file, std::unique_ptr<VoMsgResourceLocator> source) {
-  OpenedMessage opened{std::make_unique<VoMsgRfc822Message>(), kVoSuccess};
+  OpenedMessage opened{nullptr, kVoSuccess};
+  if (isTnefStream(*source))
+    opened.message = std::make_unique<VoMsgTnefMessage>();
+  else
+    opened.message = std::make_unique<VoMsgRfc822Message>();
   opened.code = opened.message->readFrom(source.release());
   int err = 0;
   opened.message->getContextSource(err);  // keeps the file open for the many small reads that follow

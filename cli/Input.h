@@ -21,7 +21,7 @@ struct OpenedMessage {
   std::unique_ptr<VoMsgMailMessage> message;
   VoErrorCode code;  // of readFrom; the tree is usable even when it is a failure
 };
-// Reads the message in a file. Failure: kNoInput.
+// Reads the message in a file, which may also be a bare TNEF stream. Failure: kNoInput.
 OpenedMessage openMessage(const std::string& file);
 // The same from its data, which the message takes over; `file` is its name for complaints.
 OpenedMessage openMessage(const std::string& file, std::unique_ptr<VoMsgResourceLocator> source);
