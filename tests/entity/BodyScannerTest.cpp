@@ -29,9 +29,10 @@ BodyEnd slowly(std::string_view text, const BoundaryTable& boundaries) {
     end.match = boundaries.match(text.substr(at, stop - at));
     end.lineOffset = at;
     end.lineEnd = stop + terminator;
+    end.terminator = terminator;
     end.terminatorBefore = before;
     if (end.match.type != kVoBoundaryNone) return end;
-    at = end.lineEnd;
+    at = stop + terminator;
     before = terminator;
   }
   end = {};

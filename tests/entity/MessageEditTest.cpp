@@ -329,9 +329,10 @@ class RandomEdit {
     }
     const std::size_t entitiesLeft = entitiesOf(*message).size();
     const std::string out = written(*message);
-    const std::size_t tail = mBytes.size() - std::min<std::size_t>(mBytes.size(), end);
-    ASSERT_GE(out.size(), begin + tail);
-    ASSERT_EQ(out.substr(0, begin), mBytes.substr(0, begin));
+    const auto head = static_cast<std::size_t>(begin);
+    const std::size_t tail = mBytes.size() - static_cast<std::size_t>(std::min<std::uint64_t>(mBytes.size(), end));
+    ASSERT_GE(out.size(), head + tail);
+    ASSERT_EQ(out.substr(0, head), mBytes.substr(0, head));
     ASSERT_EQ(out.substr(out.size() - tail), mBytes.substr(mBytes.size() - tail));
 
     MessageFixture again(out);
