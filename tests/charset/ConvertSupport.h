@@ -8,6 +8,10 @@
 #include <string_view>
 
 #include "vomsg/charset/convert/VoMsgConverterFactory.h"
+#include "vomsg/charset/convert/VoMsgJISToUTF8JpConverter.h"
+#include "vomsg/charset/convert/VoMsgSJISToUTF8JpConverter.h"
+#include "vomsg/charset/convert/VoMsgUTF8ToJISJpConverter.h"
+#include "vomsg/charset/convert/VoMsgUTF8ToSJISJpConverter.h"
 
 struct Converted {
   VoErrorCode code;
@@ -20,8 +24,15 @@ inline std::ostream& operator<<(std::ostream& out, const Converted& result) {
 
 using ConverterPtr = std::unique_ptr<VoMsgCharsetConverter>;
 
+// The factory's converter. Behind the name "own utf-8" are the Japanese classes that it does not hand out.
 inline ConverterPtr makeConverter(const char* to, const char* from, bool enforce = true) {
-  return ConverterPtr(VoMsgConverterFactory::getInstance()->createConverter(to, from, enforce, '?'));
+  const std::string toName = to ? to : "", fromName = from ? from : "";
+  const signed char flag = enforce;
+  if (toName == "own utf-8" && fromName == "iso-2022-jp") return std::make_unique<VoMsgJISToUTF8JpConverter>(flag, '?');
+  if (toName == "own utf-8") return std::make_unique<VoMsgSJISToUTF8JpConverter>(flag, '?');
+  if (fromName == "own utf-8" && toName == "iso-2022-jp") return std::make_unique<VoMsgUTF8ToJISJpConverter>(flag, '?');
+  if (fromName == "own utf-8") return std::make_unique<VoMsgUTF8ToSJISJpConverter>(flag, '?');
+  return ConverterPtr(VoMsgConverterFactory::getInstance()->createConverter(to, from, flag, '?'));
 }
 
 // Converts into another string, and over the text itself, which must come to the same.

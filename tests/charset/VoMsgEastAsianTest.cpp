@@ -111,6 +111,9 @@ TEST(EastAsian, WaysMeet) {
       {"utf-8", "big5", "utf-8"},
       {"big5", "utf-8", "big5"},
       {"utf-8", "gb2312", "utf-8"},
+      {"iso-2022-jp", "Shift_jis", "own utf-8"},
+      {"own utf-8", "Shift_jis", "own utf-8"},
+      {"own utf-8", "Shift_jis", "iso-2022-jp"},
   };
   constexpr std::string_view kMeaning =
       "\x1B$B(J@I~{}ab\r\n\x0E\x0F!\\\x81\x8E\x8F\xA4\xB6\xDE\xE0\xFA\xFC\xFE\x7E\x80\xE4\xB8\xAD";

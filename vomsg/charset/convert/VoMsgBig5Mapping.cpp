@@ -1,7 +1,5 @@
 #include "vomsg/charset/convert/VoMsgBig5Mapping.h"
 
-#include <algorithm>
-
 #include "vomsg/charset/convert/VoMsgIcuHandle.h"
 
 namespace vomsg::detail {
@@ -9,8 +7,8 @@ namespace {
 
 // ICU has characters for the bytes 0x80 and 0xFF, which are none.
 void dropSingleBytes(char16_t* units, std::size_t count) {
-  std::replace(units, units + count, u'\x80', kNoCharacter);
-  std::replace(units, units + count, u'\uF8F8', kNoCharacter);
+  replaceUnits(units, count, u'\x80', kNoCharacter);
+  replaceUnits(units, count, u'\uF8F8', kNoCharacter);
 }
 
 }  // namespace

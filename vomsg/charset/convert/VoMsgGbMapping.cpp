@@ -1,7 +1,5 @@
 #include "vomsg/charset/convert/VoMsgGbMapping.h"
 
-#include <algorithm>
-
 #include "vomsg/charset/convert/VoMsgChineseText.h"
 #include "vomsg/charset/convert/VoMsgIcuHandle.h"
 
@@ -10,9 +8,7 @@ namespace vomsg::detail {
 namespace {
 
 // ICU has a private character for the byte 0xFF, which is none.
-void dropPrivateByte(char16_t* units, std::size_t count) {
-  std::replace(units, units + count, u'\uF8F5', kNoCharacter);
-}
+void dropPrivateByte(char16_t* units, std::size_t count) { replaceUnits(units, count, u'\uF8F5', kNoCharacter); }
 
 }  // namespace
 
@@ -27,8 +23,8 @@ VoErrorCode utf8ToGb(std::string_view text, Replacement replacement, std::string
 }
 
 void adjustForGb(char16_t* units, std::size_t count) {
-  std::replace(units, units + count, u'\u2015', u'\u2014');  // A1AA
-  std::replace(units, units + count, u'\u30FB', u'\u00B7');  // A1A4
+  replaceUnits(units, count, u'\u2015', u'\u2014');  // A1AA
+  replaceUnits(units, count, u'\u30FB', u'\u00B7');  // A1A4
 }
 
 VoErrorCode keepGb2312(std::string_view gbk, Replacement replacement, std::string& out) {

@@ -128,6 +128,7 @@ bool encodeWithIcu(UConverter& converter, std::u16string_view text, std::string&
 VoErrorCode transcodeWithIcu(UConverter& from, UConverter& to, std::string_view bytes, std::string& result,
                              AdjustUnits adjust) {
   ucnv_resetFromUnicode(&to);
+  result.reserve(result.size() + bytes.size());
   bool encoded = true;
   bool ended = false;
   const auto append = [&](std::string_view block) {

@@ -22,9 +22,7 @@ constexpr struct {
 };
 
 void adjustForJis(char16_t* units, std::size_t count) {
-  for (char16_t* at = units; at != units + count; ++at)
-    for (const auto& variant : kVariants)
-      if (*at == variant.elsewhere) *at = variant.windows;
+  for (const auto& variant : kVariants) replaceUnits(units, count, variant.elsewhere, variant.windows);
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 // completes the text.
 #pragma once
 
+#include <array>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -28,6 +30,12 @@ class BlockWriter {
   void put(unsigned byte) {
     if (mUsed == sizeof mBlock) flush();
     mBlock[mUsed++] = static_cast<char>(byte);
+  }
+  // The first `length` of four bytes.
+  void put(const std::array<unsigned char, 4>& bytes, std::size_t length) {
+    if (mUsed + bytes.size() > sizeof mBlock) flush();
+    std::memcpy(mBlock + mUsed, bytes.data(), bytes.size());
+    mUsed += length;
   }
   void put(std::string_view text) {
     if (mUsed + text.size() > sizeof mBlock) flush();

@@ -27,7 +27,7 @@ namespace {
 // What a high byte becomes, looked up when it is first met.
 struct Sequence {
   unsigned char length = 0;
-  unsigned char bytes[4];
+  std::array<unsigned char, 4> bytes{};
 };
 
 }  // namespace
@@ -56,12 +56,9 @@ VoErrorCode VoMsgToUTF8EuConverter::convert(std::string& out, std::string& in) {
           code = kVoConversionFailed;
           break;
         }
-        sequence.length = static_cast<unsigned char>(voUcs2ToUtf8(ucs, sequence.bytes));
+        sequence.length = static_cast<unsigned char>(voUcs2ToUtf8(ucs, sequence.bytes.data()));
       }
-      if (sequence.length == 2)
-        writer.put(sequence.bytes[0], sequence.bytes[1]);
-      else
-        writer.put({reinterpret_cast<const char*>(sequence.bytes), sequence.length});
+      writer.put(sequence.bytes, sequence.length);
       ++at;
     }
     writer.flush();
