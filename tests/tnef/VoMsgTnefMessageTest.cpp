@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
+#include <map>
 
 #include "tests/support/RememberingLog.h"
 #include "tests/support/Tools.h"
 #include "tests/tnef/StreamBuilder.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/foundation/VoMsgFileResource.h"
+#include "vomsg/tnef/VoMsgMapiAttachment.h"
 #include "vomsg/tnef/VoMsgTnefBody.h"
 
 namespace vomsg::test {
@@ -189,6 +192,11 @@ TEST(TnefMessage, NestsToTheLimitAndNotBeyond) {
   }
   EXPECT_EQ(nested, VoMsgMailMessage::getMaxExtractLevel() + 1);
   EXPECT_EQ(entity->getNestingLevel(), static_cast<unsigned>(VoMsgMailMessage::getMaxExtractLevel()));
+  const auto holdsMessage = [](VoMsgEntity* owner) {
+    return dynamic_cast<VoMsgTnefEntity*>(owner)->_getTnefBody()->_getAttachment()->hasAttachedTnefMessage();
+  };
+  EXPECT_TRUE(holdsMessage(read.child(0)));
+  EXPECT_FALSE(holdsMessage(entity)) << "below the limit it is an object like any other";
   EXPECT_EQ(written(read.message), bytes);
 }
 
@@ -215,10 +223,23 @@ TEST(TnefMessage, AnswersWithACode) {
   EXPECT_EQ(read.message._getTnefKey(), 0x1234);
   EXPECT_EQ(log.count("Resource of this message object has already existed."), 1);
   EXPECT_EQ(log.count("The argument of ResourceLocator is same as message source file."), 1);
-  for (const char* func : {"readFrom", "writeTo", "_parse"}) {
+  const ScratchDirectory scratch;
+  writeFile(scratch.path + "/a", stream(""));
+  std::filesystem::create_hard_link(scratch.path + "/a", scratch.path + "/b");
+  VoMsgTnefMessage linked;
+  EXPECT_EQ(linked.readFrom(new VoMsgFileResource((scratch.path + "/a").c_str(), nullptr, nullptr)), kVoSuccess);
+  VoMsgFileResource other((scratch.path + "/b").c_str(), nullptr, nullptr);
+  EXPECT_EQ(linked.writeTo(&other), kVoBadArgument);
+  EXPECT_EQ(readFile(scratch.path + "/a"), stream(""));
+  std::filesystem::resize_file(scratch.path + "/a", (std::uint64_t{1} << 32) + 6);
+  VoMsgTnefMessage large;
+  EXPECT_EQ(large.readFrom(new VoMsgFileResource((scratch.path + "/a").c_str(), nullptr, nullptr)), kVoReadFailed);
+  // Each failure above has left its line.
+  const std::map<std::string, int> want = {{"readFrom", 4}, {"writeTo", 5}, {"_parse", 4}};
+  for (const auto& [func, count] : want) {
     int lines = 0;
-    for (const auto& line : log.debug) lines += line.func == func;
-    EXPECT_GT(lines, 0) << func;
+    for (const auto& line : log.debug) lines += line.file == "VoMsgTnefMessage" && line.func == func;
+    EXPECT_EQ(lines, count) << func;
   }
 }
 

@@ -1,6 +1,26 @@
 #include "vomsg/entity/VoMsgMessageSource.h"
 
+#include <sys/stat.h>
+
+#include <cstdint>
+
+#include "vomsg/entity/VoMsgRangeResource.h"
+#include "vomsg/foundation/VoMsgFileResource.h"
+
 namespace vomsg::detail {
+
+namespace {
+
+constexpr std::uint64_t kLargestSource = 0x7FFFFFFF;
+
+bool fileStatus(VoMsgResourceLocator* resource, struct stat& status) {
+  if (const auto* const range = dynamic_cast<RangeResource*>(resource)) resource = range->getWhole();
+  const auto* const file = dynamic_cast<VoMsgFileResource*>(resource);
+  const char* const path = file ? file->getFilePath(VoMsgResourceLocator::dataPart) : nullptr;
+  return path && stat(path, &status) == 0;
+}
+
+}  // namespace
 
 MessageSource::MessageSource(const VoObjectStub<VoMsgResourceLocator>& resource) : mResource(resource) {}
 MessageSource::~MessageSource() = default;
@@ -23,6 +43,20 @@ OpenSource::OpenSource(MessageSource* source) : mpSource(source) {
 
 OpenSource::~OpenSource() {
   if (mpSource && !mWasOpen) mpSource->closeReader();
+}
+
+// Sizes are 32 bits wide, so the file is asked itself.
+bool isTooLarge(VoMsgResourceLocator* resource, VoMsgBufferedReader& reader) {
+  struct stat status;
+  if (fileStatus(resource, status)) return static_cast<std::uint64_t>(status.st_size) > kLargestSource;
+  return reader.getSize() > kLargestSource;
+}
+
+bool isSameFile(VoMsgResourceLocator* a, VoMsgResourceLocator* b) {
+  struct stat first;
+  struct stat second;
+  return fileStatus(a, first) && fileStatus(b, second) && first.st_dev == second.st_dev &&
+         first.st_ino == second.st_ino;
 }
 
 }  // namespace vomsg::detail

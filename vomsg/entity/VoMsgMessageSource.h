@@ -42,4 +42,10 @@ class OpenSource {
   bool mWasOpen = false;
 };
 
+// Whether the resource has 2^31 bytes or more: offsets of bodies are signed. `reader` is an open one on it.
+bool isTooLarge(VoMsgResourceLocator* resource, VoMsgBufferedReader& reader);
+// Whether both are files, and the same one, be it under two paths: writing to one would destroy the other before it
+// is read.
+bool isSameFile(VoMsgResourceLocator* a, VoMsgResourceLocator* b);
+
 }  // namespace vomsg::detail

@@ -1,7 +1,5 @@
 #include "vomsg/entity/VoMsgRfc822Message.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <memory>
 
@@ -11,12 +9,10 @@
 #include "vomsg/entity/VoMsgMessageWriter.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgNestedContent.h"
-#include "vomsg/entity/VoMsgRangeResource.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
-#include "vomsg/foundation/VoMsgFileResource.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLog.h"
 
@@ -26,33 +22,10 @@ using namespace vomsg::detail;
 
 constexpr char kLogSource[] = "VoMsgRfc822Message";
 constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
-constexpr std::uint64_t kLargestSource = 0x7FFFFFFF;  // offsets of bodies are signed
 
 VoErrorCode logFailure(const char* function, const char* tag, VoErrorCode code) {
   voMessageLog(1, kLogSource, function, __LINE__, tag, "%s failed. (error code:%x)", function, code);
   return code;
-}
-
-bool fileStatus(VoMsgResourceLocator* resource, struct stat& status) {
-  if (const auto* const range = dynamic_cast<RangeResource*>(resource)) resource = range->getWhole();
-  const auto* const file = dynamic_cast<VoMsgFileResource*>(resource);
-  const char* const path = file ? file->getFilePath(kData) : nullptr;
-  return path && stat(path, &status) == 0;
-}
-
-// Sizes are 32 bits wide, so the file is asked itself.
-bool isTooLarge(VoMsgResourceLocator* resource, VoMsgBufferedReader& reader) {
-  struct stat status;
-  if (fileStatus(resource, status)) return static_cast<std::uint64_t>(status.st_size) > kLargestSource;
-  return reader.getSize() > kLargestSource;
-}
-
-// Two paths may lead to one file; writing would destroy the source before it is read.
-bool isSameFile(VoMsgResourceLocator* a, VoMsgResourceLocator* b) {
-  struct stat first;
-  struct stat second;
-  return fileStatus(a, first) && fileStatus(b, second) && first.st_dev == second.st_dev &&
-         first.st_ino == second.st_ino;
 }
 
 }  // namespace

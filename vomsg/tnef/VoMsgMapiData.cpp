@@ -86,14 +86,13 @@ VoMsgTnefEntity* VoMsgMapiData::readMapiData(int& result, VoMsgTnefEntity* messa
     if (!source) return kVoReadFailed;
     TnefCursor cursor(*source);
     if (!cursor.isReadable()) return kVoReadFailed;
+    cursor.setReadsStreams(messageEntity && VoMsgTnefEntity::_mayNest(messageEntity->getNestingLevel()));
     MapiValueHead head;
     VoErrorCode read = readValueHead(cursor, mMapiType, head);
     if (voFailed(read)) return read;
-    const bool mayNest = messageEntity && VoMsgTnefEntity::_mayNest(messageEntity->getNestingLevel());
-    child = VoMsgTnefEntity::_createValueChild(messageEntity, mMapiType, mMapiName, head, mayNest);
+    child = VoMsgTnefEntity::_createValueChild(messageEntity, mMapiType, mMapiName, head, cursor.readsStreams());
     if (child && head.holdsStream) read = child->_readNestedMessage(*source, head);
     if (!voFailed(read)) read = _readValue(cursor, head, isChildValue(mMapiType, mMapiName, head));
-    mHasTnefMessage = child && child->hasChildEntity();
     cursor.settle();
     return read;
   });
@@ -104,6 +103,7 @@ VoMsgTnefEntity* VoMsgMapiData::readMapiData(int& result, VoMsgTnefEntity* messa
 VoErrorCode VoMsgMapiData::_readValue(TnefCursor& cursor, const MapiValueHead& head, bool isChild) {
   release();
   mOffset = head.offset;
+  mHasTnefMessage = head.holdsStream && cursor.readsStreams();
   mMapiDataSize = head.length;
   mMapiPaddingSize = head.padding;
   if (mapiTypeRow(mMapiType).form == MapiForm::fixed) {

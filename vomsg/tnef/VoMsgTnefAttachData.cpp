@@ -63,17 +63,17 @@ bool VoMsgTnefAttachData::seekSourceToBodyPart(VoMsgBufferedReader* source) {
 
 VoErrorCode VoMsgTnefAttachData::getContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target) {
   return guarded([&]() -> VoErrorCode {
+    if (contentResource) {
+      if (target) return copyResource(*contentResource, *target);
+      target = contentResource.get();
+      return kVoSuccess;
+    }
     if (mpData) {
       if (target) return writeBytes(*target, mpData.get(), mLen);
       contentResource = temporaryResource(mLen);
       if (!contentResource) return kVoWriteFailed;
       const VoErrorCode code = writeBytes(*contentResource, mpData.get(), mLen);
       if (voFailed(code)) return code;
-      target = contentResource.get();
-      return kVoSuccess;
-    }
-    if (contentResource) {
-      if (target) return copyResource(*contentResource, *target);
       target = contentResource.get();
       return kVoSuccess;
     }

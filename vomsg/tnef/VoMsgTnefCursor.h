@@ -39,6 +39,10 @@ class TnefCursor {
   // Takes the reader to where the cursor stands.
   void settle();
 
+  // Whether the streams in object values of this range have been read as messages.
+  void setReadsStreams(bool reads) { mReadsStreams = reads; }
+  bool readsStreams() const { return mReadsStreams; }
+
  private:
   std::uint32_t readInteger(unsigned size);
 
@@ -49,6 +53,7 @@ class TnefCursor {
   std::uint32_t mPosition;
   bool mIsReadable;
   bool mIsAway = false;  // the reader stands elsewhere
+  bool mReadsStreams = false;
 };
 
 }  // namespace vomsg::detail

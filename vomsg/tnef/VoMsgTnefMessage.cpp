@@ -58,22 +58,26 @@ bool VoMsgTnefMessage::isMultipartEntity() const { return true; }
 // --- reading
 
 VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source) {
-  if (!source) return kVoBadArgument;
+  if (!source) {
+    VO_LOG(1, _getUUIDString(), "There is no resource to read from.");
+    return kVoBadArgument;
+  }
   if (mSource.getObject()) {
     VO_LOG(1, _getUUIDString(), "Resource of this message object has already existed.");
     return kVoNoMemory;
   }
-  return guarded([&]() -> VoErrorCode {
+  const VoErrorCode taken = guarded([&] {
     mSource.setNewObject(source);
     mMessageSource.setNewObject(new MessageSource(mSource));
-    const OpenSource opened(mMessageSource.getObject());
-    if (!opened.reader()) {
-      VO_DIAGNOSTIC(0, _getUUIDString(), "parse error. (can not read message)");
-      return kVoReadFailed;
-    }
-    mStreamSize = opened.reader()->getSize();
-    return _parse(0);
+    return kVoSuccess;
   });
+  const OpenSource opened(mMessageSource.getObject());
+  if (voFailed(taken) || !opened.reader() || isTooLarge(source, *opened.reader())) {
+    VO_DIAGNOSTIC(0, _getUUIDString(), "parse error. (can not read message)");
+    return voFailed(taken) ? taken : kVoReadFailed;
+  }
+  mStreamSize = opened.reader()->getSize();
+  return _parse(0);
 }
 
 VoErrorCode VoMsgTnefMessage::readMailHeaderFrom(VoMsgResourceLocator*) { return kVoNotSupported; }
@@ -93,7 +97,8 @@ VoErrorCode VoMsgTnefMessage::_parse(unsigned int limit) {
   mFirstRecord = kNoRecord;
   mHasSignature = mIsChanged = false;
   const VoErrorCode code = guarded([&] { return TnefParser(*source.reader()).run(*this, limit); });
-  VO_LOG(9, _getUUIDString(), "end  : _parse (error code:%x)", code);
+  if (voFailed(code)) VO_LOG(1, _getUUIDString(), "parse error. (error code:%x)", code);
+  VO_LOG(9, _getUUIDString(), "end  : _parse");
   return code;
 }
 
@@ -120,6 +125,7 @@ VoMsgBufferedReader* VoMsgTnefMessage::getContextSource(int& err) {
   MessageSource* const source = mMessageSource.getObject();
   VoMsgBufferedReader* const reader =
       source ? guardedOr<VoMsgBufferedReader*>(nullptr, [&] { return source->openReader(); }) : nullptr;
+  if (!reader) VO_LOG(1, _getUUIDString(), "can not access original mail message.");
   err = static_cast<int>(reader ? kVoSuccess : kVoReadFailed);
   return reader;
 }
@@ -154,6 +160,7 @@ std::unique_ptr<VoMsgTnefBody> VoMsgTnefMessage::readRow(std::uint32_t first, Vo
   auto body = std::make_unique<VoMsgTnefBody>();
   TnefCursor cursor(source);
   cursor.setRange(mStreamOffset, mStreamOffset + mStreamSize);
+  cursor.setReadsStreams(_mayNest(const_cast<VoMsgTnefMessage*>(this)->getNestingLevel()));
   const std::size_t end = mpIndex ? mpIndex->rowEnd(first) : first;
   for (std::size_t i = first; i < end; ++i) {
     std::unique_ptr<VoMsgTnefAttribute> record = readRecord(i, cursor);
@@ -193,45 +200,42 @@ const char* VoMsgTnefMessage::codepageCharset() const {
 // --- writing
 
 VoErrorCode VoMsgTnefMessage::writeTo(VoMsgResourceLocator* target) {
-  if (!target) return kVoBadArgument;
-  if (mSource.getObject() && mSource.getObject()->equal(target)) {
+  if (!target) {
+    VO_LOG(1, _getUUIDString(), "There is no resource to write to.");
+    return kVoBadArgument;
+  }
+  VoMsgResourceLocator* const own = mSource.getObject();
+  if (own && (own->equal(target) || isSameFile(own, target))) {
     VO_LOG(9, _getUUIDString(), "The argument of ResourceLocator is same as message source file.");
     return kVoBadArgument;
   }
-  return guarded([&]() -> VoErrorCode {
-    const OpenSource source(mMessageSource.getObject());
-    if (!source.reader()) {
-      VO_DIAGNOSTIC(0, _getUUIDString(), "can not access original mail message.");
-      return kVoReadFailed;
-    }
-    const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
-    if (!writer) {
-      VO_DIAGNOSTIC(0, _getUUIDString(), "mail message write error.");
-      return kVoWriteFailed;
-    }
+  const OpenSource source(mMessageSource.getObject());
+  if (!source.reader()) {
+    VO_DIAGNOSTIC(0, _getUUIDString(), "can not access original mail message.");
+    return kVoReadFailed;
+  }
+  const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
+  VoErrorCode code = kVoWriteFailed;
+  if (writer) {
     WriterAccess::expect(*writer, mStreamSize);
-    const VoErrorCode code = _writeToResource(writer.get());
-    return voFailed(code) || writer->flush() ? code : kVoWriteFailed;
-  });
+    code = _writeToResource(writer.get());
+    if (!voFailed(code) && !writer->flush()) code = kVoWriteFailed;
+  }
+  if (voFailed(code)) VO_DIAGNOSTIC(0, _getUUIDString(), "mail message write error. (error code:%x)", code);
+  return code;
 }
 
 VoErrorCode VoMsgTnefMessage::_writeToResource(VoMsgBufferedWriter* writer) {
   if (!writer) return kVoWriteFailed;
+  const OpenSource source(mMessageSource.getObject());
+  if (!source.reader()) {
+    VO_DIAGNOSTIC(0, _getUUIDString(), "can not access original mail message.");
+    return kVoReadFailed;
+  }
   return guarded([&]() -> VoErrorCode {
-    const OpenSource source(mMessageSource.getObject());
-    if (!source.reader()) {
-      VO_DIAGNOSTIC(0, _getUUIDString(), "can not access original mail message.");
-      return kVoReadFailed;
-    }
-    VoErrorCode code;
-    if (!isModified()) {
-      code = copyRange(*source.reader(), *writer, mStreamOffset, mStreamSize);
-    } else {
-      code = NestedStreams(*source.reader()).install(*this);
-      if (!voFailed(code)) code = writeStream(*writer, *source.reader());
-    }
-    if (voFailed(code)) VO_DIAGNOSTIC(0, _getUUIDString(), "mail message write error. (error code:%x)", code);
-    return code;
+    if (!isModified()) return copyRange(*source.reader(), *writer, mStreamOffset, mStreamSize);
+    const VoErrorCode code = NestedStreams(*source.reader()).install(*this);
+    return voFailed(code) ? code : writeStream(*writer, *source.reader());
   });
 }
 
@@ -306,15 +310,15 @@ VoMsgEntity* VoMsgTnefMessage::createWrapperEntity() {
 
 VoMsgMailMessage* VoMsgTnefMessage::split() {
   VO_DIAGNOSTIC(2, _getUUIDString(), "spliting message.");
-  return guardedOr<VoMsgMailMessage*>(nullptr, [&]() -> VoMsgMailMessage* {
+  VoMsgMailMessage* const copied = guardedOr<VoMsgMailMessage*>(nullptr, [&]() -> VoMsgMailMessage* {
     auto other = std::make_unique<VoMsgTnefMessage>(&getUUID());
-    if (voFailed(other->copyTree(*this))) {
-      VO_DIAGNOSTIC(0, _getUUIDString(), "split failed. (can not allocate memory)");
-      return nullptr;
-    }
-    VO_DIAGNOSTIC(2, _getUUIDString(), "finished spliting message.");
-    return other.release();
+    return voFailed(other->copyTree(*this)) ? nullptr : other.release();
   });
+  if (copied)
+    VO_DIAGNOSTIC(2, _getUUIDString(), "finished spliting message.");
+  else
+    VO_DIAGNOSTIC(0, _getUUIDString(), "split failed. (can not allocate memory)");
+  return copied;
 }
 
 VoErrorCode VoMsgTnefMessage::copy(VoMsgEntity* from) {
