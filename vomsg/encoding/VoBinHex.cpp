@@ -66,7 +66,8 @@ const char* nameOf(const macheader_t& header) {
 }
 
 VoErrorCode readFork(q_data_t& q, VoMsgResourceLocator& target, Part part, std::uint32_t length) {
-  if (length > 0 || part == VoMsgResourceLocator::dataPart) {  // an empty fork replaces what the target held, too
+  // Empty data takes the place of what the target held, too: room that was made for it is not content.
+  if (length > 0 || part == VoMsgResourceLocator::dataPart) {
     const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(part));
     if (!writer && part == VoMsgResourceLocator::dataPart) return kVoWriteFailed;
     std::array<char, 4096> bytes;
@@ -97,27 +98,25 @@ bool writeMacHeader(q_data_t& q, const macheader_t& header) {
          set4q(q, header.resourceLength) && writeCRC(q);
 }
 
-VoErrorCode writeFork(q_data_t& q, const VoMsgResourceLocator& source, Part part, std::uint32_t length) {
-  if (length > 0) {
-    const std::unique_ptr<VoMsgBufferedReader> reader(source.getInputStream(part));
-    if (!reader) return kVoReadFailed;
-    while (length > 0) {
-      if (!ReaderWindow::fill(*reader)) return kVoReadFailed;
-      const std::string_view window = ReaderWindow::buffered(*reader).substr(0, length);
-      if (!setqbuf(q, window.data(), window.size())) return kVoWriteFailed;
-      length -= static_cast<std::uint32_t>(window.size());
-      ReaderWindow::consume(*reader, window.size());
-    }
+VoErrorCode writeFork(q_data_t& q, VoMsgBufferedReader& source, std::uint32_t length) {
+  while (length > 0) {
+    if (!ReaderWindow::fill(source)) return kVoReadFailed;
+    const std::string_view window = ReaderWindow::buffered(source).substr(0, length);
+    if (!setqbuf(q, window.data(), window.size())) return kVoWriteFailed;
+    length -= static_cast<std::uint32_t>(window.size());
+    ReaderWindow::consume(source, window.size());
   }
   return writeCRC(q) ? kVoSuccess : kVoWriteFailed;
 }
 
-VoErrorCode writeDataFork(q_data_t& q, const VoMsgResourceLocator& source, const macheader_t& header) {
-  return writeFork(q, source, VoMsgResourceLocator::dataPart, header.dataLength);
+VoErrorCode writeDataFork(q_data_t& q, VoMsgBufferedReader& data, const macheader_t& header) {
+  return writeFork(q, data, header.dataLength);
 }
 
 VoErrorCode writeResourceFork(q_data_t& q, const VoMsgResourceLocator& source, const macheader_t& header) {
-  return writeFork(q, source, VoMsgResourceLocator::resourceForkPart, header.resourceLength);
+  if (header.resourceLength == 0) return writeCRC(q) ? kVoSuccess : kVoWriteFailed;
+  const std::unique_ptr<VoMsgBufferedReader> fork(source.getInputStream(VoMsgResourceLocator::resourceForkPart));
+  return fork ? writeFork(q, *fork, header.resourceLength) : kVoReadFailed;
 }
 
 bool writeBinHexFooter(q_data_t& q) {
@@ -153,6 +152,9 @@ VoErrorCode surveyBinHex(VoMsgBufferedReader& source, std::uint64_t length, BinH
 }
 
 VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name) {
+  // A file that cannot be read has no size either; it must not pass for an empty one.
+  const std::unique_ptr<VoMsgBufferedReader> data(source.getInputStream(VoMsgResourceLocator::dataPart));
+  if (!data) return kVoReadFailed;
   macheader_t header;
   header.name = name ? name : source.getResourceName("us-ascii");
   if (header.name.empty()) header.name = "noname";
@@ -165,7 +167,7 @@ VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator
   q_data_t q;
   q_init(q, target);
   if (!writeBinHexHeader(q) || !writeMacHeader(q, header)) return kVoWriteFailed;
-  VoErrorCode code = writeDataFork(q, source, header);
+  VoErrorCode code = writeDataFork(q, *data, header);
   if (!voFailed(code)) code = writeResourceFork(q, source, header);
   if (voFailed(code)) return code;
   return writeBinHexFooter(q) && target.flush() ? kVoSuccess : kVoWriteFailed;

@@ -16,8 +16,8 @@ class VoMsgResourceLocator;
 
 // Decodes the first BinHex file in the rest of `source` into `target`: resource name ("noname" when empty, charset
 // "us-ascii"; it is the sender's and may hold anything), file type, creator, Finder flags, data part and resource
-// fork. There is no length: pass a reader whose data ends where the encoded part ends. A fork of no bytes opens no
-// stream, so that what `target` held there stays; a resource fork that `target` has no place for is read over.
+// fork. There is no length: pass a reader whose data ends where the encoded part ends. An empty resource fork opens
+// no stream, so that what `target` held there stays; one that `target` has no place for is read over.
 // kVoDecodeFailed: no marker line, no colon, the data ends early, a CRC is wrong, or a fork claims more bytes than
 // the rest of the data could ever yield. Up to and including the header's CRC, `target` is then as it was; after a
 // failure in a fork its content is undefined. kVoWriteFailed: no writer, or a write failed. kVoBadArgument: null.
