@@ -18,9 +18,9 @@ class VoMsgResourceLocator;
 // missing, at most for as many as were there and 4096 more. kVoWriteFailed: no writer, or a write failed;
 // kVoBadArgument: null.
 VOMSG_API VoErrorCode voDecodeQuotedPrintable(VoMsgResourceLocator* target, VoMsgBufferedReader* source, long length);
-// Encodes all of `source` with soft line breaks. LF and CR LF are line ends, a lone CR is "=0D"; what is written ends
-// in CR LF, whether `source` did or not. kVoReadFailed: no reader; kVoWriteFailed: a write failed; kVoBadArgument:
-// null.
+// Encodes all of `source` as text, with soft line breaks. LF and CR LF are line ends and come out as CR LF, a lone CR
+// is "=0D"; what is written ends in CR LF, whether `source` did or not: bytes that are no text do not survive.
+// kVoReadFailed: no reader; kVoWriteFailed: a write failed; kVoBadArgument: null.
 VOMSG_API VoErrorCode voEncodeQuotedPrintable(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source);
 // The same for C strings; the encoder writes no soft line breaks. The result is the caller's, for free(): null for
 // null and on failure, "" when nothing comes out. A decoded NUL ends it.
@@ -38,4 +38,7 @@ bool decodeQuotedPrintableTo(PieceSink& sink, VoMsgBufferedReader& source, std::
 std::uint64_t countQuotedPrintable(VoMsgBufferedReader& source, std::uint64_t length);
 // Encodes the rest of `source` and flushes. False when a write fails.
 bool encodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool softBreaks);
+// Encodes the rest of `source` such that decoding gives the same bytes, and flushes: of a text the line ends stay what
+// they are, of anything else they are "=0D" and "=0A"; the last line stays open. False when a write fails.
+bool encodeQuotedPrintableExactly(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool isText);
 }  // namespace vomsg::detail

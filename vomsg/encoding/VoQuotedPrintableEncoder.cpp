@@ -1,5 +1,9 @@
 // Lines are laid out in the output block itself: characters are appended behind the open line, and only a line
 // that grows past 75 characters is touched again, to put a soft break before its last breakable place.
+//
+// Three forms share this. As lines is what the exported functions write: it makes every line end a CR LF and ends the
+// last line, which suits text and changes anything else. The exact ones decode to what went in: as text, line ends stay
+// what they are; as bytes, there are none, so that nobody on the way can change them.
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -41,10 +45,13 @@ constexpr Kinds kindsOfCharacters(bool encodeDot) {
 constexpr Kinds kKinds = kindsOfCharacters(false);
 constexpr Kinds kKindsWithoutDot = kindsOfCharacters(true);
 
+enum class Form : std::uint8_t { lines, exactText, exactBytes };
+
 class Encoder {
  public:
-  Encoder(VoMsgBufferedWriter& target, bool softBreaks)
+  Encoder(VoMsgBufferedWriter& target, Form form, bool softBreaks)
       : mTarget(target),
+        mForm(form),
         mSoftBreaks(softBreaks),
         mKinds((VoMsgExtraOption & kVoOptionEncodeDot) != 0 ? kKindsWithoutDot : kKinds) {}
 
@@ -55,7 +62,7 @@ class Encoder {
         mOpenCarriageReturn = false;
         if (c == '\n') {
           ++in;
-          if (!endLine()) return false;
+          if (!endLine("\r\n")) return false;
         } else if (!appendEncoded('\r')) {
           return false;
         }
@@ -65,8 +72,10 @@ class Encoder {
       } else {
         ++in;
         bool written = true;
-        if (c == '\n') {
-          written = endLine();
+        if (mForm == Form::exactBytes) {
+          written = appendEncoded(c);
+        } else if (c == '\n') {
+          written = endLine(mForm == Form::lines ? "\r\n" : "\n");
         } else if (c == '\r') {
           mOpenCarriageReturn = true;  // whether it is a line end is for the next byte to say
         } else {
@@ -80,16 +89,17 @@ class Encoder {
 
   bool finish() {
     if (mOpenCarriageReturn && !appendEncoded('\r')) return false;
-    if (mEnd > mLine) append("\r\n", 2);
+    if (mForm != Form::lines) {
+      encodeLastBlank();  // on the way, blanks at the end of a body get lost
+    } else if (mEnd > mLine) {
+      append("\r\n");
+    }
     mLine = mEnd;
     return emit() && mTarget.flush();
   }
 
  private:
-  void append(const char* text, std::size_t n) {
-    std::memcpy(mEnd, text, n);
-    mEnd += n;
-  }
+  void append(std::string_view text) { mEnd += text.copy(mEnd, text.size()); }
 
   // Takes characters that stand for themselves until the line is too long.
   const unsigned char* appendPlain(const unsigned char* in, const unsigned char* end) {
@@ -109,25 +119,31 @@ class Encoder {
   bool appendEncoded(unsigned char c) {
     mBreak = mEnd;
     const char encoded[3] = {'=', hextable_char[c >> 4], hextable_char[c & 15]};
-    append(encoded, 3);
+    append({encoded, 3});
     return breakLine();
   }
 
-  bool endLine() {
-    if (mEnd > mLine && isBlank(mEnd[-1])) {
-      const bool tooLong = mEnd - mLine > kBlankFitsAfter;
-      const char blank = *--mEnd;
-      if (tooLong && mSoftBreaks) append("=\r\n", 3);
-      append(blank == ' ' ? "=20" : "=09", 3);
-    }
-    append("\r\n", 2);
+  void encodeLastBlank() {
+    if (mEnd == mLine || !isBlank(mEnd[-1])) return;
+    const bool tooLong = mEnd - mLine > kBlankFitsAfter;
+    const char blank = *--mEnd;
+    if (tooLong && mSoftBreaks) append("=\r\n");
+    append(blank == ' ' ? "=20" : "=09");
+  }
+
+  bool endLine(std::string_view lineEnd) {
+    encodeLastBlank();
+    append(lineEnd);
     return startLine(mEnd);
   }
 
   // Ends the open line softly when it has become too long.
   bool breakLine() {
     if (mEnd - mLine <= kLongestLine) return true;
-    char* at = mBreak ? mBreak : mEnd - 1;
+    // The exported functions break even before the first character of a line, which leaves an empty line and lets this
+    // one grow to 77 characters. Their output stays as it is known; the exact forms need not copy that.
+    const bool isBreakable = mBreak && (mBreak > mLine || mForm == Form::lines);
+    char* at = isBreakable ? mBreak : mEnd - 1;
     if (mSoftBreaks) {
       std::memmove(at + 3, at, static_cast<std::size_t>(mEnd - at));
       std::memcpy(at, "=\r\n", 3);
@@ -155,6 +171,7 @@ class Encoder {
   }
 
   VoMsgBufferedWriter& mTarget;
+  const Form mForm;
   const bool mSoftBreaks;
   const Kinds& mKinds;
   bool mOpenCarriageReturn = false;
@@ -164,11 +181,9 @@ class Encoder {
   char* mBreak = nullptr;       // the last place in it where a soft break may stand
 };
 
-}  // namespace
-
-bool encodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool softBreaks) {
+bool encodeAll(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, Form form, bool softBreaks) {
   WriterAccess::expect(target, bytesLeft(source));
-  Encoder encoder(target, softBreaks);
+  Encoder encoder(target, form, softBreaks);
   while (ReaderWindow::fill(source)) {
     const std::string_view window = ReaderWindow::buffered(source);
     const auto* in = reinterpret_cast<const unsigned char*>(window.data());
@@ -176,6 +191,16 @@ bool encodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& sou
     ReaderWindow::consume(source, window.size());
   }
   return encoder.finish();
+}
+
+}  // namespace
+
+bool encodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool softBreaks) {
+  return encodeAll(target, source, Form::lines, softBreaks);
+}
+
+bool encodeQuotedPrintableExactly(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool isText) {
+  return encodeAll(target, source, isText ? Form::exactText : Form::exactBytes, true);
 }
 
 }  // namespace vomsg::detail
