@@ -26,9 +26,7 @@ TEST(Utf8, WritesAndReadsKnownBytes) {
   } kRows[] = {
       {"\xE2\x82\xAC", 3, 0x20AC},
       {"\xF0\x8F\x98\x80", 4, 0xD83DDE00},  // the offset of UTF-16 is left out on purpose
-      {"\xC3"
-       "A",
-       2, 0xC1},  // continuation bytes are not checked
+      {"\303A", 2, 0xC1},                   // continuation bytes are not checked
       {"\x80\x80", 2, 0},
       {"\xC3", 1, 0xFFFD},
       {"\xE2\x82", 2, 0xFFFD},

@@ -70,4 +70,13 @@ class LimitedWriter : public VoMsgBufferedWriter {
   std::size_t mLimit;
 };
 
+// What `codec(writer, reader)` makes of `bytes` when it sees no more than `window` of them at once.
+template <class Codec>
+std::string through(std::string_view bytes, std::size_t window, Codec&& codec) {
+  WindowReader reader(bytes, window);
+  LimitedWriter writer;
+  codec(writer, reader);
+  return writer.text;
+}
+
 }  // namespace vomsg::test

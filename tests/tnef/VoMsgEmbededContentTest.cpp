@@ -5,12 +5,9 @@
 #include <random>
 
 #include "tests/support/MessageFixture.h"
-#include "tests/support/WindowStreams.h"
+#include "tests/tnef/EmbeddedBlocks.h"
 #include "vomsg/encoding/VoBase64.h"
-#include "vomsg/encoding/VoBinHex.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
-#include "vomsg/encoding/VoUUEncode.h"
-#include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/tnef/VoMsgEmbededEntity.h"
 #include "vomsg/tnef/VoMsgMultiEmbededEntity.h"
 
@@ -19,31 +16,16 @@ namespace {
 using namespace vomsg::detail;
 using namespace vomsg::test;
 
-std::string encodedWith(const char* encoding, const std::string& bytes) {
-  WindowReader reader(bytes, 4096);
-  LimitedWriter writer;
-  if (encoding == std::string("base64")) {
-    EXPECT_EQ(encodeBase64(writer, reader, true), kVoSuccess);
-  } else if (encoding == std::string("quoted-printable")) {
-    EXPECT_TRUE(encodeQuotedPrintable(writer, reader, true));
-  } else {
-    return bytes;
-  }
-  return writer.text;
-}
-
-std::string uuencode(const std::string& bytes, const char* name) {
-  WindowReader reader(bytes, 4096);
-  LimitedWriter writer;
-  EXPECT_TRUE(_encodeUUEncode(&writer, &reader, name));
-  return writer.text;
-}
-
-std::string binHex(std::string bytes, const char* name) {
-  VoMsgMemoryResource source(bytes.data(), static_cast<unsigned>(bytes.size()), name, "us-ascii");
-  LimitedWriter writer;
-  EXPECT_EQ(voEncodeBinHex(&writer, &source), kVoSuccess);
-  return writer.text;
+std::string encodedWith(const std::string& encoding, const std::string& bytes) {
+  return through(bytes, 4096, [&](auto& out, auto& in) {
+    if (encoding == "base64") {
+      encodeBase64(out, in, true);
+    } else if (encoding == "quoted-printable") {
+      encodeQuotedPrintable(out, in, true);
+    } else {
+      out.copyFrom(&in);
+    }
+  });
 }
 
 std::string withLineFeeds(std::string text) {

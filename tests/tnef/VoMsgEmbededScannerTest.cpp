@@ -5,24 +5,14 @@
 #include <random>
 #include <string>
 
-#include "tests/support/WindowStreams.h"
-#include "vomsg/encoding/VoBinHex.h"
-#include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "tests/tnef/EmbeddedBlocks.h"
 #include "vomsg/tnef/VoMsgBlockStartSearch.h"
 
 namespace {
 
 using namespace vomsg::detail;
-using vomsg::test::LimitedWriter;
+using vomsg::test::binHex;
 using vomsg::test::WindowReader;
-
-std::string binHex(const std::string& bytes) {
-  std::string copy = bytes;
-  VoMsgMemoryResource source(copy.data(), static_cast<unsigned>(copy.size()), "mac file", "us-ascii");
-  LimitedWriter writer;
-  EXPECT_EQ(voEncodeBinHex(&writer, &source), kVoSuccess);
-  return writer.text;
-}
 
 // The pieces as text: u and b for blocks, each with its range.
 std::string scan(const std::string& text, std::size_t window = 4096) {
@@ -77,7 +67,8 @@ TEST(BlockStartSearch, FindsTheFirstLineHoweverTheTextIsCut) {
 }
 
 TEST(EmbeddedScanner, Blocks) {
-  const std::string block = "begin 644 a b\n#86)C\n`\nend\n", empty = "begin 0 x\n`\nend\n", mac = binHex("some bytes");
+  const std::string block = "begin 644 a b\n#86)C\n`\nend\n", empty = "begin 0 x\n`\nend\n",
+                    mac = binHex("some bytes", "mac file");
   const std::string torn = mac.substr(0, mac.size() - 3);
   struct Row {
     std::string before, block, after;
@@ -176,7 +167,7 @@ TEST(EmbeddedScanner, TenThousandOrdinaryTextsHoldNoBlock) {
 
 TEST(EmbeddedScanner, MutatedTextsEndAndKeepInOrder) {
   std::mt19937 random(7);
-  const std::string block = "begin 644 a\n#86)C\n`\nend\n", mac = binHex(std::string(200, 'x'));
+  const std::string block = "begin 644 a\n#86)C\n`\nend\n", mac = binHex(std::string(200, 'x'), "mac file");
   for (int round = 0; round < 3000; ++round) {
     std::string text;
     for (int i = 0; i < 6; ++i) text += random() % 2 == 0 ? block : random() % 2 == 0 ? mac : ordinaryText(random);
