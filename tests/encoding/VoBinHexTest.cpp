@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/MessageFixture.h"
 #include "tests/support/WindowStreams.h"
 #include "vomsg/encoding/VoBinHexCoding.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
@@ -12,11 +13,6 @@ using namespace vomsg::detail;
 using vomsg::test::LimitedWriter;
 using vomsg::test::WindowReader;
 using Locator = VoMsgResourceLocator;
-
-std::string contentOf(const VoMsgMemoryResource& resource, Locator::VoMsgResourceDataType part) {
-  const unsigned size = resource.getSize(part);
-  return size == 0 ? "" : std::string(static_cast<const char*>(resource.getMemoryPointer(part)), size);
-}
 
 std::string encode(const std::string& data, const std::string& fork, const char* name) {
   VoMsgMemoryResource source(1u, name, "us-ascii");
@@ -44,11 +40,16 @@ std::string coded(Put put) {
 }
 
 TEST(BinHex, BothForksAndWhatTheFinderKnows) {
-  for (const std::size_t size : {0u, 1u, 300u, 33000u}) {
+  const std::string longName(80, 'n');
+  const struct {
+    std::size_t size;
+    std::string given, name;
+  } rows[] = {{0, "", "noname"}, {1, longName, longName.substr(0, 63)}, {33000, "a file", "a file"}};
+  for (const auto& [size, given, name] : rows) {
     std::string data(size, '\0');
     for (std::size_t i = 0; i < size; ++i) data[i] = static_cast<char>(i * i >> 5);  // begins with runs
     const std::string fork = data.substr(size / 2);
-    const std::string text = encode(data, fork, "a file");
+    const std::string text = encode(data, fork, given.c_str());
     for (std::size_t at = 0, end; at < text.size(); at = end + 2) {
       end = text.find("\r\n", at);
       ASSERT_LE(end - at, 64u);
@@ -56,9 +57,9 @@ TEST(BinHex, BothForksAndWhatTheFinderKnows) {
     WindowReader reader(text, 4096), again(text, 4096);
     VoMsgMemoryResource target(0u, nullptr, nullptr);
     ASSERT_EQ(voDecodeBinHex(&target, &reader), kVoSuccess) << size;
-    EXPECT_EQ(contentOf(target, Locator::dataPart), data);
-    EXPECT_EQ(contentOf(target, Locator::resourceForkPart), fork);
-    EXPECT_STREQ(target.getResourceName("us-ascii"), "a file");
+    EXPECT_EQ(vomsg::test::bytesOf(&target), data);
+    EXPECT_EQ(vomsg::test::bytesOf(&target, Locator::resourceForkPart), fork);
+    EXPECT_EQ(target.getResourceName("us-ascii"), name);
     EXPECT_EQ(target.getFileType(), 0x54455854u);
     EXPECT_EQ(target.getFileCreator(), 0x74747874u);
     EXPECT_EQ(target.getFinderFlag(), 0x0102);
@@ -102,17 +103,6 @@ TEST(BinHex, ForksThatNobodyCouldHaveSentAreRefusedAtOnce) {
   VoMsgMemoryResource target(0u, "before", "us-ascii");
   EXPECT_EQ(voDecodeBinHex(&target, &reader), kVoDecodeFailed);
   EXPECT_STREQ(target.getResourceName("us-ascii"), "before");
-}
-
-TEST(BinHex, Names) {
-  for (const auto& [name, expected] :
-       {std::pair<std::string, std::string>{"", "noname"}, {std::string(80, 'n'), std::string(63, 'n')}}) {
-    const std::string text = encode("x", "", name.c_str());
-    WindowReader reader(text, 100);
-    VoMsgMemoryResource target(0u, nullptr, nullptr);
-    ASSERT_EQ(voDecodeBinHex(&target, &reader), kVoSuccess);
-    EXPECT_EQ(target.getResourceName("us-ascii"), expected);
-  }
 }
 
 }  // namespace

@@ -132,7 +132,7 @@ TEST(QuotedPrintable, EverySmallInputOfEveryLengthThroughEveryWindow) {
   });
 }
 
-TEST(QuotedPrintable, EveryKernelDecodesAlikeHoweverTheTextIsCut) {
+TEST(QuotedPrintable, RandomTextThroughEveryWindowAndKernel) {
   static constexpr const char* kPieces[] = {"=\r\n", "=C3=A9", "=\n",  "=4",       "==",     "\r\n",
                                             "=zz ",  " \t",    "=\r ", "=  \r\nx", "\x80\t", "= \n"};
   std::vector<LiteralKernel> kernels{&copyLiteralPortable};
@@ -143,21 +143,15 @@ TEST(QuotedPrintable, EveryKernelDecodesAlikeHoweverTheTextIsCut) {
     std::string text;
     const std::size_t run = round % 2 == 0 ? 5 : 90;
     while (text.size() < 1000) text += std::string(random() % run, 'x') + kPieces[random() % std::size(kPieces)];
-    const std::size_t length = random() % text.size();
-    checkDecoding(text, length);
-    const Decoded expected = slowDecode(text, static_cast<std::int64_t>(length));
-    const std::unique_ptr<unsigned char[]> in(new unsigned char[text.size()]);
-    text.copy(reinterpret_cast<char*>(in.get()), text.size());
+    checkDecoding(text, random() % text.size());
+    const std::size_t n = std::min(text.find('=', text.find('=') + 1), random() % 200);
+    const std::unique_ptr<unsigned char[]> in(new unsigned char[n]), out(new unsigned char[n + kLiteralSlack]);
+    text.copy(reinterpret_cast<char*>(in.get()), n);
     for (const LiteralKernel kernel : kernels) {
-      const std::unique_ptr<unsigned char[]> out(new unsigned char[text.size() + kLiteralSlack]);
-      QuotedPrintableState state{static_cast<std::int64_t>(length), false};
       unsigned char* to = out.get();
-      const auto* const stop = decodeQuotedPrintableWindow(state, in.get(), in.get() + text.size(), to, kernel);
-      // Three bytes may be missing to decide about the last "=".
-      EXPECT_TRUE(state.remaining <= 0 || stop + 3 > in.get() + text.size());
-      if (state.remaining > 0) continue;
-      EXPECT_EQ(std::string(out.get(), to), expected.bytes) << round;
-      EXPECT_EQ(static_cast<std::size_t>(stop - in.get()), expected.used) << round;
+      const auto* const stop = kernel(in.get(), in.get() + n, to);
+      EXPECT_EQ(static_cast<std::size_t>(stop - in.get()), std::min(text.find('='), n));
+      EXPECT_EQ(std::string(out.get(), to), text.substr(0, std::min(text.find('='), n)));
     }
   }
 }

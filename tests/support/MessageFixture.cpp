@@ -59,10 +59,10 @@ std::string written(VoMsgMailMessage& message) {
   return voFailed(message.writeTo(&target)) ? "write failed" : bytesOf(&target);
 }
 
-std::string bytesOf(const VoMsgResourceLocator* resource) {
+std::string bytesOf(const VoMsgResourceLocator* resource, VoMsgResourceLocator::VoMsgResourceDataType part) {
   if (!resource) return {};
-  std::string bytes(resource->getSize(VoMsgResourceLocator::dataPart), '\0');
-  const std::unique_ptr<VoMsgBufferedReader> reader(resource->getInputStream(VoMsgResourceLocator::dataPart));
+  std::string bytes(resource->getSize(part), '\0');
+  const std::unique_ptr<VoMsgBufferedReader> reader(resource->getInputStream(part));
   bytes.resize(reader ? reader->read(bytes.data(), static_cast<unsigned>(bytes.size())) : 0);
   return bytes;
 }

@@ -31,11 +31,13 @@ class MessageFixture {
   std::unique_ptr<VoMsgRfc822Message> mMessage;
 };
 
-std::string written(VoMsgMailMessage& message);             // what writeTo gives; "write failed" when it fails
-std::string bytesOf(const VoMsgResourceLocator* resource);  // all of its data part; "" for null
-std::string contentOf(VoMsgEntity& entity);                 // decoded
-std::vector<VoMsgEntity*> entitiesOf(VoMsgEntity& root);    // in document order
-std::string outline(VoMsgEntity& root);                     // one line an entity: type, ranges, names
+std::string written(VoMsgMailMessage& message);  // what writeTo gives; "write failed" when it fails
+// All of a part of it; "" for null.
+std::string bytesOf(const VoMsgResourceLocator* resource,
+                    VoMsgResourceLocator::VoMsgResourceDataType part = VoMsgResourceLocator::dataPart);
+std::string contentOf(VoMsgEntity& entity);               // decoded
+std::vector<VoMsgEntity*> entitiesOf(VoMsgEntity& root);  // in document order
+std::string outline(VoMsgEntity& root);                   // one line an entity: type, ranges, names
 // Every message under the public corpus, empty where it is not there; the tests that use it then skip.
 std::vector<std::pair<std::string, std::string>> corpusMessages();  // path, bytes
 // The project's own samples.

@@ -16,8 +16,9 @@ inline std::string uuencode(const std::string& bytes, const char* name) {
   return through(bytes, 4096, [&](auto& out, auto& in) { EXPECT_TRUE(detail::_encodeUUEncode(&out, &in, name)); });
 }
 
-inline std::string binHex(std::string bytes, const char* name) {
-  const VoMsgMemoryResource source(bytes.data(), static_cast<unsigned>(bytes.size()), name, "us-ascii");
+inline std::string binHex(const std::string& bytes, const char* name) {
+  const VoMsgMemoryResource source(const_cast<char*>(bytes.data()), static_cast<unsigned>(bytes.size()), name,
+                                   "us-ascii");
   LimitedWriter writer;
   EXPECT_EQ(voEncodeBinHex(&writer, &source), kVoSuccess);
   return writer.text;

@@ -63,29 +63,19 @@ VoErrorCode replace(VoMsgEntity& entity, std::string bytes, const char* encoding
 
 constexpr const char* kEncodings[] = {"8bit", "quoted-printable", "base64"};
 
-TEST(EmbeddedContent, TheTreeShowsTextAndAttachments) {
+// Kinds, types and names are in the golden trees of the samples.
+TEST(EmbeddedContent, PiecesAreReadAndTheMessageComesOutAsItWas) {
   for (const char* encoding : kEncodings) {
     for (const Source source : {Source::memory, Source::file}) {
       const std::string mail = header(encoding) + encodedWith(encoding, mixedText());
       MessageFixture message(mail, source);
-      ASSERT_EQ(message.code, kVoSuccess);
-      ASSERT_TRUE(message->hasChildEntity()) << encoding;
-      EXPECT_EQ(message->getChildEntity()->getEntityTypeID(), kVoEntityMultiEmbeded);
       const auto pieces = piecesOf(*message);
-      ASSERT_EQ(pieces.size(), 5u);
+      ASSERT_EQ(pieces.size(), 5u) << encoding;
       const std::string contents[] = {kFirst, "first file", kSecond, kMacBytes, kThird};
       for (std::size_t i = 0; i < 5; ++i) {
         EXPECT_EQ(contentOf(*pieces[i]), contents[i]) << encoding << i;
         EXPECT_EQ(pieces[i]->getContentSize(), contents[i].size());
-        EXPECT_EQ(pieces[i]->getEntityTypeID(), kVoEntityEmbeded);
-        EXPECT_STREQ(pieces[i]->getContentType(), i % 2 == 0 ? "text/plain" : "application/octet-stream");
       }
-      EXPECT_STREQ(pieces[1]->getEncoding(), "x-uuencode");
-      EXPECT_STREQ(pieces[1]->getFileName("utf-8"), "first.bin");
-      EXPECT_STREQ(pieces[3]->getEncoding(), "mac-binhex40");
-      EXPECT_STREQ(pieces[3]->getFileName(nullptr), "second file");
-      EXPECT_EQ(pieces[0]->getFileName("utf-8"), nullptr);
-      EXPECT_STREQ(pieces[2]->getCharset(), "utf-8");
       int err = 0;
       EXPECT_EQ(bytesOf(pieces[2]->getTextContent(err, nullptr, "iso-8859-1")), "\r\nand the second \xE9:\r\n");
       EXPECT_EQ(bytesOf(pieces[1]->getRawContent(err, nullptr)), uuencode("first file", "first.bin"));
@@ -221,26 +211,18 @@ TEST(EmbeddedContent, PartsWithoutBlocksGetNoChild) {
   EXPECT_FALSE(other->hasChildEntity());
 }
 
-// As transfer encodings of whole bodies.
 TEST(EmbeddedContent, UUEncodeAndBinHexAsTransferEncodings) {
   std::string bytes(1000, '\0');
   for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 7);
-  const struct {
-    const char* encoding;
-    std::string body;
-  } rows[] = {
-      {"uuencode", uuencode(bytes, "a")}, {"x-uuencode", uuencode(bytes, "a")}, {"mac-binhex40", binHex(bytes, "a")}};
-  for (const auto& row : rows) {
-    const std::string head = std::string("Content-Type: application/x-y; name=n.bin\r\nContent-Transfer-Encoding: ") +
-                             row.encoding + "\r\n\r\n";
-    MessageFixture message(head + row.body);
-    EXPECT_EQ(contentOf(*message), bytes) << row.encoding;
+  for (const std::string encoding : {"uuencode", "x-uuencode", "mac-binhex40"}) {
+    const auto encode = encoding == "mac-binhex40" ? &binHex : &uuencode;
+    const std::string head =
+        "Content-Type: application/x-y; name=n.bin\r\nContent-Transfer-Encoding: " + encoding + "\r\n\r\n";
+    MessageFixture message(head + encode(bytes, "a"));
+    EXPECT_EQ(contentOf(*message), bytes) << encoding;
     EXPECT_EQ(message->getContentSize(), bytes.size());
     ASSERT_EQ(replace(*message, "new"), kVoSuccess);
-    MessageFixture again(written(*message));
-    EXPECT_EQ(contentOf(*again), "new");
-    EXPECT_EQ(written(*message),
-              head + (row.encoding == std::string("mac-binhex40") ? binHex("new", "n.bin") : uuencode("new", "n.bin")));
+    EXPECT_EQ(written(*message), head + encode("new", "n.bin"));
   }
 }
 
