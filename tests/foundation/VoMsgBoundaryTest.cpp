@@ -88,12 +88,4 @@ TEST(BoundaryTable, AnswersAsTheListDoes) {
   }
 }
 
-TEST(BoundaryTable, TakesNulAsData) {
-  BoundaryTable table;
-  table.push("abc");
-  const std::string_view line("--abc\0", 6);
-  EXPECT_EQ(table.match(line).type, kVoBoundaryNone);
-  EXPECT_EQ(table.match(line.substr(0, 5)).type, kVoBoundaryDelimiter);
-}
-
 }  // namespace

@@ -30,11 +30,12 @@ std::string address(const char* data) {
 
 TEST(VoMsgDump, ShowsAddressHexAndText) {
   static const char data[] = "abcdefghij\r\n\0\x7f\xffZQ";  // 17 bytes
-  EXPECT_EQ(captured([](std::FILE* out) { dumpMemoryHex(out, data, 17); }),
-            address(data) + ": 61626364 65666768 696a0d0a 007fff5a         abcdefghij.....Z\n" + address(data + 16) +
-                ": 51                                          Q               \n");
-  EXPECT_EQ(captured([](std::FILE* out) { dumpMemoryHex(out, data, 16); }),
-            address(data) + ": 61626364 65666768 696a0d0a 007fff5a         abcdefghij.....Z\n");
+  const std::string first = address(data) + ": 61626364 65666768 696a0d0a 007fff5a         abcdefghij.....Z\n";
+  const std::string second = address(data + 16) + ": 51                                          Q               \n";
+  for (const unsigned length : {0u, 16u, 17u})
+    EXPECT_EQ(captured([&](std::FILE* out) { dumpMemoryHex(out, data, length); }), length == 0    ? ""
+                                                                                   : length == 16 ? first
+                                                                                                  : first + second);
 }
 
 TEST(VoMsgResourceDump, DumpsEveryByteInPiecesThatEndLines) {

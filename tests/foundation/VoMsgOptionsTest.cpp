@@ -5,20 +5,14 @@
 namespace {
 
 TEST(VoMsgOptions, NegativeLimitRestoresTheDefaultAndZeroStays) {
-  struct Limit {
-    int* value;
-    void (*set)(int);
-  } const limits[] = {{&MaxEntityHeaders, VoMsgSetMaxEntityHeaders},
-                      {&MaxHeaderAddress, VoMsgSetMaxHeaderAddress},
-                      {&MaxHeaderParams, VoMsgSetMaxHeaderParams}};
-  for (const Limit& limit : limits) {
-    EXPECT_EQ(*limit.value, 100);
-    for (const int value : {7, 0}) {
-      limit.set(value);
-      EXPECT_EQ(*limit.value, value);
+  for (const int value : {100, 7, 0, -5}) {
+    if (value != 100) {
+      VoMsgSetMaxEntityHeaders(value);
+      VoMsgSetMaxHeaderAddress(value);
+      VoMsgSetMaxHeaderParams(value);
     }
-    limit.set(-5);
-    EXPECT_EQ(*limit.value, 100);
+    for (const int limit : {MaxEntityHeaders, MaxHeaderAddress, MaxHeaderParams})
+      EXPECT_EQ(limit, value < 0 ? 100 : value);
   }
 }
 

@@ -23,6 +23,7 @@ using Locator = VoMsgResourceLocator;
 using Manager = VoMsgResourceManager;
 using Resource = std::unique_ptr<Locator>;
 using vomsg::test::readFile;
+using vomsg::test::RememberingLog;
 using vomsg::test::ScratchDirectory;
 
 constexpr auto kNoPart = static_cast<Locator::VoMsgResourceDataType>(2);
@@ -65,53 +66,39 @@ TEST(VoMsgResource, BothKindsHoldTwoPartsThatAreReplacedByWriting) {
     ASSERT_TRUE(fill(*resource, Locator::resourceForkPart, "fork"));
     EXPECT_TRUE(resource->hasResourceFork());
     EXPECT_EQ(contentOf(*resource, Locator::resourceForkPart), "fork");
-    EXPECT_EQ(resource->getInputStream(kNoPart), nullptr);
-    EXPECT_EQ(resource->getOutputStream(kNoPart), nullptr);
+    EXPECT_EQ(contentOf(*resource, kNoPart), "(none)");
+    EXPECT_FALSE(fill(*resource, kNoPart, ""));
     EXPECT_EQ(resource->getSize(kNoPart), 0u);
     EXPECT_EQ(resource->getFileType(), 0x3F3F3F3Fu);
-    EXPECT_TRUE(resource->equal(resource));
-    EXPECT_FALSE(resource->equal(nullptr));
   }
-  EXPECT_FALSE(file.equal(&memory));
-  EXPECT_FALSE(memory.equal(&file));
 }
 
 TEST(VoMsgMemoryResource, CopiesOrUsesTheCallersBlock) {
   std::vector<char> mine = {'a', 'b', 'c'};
   VoMsgMemoryResource inPlace(mine.data(), 3, nullptr, nullptr), copied(mine.data(), 3, 1, nullptr, nullptr);
   EXPECT_EQ(inPlace.getMemoryPointer(Locator::dataPart), mine.data());
-  EXPECT_NE(copied.getMemoryPointer(Locator::dataPart), mine.data());
   mine[0] = 'A';
   EXPECT_EQ(contentOf(inPlace), "Abc");
   EXPECT_EQ(contentOf(copied), "abc");
-  VoMsgMemoryResource shorter(mine.data(), 2, nullptr, nullptr), same(mine.data(), 3, nullptr, nullptr);
-  EXPECT_TRUE(inPlace.equal(&same));
-  EXPECT_FALSE(inPlace.equal(&shorter));
-  EXPECT_FALSE(inPlace.equal(&copied));
   EXPECT_TRUE(fill(inPlace, Locator::dataPart, "written"));
   EXPECT_EQ(contentOf(inPlace), "written");
   EXPECT_EQ(std::string(mine.data(), 3), "Abc");
-  VoMsgMemoryResource nothing(nullptr, 7, nullptr, nullptr);
-  EXPECT_EQ(contentOf(nothing), "");
+  EXPECT_EQ(contentOf(VoMsgMemoryResource(nullptr, 7, nullptr, nullptr)), "");
 }
 
-TEST(VoMsgFileResource, ComparesPathsAndDeletesOnlyWhatIsTemporary) {
-  const ScratchDirectory dir;
-  const std::string kept = dir.write("kept", "x"), gone = dir.write("gone", "host's own");
-  {
-    VoMsgFileResource a(kept.c_str(), nullptr, nullptr), b(kept.c_str(), nullptr, nullptr);
-    VoMsgFileResource temporary(gone.c_str(), 1, nullptr, nullptr), nowhere(nullptr, nullptr, nullptr);
-    EXPECT_TRUE(a.equal(&b));
-    EXPECT_FALSE(a.equal(&temporary));
-    EXPECT_FALSE(nowhere.equal(&a));
-    EXPECT_EQ(nowhere.getInputStream(Locator::dataPart), nullptr);
-    EXPECT_EQ(nowhere.getOutputStream(Locator::dataPart), nullptr);
-    EXPECT_EQ(contentOf(temporary), "host's own");
-    EXPECT_TRUE(fill(temporary, Locator::dataPart, "replaced"));
-    EXPECT_EQ(contentOf(temporary), "replaced");
-  }
-  EXPECT_TRUE(std::filesystem::exists(kept));
-  EXPECT_FALSE(std::filesystem::exists(gone));
+TEST(VoMsgResource, SameDataIsEqual) {
+  char text[] = "abc";
+  VoMsgMemoryResource memory(text, 3, "a", nullptr), same(text, 3, "b", nullptr), shorter(text, 2, nullptr, nullptr);
+  VoMsgMemoryResource copied(text, 3, 1, nullptr, nullptr);
+  VoMsgFileResource file("x/y", "a", nullptr), alike("x/y", "b", nullptr), other("x//y", nullptr, nullptr);
+  VoMsgFileResource nowhere(nullptr, nullptr, nullptr), nobody(nullptr, nullptr, nullptr);
+  const std::pair<Locator*, int> all[] = {{&memory, 1}, {&same, 1},  {&shorter, 2}, {&copied, 3}, {&file, 4},
+                                          {&alike, 4},  {&other, 5}, {&nowhere, 6}, {&nobody, 7}};
+  for (const auto& [one, data] : all)
+    for (const auto& [another, otherData] : all) EXPECT_EQ(one->equal(another), data == otherData) << data << otherData;
+  EXPECT_FALSE(memory.equal(nullptr) || file.equal(nullptr));
+  EXPECT_EQ(contentOf(nowhere), "(none)");
+  EXPECT_FALSE(fill(nowhere, Locator::dataPart, ""));
 }
 
 TEST(VoMsgResourceLocator, NamesAreConvertedAndRemembered) {
@@ -123,7 +110,6 @@ TEST(VoMsgResourceLocator, NamesAreConvertedAndRemembered) {
   EXPECT_STREQ(resource.getResourceName("us-ascii"), "caf?");
   EXPECT_STREQ(resource.getResourceName("no-such-charset"), "");
   resource.setResourceName("\xc3\xa9", "utf-8");
-  EXPECT_STREQ(resource.getResourceName("iso-8859-1"), "\xe9");
   resource.setResourceName(resource.getResourceName(nullptr), nullptr);  // keeps the charset it had
   EXPECT_STREQ(resource.getResourceName("iso-8859-1"), "\xe9");
   resource.setResourceName(nullptr, nullptr);
@@ -145,7 +131,6 @@ TEST(VoMsgResourceManager, SettingsHaveFloorsAndTheFolderASlash) {
 
 TEST(VoMsgResourceManager, ChoosesMemoryWithinTheBudget) {
   const TempFolder folder;
-  ASSERT_EQ(Manager::currentAllocateMemorySize(), 0u);
   const auto kindOf = [](unsigned size) { return Resource(Manager::createTmpResource(size))->getResourceType(); };
   EXPECT_EQ(kindOf(0), Locator::file);
   EXPECT_EQ(kindOf(0x100000), Locator::memory);
@@ -156,20 +141,17 @@ TEST(VoMsgResourceManager, ChoosesMemoryWithinTheBudget) {
   EXPECT_EQ(kindOf(1), Locator::file);
   held.pop_back();
   EXPECT_EQ(kindOf(0x100000), Locator::memory);
-  held.clear();
-  EXPECT_EQ(Manager::currentAllocateMemorySize(), 0u);
-  const Resource small(Manager::createTmpResource(5)), large(Manager::createTmpResource(7));
-  for (int i = 0; i < 3; ++i) Manager::freeTmpResource(large.get());
+  held.resize(1);
+  for (int i = 0; i < 3; ++i) Manager::freeTmpResource(held[0].get());
   EXPECT_EQ(Manager::currentAllocateMemorySize(), 0u);  // never below
 }
 
 TEST(VoMsgResourceManager, TemporaryFileIsPrivateAndLivesAsLongAsItsResource) {
   const TempFolder folder;
   const mode_t mask = umask(0);
-  std::string path;
   {
     const Resource resource(Manager::createTmpFileResource());
-    path = static_cast<VoMsgFileResource&>(*resource).getFilePath(Locator::dataPart);
+    const std::string path = static_cast<VoMsgFileResource&>(*resource).getFilePath(Locator::dataPart);
     EXPECT_EQ(path.rfind(folder.file("VOMSG_"), 0), 0u) << path;
     EXPECT_EQ(contentOf(*resource), "(none)");
     EXPECT_EQ(folder.count(), 0u);  // made by the first stream only
@@ -182,27 +164,44 @@ TEST(VoMsgResourceManager, TemporaryFileIsPrivateAndLivesAsLongAsItsResource) {
     EXPECT_EQ(folder.count(), 2u);
     for (const auto& entry : std::filesystem::directory_iterator(folder.path))
       EXPECT_EQ(static_cast<unsigned>(entry.status().permissions()), 0600u);
+    // What the caller calls temporary goes too, even what stood there before.
+    VoMsgFileResource own(folder.write("own", "host's own").c_str(), 1, nullptr, nullptr);
+    EXPECT_EQ(contentOf(own), "host's own");
+    EXPECT_TRUE(fill(own, Locator::dataPart, "replaced"));
   }
-  umask(mask);
   EXPECT_EQ(folder.count(), 0u);
+  EXPECT_TRUE(fill(VoMsgFileResource(folder.file("kept").c_str(), nullptr, nullptr), Locator::dataPart, ""));
+  umask(mask);
+  EXPECT_EQ(static_cast<unsigned>(std::filesystem::status(folder.file("kept")).permissions()), 0644u);
 }
 
 TEST(VoMsgResourceManager, SomebodyElsesFileIsNeitherReadNorWrittenNorDeleted) {
   const TempFolder folder;
-  vomsg::test::RememberingLog log;
-  std::string path;
-  {
+  const RememberingLog log;
+  const std::string target = folder.write("target", "kept");
+  std::vector<std::string> planted;
+  for (const bool isLink : {false, true}) {
     const Resource resource(Manager::createTmpFileResource());
-    path = static_cast<VoMsgFileResource&>(*resource).getFilePath(Locator::dataPart);
-    folder.write(path.substr(path.rfind('/') + 1), "planted");
+    planted.emplace_back(static_cast<VoMsgFileResource&>(*resource).getFilePath(Locator::dataPart));
+    if (isLink)
+      ASSERT_EQ(symlink(target.c_str(), planted.back().c_str()), 0);
+    else
+      vomsg::test::writeFile(planted.back(), "planted");
     EXPECT_EQ(contentOf(*resource), "(none)");
     EXPECT_FALSE(fill(*resource, Locator::dataPart, "secret"));
   }
-  EXPECT_EQ(readFile(path), "planted");
+  EXPECT_EQ(readFile(planted[0]), "planted");
+  EXPECT_EQ(readFile(planted[1]), "kept");
+  // Nor is a file followed elsewhere that was the resource's own once.
+  const Resource resource(Manager::createTmpFileResource());
+  const char* const path = static_cast<VoMsgFileResource&>(*resource).getFilePath(Locator::dataPart);
+  ASSERT_TRUE(fill(*resource, Locator::dataPart, "own"));
+  ASSERT_TRUE(::unlink(path) == 0 && symlink(target.c_str(), path) == 0);
+  EXPECT_FALSE(fill(*resource, Locator::dataPart, "secret"));
+  EXPECT_EQ(readFile(target), "kept");
 }
 
 TEST(VoMsgResourceManager, NamesAreFreshAndTakeNothingFromSeedOrEnvironment) {
-  const TempFolder folder;
   setenv("TMPDIR", "/nonexistent", 1);
   std::set<std::string> names;
   srand48(1);
@@ -211,54 +210,43 @@ TEST(VoMsgResourceManager, NamesAreFreshAndTakeNothingFromSeedOrEnvironment) {
     srand48(1);
     const vomsg::detail::CString path(Manager::createTmpFilePath());
     ASSERT_TRUE(path);
-    names.insert(path.get());
+    EXPECT_EQ(names.insert(path.get()).first->rfind(P_tmpdir "/VOMSG_", 0), 0u);
     EXPECT_EQ(lrand48(), first);  // the sequence of the UUIDs is left alone
   }
   EXPECT_EQ(names.size(), 200u);
-  Manager::setTmpDirPath(nullptr);
-  const vomsg::detail::CString path(Manager::createTmpFilePath());
-  EXPECT_EQ(std::string(path.get()).rfind(P_tmpdir "/VOMSG_", 0), 0u);
   unsetenv("TMPDIR");
-}
 
-TEST(VoMsgResourceManager, UnusableFolderIsLogged) {
   const TempFolder folder;
-  vomsg::test::RememberingLog log;
+  const RememberingLog log;
   Manager::setTmpDirPath(folder.file("missing").c_str());
   EXPECT_EQ(Manager::createTmpResource(0), nullptr);
   EXPECT_EQ(log.count("********* GetTempFileName error ********"), 1);
   EXPECT_EQ(log.debug.back().level, 9u);
   VoMsgFileResource file(folder.file("data").c_str(), nullptr, nullptr);
-  EXPECT_EQ(file.getOutputStream(Locator::resourceForkPart), nullptr);
-  EXPECT_FALSE(file.hasResourceFork());
+  EXPECT_FALSE(fill(file, Locator::resourceForkPart, "") || file.hasResourceFork());
 }
 
 TEST(VoObjectStub, TheLastHandleDeletes) {
-  struct Counted {
-    explicit Counted(int& alive) : mAlive(alive) { ++mAlive; }
-    ~Counted() { --mAlive; }
-    int& mAlive;
-  };
-  int alive = 0;
+  using Shared = std::shared_ptr<int>;
+  const Shared watched = std::make_shared<int>(0);  // each shared object holds a copy
   {
-    VoObjectStub<Counted> a(new Counted(alive)), empty;
-    const std::unique_ptr<VoObjectStub<Counted>> b(a.copy());
-    VoObjectStub<Counted> c(*b);
+    VoObjectStub<Shared> a(new Shared(watched));
+    const std::unique_ptr<VoObjectStub<Shared>> b(a.copy());
+    VoObjectStub<Shared> c(*b);
     EXPECT_EQ(a.countReference(), 3);
-    c.setNewObject(new Counted(alive));
-    EXPECT_EQ(alive, 2);
-    EXPECT_EQ(a.countReference(), 2);
+    c.setNewObject(new Shared(watched));
+    EXPECT_EQ(watched.use_count(), 3);
     c = *&c;
     c = a;
-    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(watched.use_count(), 2);
     c.free();
     c.free();
     EXPECT_EQ(c.getObject(), nullptr);
     EXPECT_EQ(a.countReference(), 2);
-    c = empty;
+    c = VoObjectStub<Shared>();
     EXPECT_EQ(c.countReference(), 0);
   }
-  EXPECT_EQ(alive, 0);
+  EXPECT_EQ(watched.use_count(), 1);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
 #include <vector>
 
 #include "tests/support/RememberingLog.h"
@@ -19,10 +20,10 @@ namespace {
 
 using vomsg::detail::WriterAccess;
 using vomsg::test::readFile;
-using vomsg::test::RememberingLog;
 using vomsg::test::ScratchDirectory;
 
-bool put(VoMsgBufferedWriter& writer, std::string_view text) {
+template <class Writer>
+bool put(Writer&& writer, std::string_view text) {
   return writer.write(text.data(), static_cast<unsigned>(text.size()));
 }
 
@@ -32,65 +33,16 @@ std::string patternOf(std::size_t size) {
   return text;
 }
 
-mode_t modeOf(const std::string& path) {
-  struct stat status {};
-  EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
-  return status.st_mode & 0777;
-}
-
-TEST(VoMsgFileWriter, CreatesTruncatesAndFlushesAtTheEnd) {
-  const ScratchDirectory dir;
-  const std::string path = dir.write("file", "a longer old content");
-  {
-    VoMsgFileWriter writer(path.c_str(), 4);
-    EXPECT_FALSE(writer.isOpen());
-    ASSERT_TRUE(writer.open());
-    EXPECT_EQ(readFile(path), "");
-    EXPECT_TRUE(put(writer, "123456"));
-    EXPECT_EQ(readFile(path), "1234");
-    EXPECT_TRUE(writer.open());  // already open: nothing is truncated
-  }
-  EXPECT_EQ(readFile(path), "123456");
-}
-
-TEST(VoMsgFileWriter, CreatesExclusivelyOrNotAtAll) {
-  const ScratchDirectory dir;
-  const std::string taken = dir.write("taken", "keep");
-  ASSERT_EQ(symlink(taken.c_str(), dir.file("link").c_str()), 0);
-  using Creation = VoMsgFileWriter::Creation;
-  struct Row {
-    const char* name;
-    Creation creation;
-    bool opens;
-  } const rows[] = {{"taken", Creation::exclusive, false}, {"link", Creation::exclusive, false},
-                    {"new", Creation::existing, false},    {"link", Creation::existing, false},
-                    {"new", Creation::exclusive, true},    {"new", Creation::existing, true},
-                    {"common", Creation::shared, true},    {"common", Creation::shared, true}};
-  const mode_t mask = umask(0);
-  for (const Row& row : rows) {
-    VoMsgFileWriter writer(dir.file(row.name).c_str(), 0);
-    writer.setCreation(row.creation);
-    EXPECT_EQ(writer.open(), row.opens) << row.name;
-  }
-  umask(mask);
-  EXPECT_EQ(readFile(taken), "keep");
-  EXPECT_EQ(modeOf(dir.file("new")), 0600u);
-  EXPECT_EQ(modeOf(dir.file("common")), 0644u);
-}
-
 TEST(VoMsgFileWriter, ReportsFailuresAndLogsThem) {
-  RememberingLog log;
-  VoMsgFileWriter nowhere("/nonexistent/file", 0);
-  EXPECT_FALSE(nowhere.open());
+  vomsg::test::RememberingLog log;
+  EXPECT_FALSE(VoMsgFileWriter("/nonexistent/file", 0).open());
   EXPECT_EQ(log.count("Can not open file [/nonexistent/file].(system error code = " + std::to_string(ENOENT) + ")"), 1);
-  VoMsgFileWriter nameless(nullptr, 0);
-  EXPECT_FALSE(nameless.open());
-  const std::string refusal = "Fail to write data to file. System error code is " + std::to_string(ENOSPC);
+  EXPECT_FALSE(VoMsgFileWriter(nullptr, 0).open());
   {
     VoMsgFileWriter full("/dev/full", 4);
     ASSERT_TRUE(full.open());
     EXPECT_FALSE(put(full, "123456"));
-    EXPECT_EQ(log.count(refusal), 1);
+    EXPECT_EQ(log.count("Fail to write data to file. System error code is " + std::to_string(ENOSPC)), 1);
     EXPECT_FALSE(full.flush());
     EXPECT_FALSE(full.close());
     EXPECT_TRUE(full.isOpen());
@@ -111,89 +63,60 @@ TEST(VoMsgFileWriter, ResumesWhereAPartialWriteStopped) {
   EXPECT_FALSE(put(writer, "0123456789abcdef"));
   setrlimit(RLIMIT_FSIZE, &usual);
   std::signal(SIGXFSZ, before);
+  EXPECT_TRUE(writer.open());  // already open: nothing is truncated
   EXPECT_TRUE(writer.close());
   EXPECT_EQ(readFile(dir.file("file")), "0123456789abcdef");
 }
 
-TEST(VoMsgMemoryWriter, CollectsAndEndsWithNul) {
-  VoMsgMemoryWriter writer;
-  EXPECT_EQ(writer.getData(), nullptr);
+TEST(VoMsgWriters, SmallAndLargeStretchesKeepTheirOrder) {
+  const ScratchDirectory dir;
   std::string want;
-  for (std::size_t size = 0; size < 100000; size = size * 3 + 1) {
+  VoMsgMemoryWriter memory;
+  VoMsgFileWriter file(dir.file("file").c_str(), 64);
+  ASSERT_TRUE(file.open());
+  WriterAccess::expect(file, 1000);
+  WriterAccess::expect(memory, 130000);
+  const char* const reserved = memory.getData();
+  for (const std::size_t size : {0u, 1u, 63u, 64u, 65u, 32767u, 32768u, 10u, 20000u, 3u}) {
     const std::string piece = patternOf(size);
     want += piece;
-    ASSERT_TRUE(put(writer, piece));
-    ASSERT_TRUE(writer.flush());
-    ASSERT_EQ(std::string(writer.getData(), writer.getLength() + 1), want + '\0');
+    for (VoMsgBufferedWriter* const writer :
+         {static_cast<VoMsgBufferedWriter*>(&memory), static_cast<VoMsgBufferedWriter*>(&file)})
+      EXPECT_TRUE(size % 2 == 0 ? put(*writer, piece) : WriterAccess::writeThrough(*writer, piece.data(), size));
+    ASSERT_TRUE(memory.flush());
+    ASSERT_TRUE(std::string(memory.getData(), memory.getLength() + 1) == want + '\0');
   }
-  writer.clearString();
-  EXPECT_EQ(writer.getData(), nullptr);
-  EXPECT_EQ(writer.getLength(), 0u);
-  EXPECT_TRUE(put(writer, "again") && writer.flush());
-  EXPECT_STREQ(writer.getData(), "again");
+  EXPECT_EQ(memory.getData(), reserved);  // announced, so allocated once
+  EXPECT_TRUE(file.close());
+  EXPECT_TRUE(readFile(dir.file("file")) == want);
+
+  memory.clearString();
+  EXPECT_EQ(memory.getData(), nullptr);
+  EXPECT_TRUE(put(memory, "again"));
+  // What a size cannot say is refused, and a hint of it is ignored.
+  for (const std::uint64_t size : {0xFFFFFFFFull, ~0ull}) {
+    EXPECT_FALSE(WriterAccess::writeThrough(memory, want.data(), size));
+    WriterAccess::expect(memory, size);
+  }
+  EXPECT_TRUE(put(memory, "y") && memory.flush());
+  EXPECT_STREQ(memory.getData(), "againy");
 }
 
 TEST(VoMsgMemoryWriter, LeavesABlockThatIsNotTheRecordsOwn) {
   for (const std::size_t size : {0u, 3u, 5u, 40000u}) {
     std::vector<char> mine(5, 'm');
     VoMsgMemBlock block{mine.data(), 5, 0, false};
-    const std::string text = patternOf(size);
-    {
-      VoMsgMemoryWriter writer(&block);
-      EXPECT_TRUE(put(writer, text));
-    }
+    EXPECT_TRUE(put(VoMsgMemoryWriter(&block), patternOf(size)));
     EXPECT_EQ(mine, std::vector<char>(5, 'm'));
     ASSERT_TRUE(block.owned);
     EXPECT_GT(block.capacity, block.length);
-    EXPECT_EQ(std::string(block.data, block.length + 1), text + '\0');
+    EXPECT_EQ(std::string(block.data, block.length + 1), patternOf(size) + '\0');
     char* const before = block.data;
-    {
-      VoMsgMemoryWriter writer(&block);  // now its own: written in place
-      EXPECT_TRUE(put(writer, "x"));
-    }
+    EXPECT_TRUE(put(VoMsgMemoryWriter(&block), "x"));  // now its own: written in place
     EXPECT_EQ(block.data, before);
     EXPECT_STREQ(block.data, "x");
     std::free(block.data);
   }
-}
-
-TEST(WriterAccess, LargeAndSmallStretchesKeepTheirOrder) {
-  const ScratchDirectory dir;
-  const std::string path = dir.file("file");
-  std::string want;
-  VoMsgMemBlock block;
-  {
-    VoMsgMemoryWriter memory(&block);
-    VoMsgFileWriter file(path.c_str(), 64);
-    ASSERT_TRUE(file.open());
-    WriterAccess::expect(file, 1000);
-    WriterAccess::expect(memory, 90000);
-    const char* const reserved = block.data;
-    for (const std::size_t size : {0u, 1u, 63u, 64u, 65u, 32767u, 32768u, 10u, 20000u}) {
-      const std::string piece = patternOf(size);
-      want += piece;
-      EXPECT_TRUE(WriterAccess::writeThrough(memory, piece.data(), size));
-      EXPECT_TRUE(WriterAccess::writeThrough(file, piece.data(), size));
-    }
-    EXPECT_TRUE(memory.flush());
-    EXPECT_EQ(block.data, reserved);  // announced, so allocated once
-    EXPECT_EQ(block.capacity, 90017u);
-  }
-  EXPECT_TRUE(std::string(block.data, block.length) == want);
-  EXPECT_TRUE(readFile(path) == want);
-  std::free(block.data);
-}
-
-TEST(WriterAccess, RefusesWhatASizeCannotSay) {
-  VoMsgMemoryWriter writer;
-  const std::string piece(100000, 'x');
-  ASSERT_TRUE(WriterAccess::writeThrough(writer, piece.data(), piece.size()));
-  for (const std::uint64_t size : {0xFFFFFFFFull, ~0ull}) {
-    EXPECT_FALSE(WriterAccess::writeThrough(writer, piece.data(), size));
-    WriterAccess::expect(writer, size);  // a hint that cannot be followed changes nothing
-  }
-  EXPECT_TRUE(put(writer, "y") && writer.flush());
-  EXPECT_EQ(writer.getData(), piece + "y");
 }
 
 }  // namespace

@@ -1,13 +1,11 @@
-// What the tests of header blocks share: limits that come back, and blocks in heap memory of their exact size.
+// What the tests of header blocks share.
 #pragma once
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include "tests/support/WindowStreams.h"
-#include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgOptions.h"
 #include "vomsg/header/VoMsgEntityHeader.h"
 
@@ -26,22 +24,12 @@ struct KeepOptions {
   }
 };
 
-struct ExactReader {
-  explicit ExactReader(std::string_view text)
-      : bytes(new unsigned char[text.size()]), reader(bytes.get(), static_cast<unsigned>(text.size())) {
-    std::copy(text.begin(), text.end(), bytes.get());
-    reader.open();
-  }
-  std::unique_ptr<unsigned char[]> bytes;
-  VoMsgMemoryReader reader;
-};
-
 inline std::unique_ptr<VoMsgEntityHeader> parseBlock(std::string_view text, VoErrorCode* code = nullptr,
                                                      bool isChild = false) {
   auto header = std::make_unique<VoMsgEntityHeader>();
   header->setChild(isChild);
-  ExactReader source(text);
-  const VoErrorCode result = header->parseHeaderPart(&source.reader, "us-ascii", nullptr);
+  ExactMemoryReader source(text);
+  const VoErrorCode result = header->parseHeaderPart(&source, "us-ascii", nullptr);
   if (code) *code = result;
   return header;
 }

@@ -2,15 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <iterator>
-#include <memory>
 #include <random>
+#include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgCString.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ std::string taken(char* text) {
 }
 
 std::string converted(const char* charset, const std::string& value) {
-  const std::unique_ptr<char, decltype(&std::free)> exact(strdup(value.c_str()), &std::free);
+  const auto exact = vomsg::detail::copyCString(value);
   char* out = nullptr;
   EXPECT_EQ(voDecodeHeaderValue(charset, exact.get(), &out), kVoSuccess);
   return taken(out);
@@ -30,7 +30,7 @@ std::string converted(const char* charset, const std::string& value) {
 using Reported = std::pair<std::string, std::string>;  // text and charset
 
 Reported reported(const std::string& value) {
-  const std::unique_ptr<char, decltype(&std::free)> exact(strdup(value.c_str()), &std::free);
+  const auto exact = vomsg::detail::copyCString(value);
   char* out = nullptr;
   char* charset = strdup("an earlier report");
   EXPECT_EQ(voDecodeHeaderValue(charset, out, exact.get()), kVoSuccess);
@@ -52,14 +52,10 @@ TEST(EncodedWord, DecodesValues) {
   };
   constexpr Row kRows[] = {
       {"=?iso-8859-1?Q?a_b?=", "a b", nullptr, "iso-8859-1"},
-      {"=?utf-8?B?"
-       "?=",
-       "", nullptr, "utf-8"},
+      {"=?utf-8?B?\?=", "", nullptr, "utf-8"},
       {"=?UTF-8?q?=41?=", "A", nullptr, "UTF-8"},  // the text begins with "=", which is no "?="
       {"=?utf-8?Q?a b?c?=", "a b?c", nullptr, "utf-8"},
-      {"=?utf-8?Q?what?"
-       "?=",
-       "what?", nullptr, "utf-8"},
+      {"=?utf-8?Q?what?\?=", "what?", nullptr, "utf-8"},
       {"=?utf-8?Q?=4=zz=?=", "4zz", nullptr, "utf-8"},  // "=" without two digits goes alone
       {"=?utf-8?B?QU JD*RA===?=", "ABCD", nullptr, "utf-8"},
       {"=?utf-8?B?QQBC?=d", "Ad", nullptr, "utf-8"},  // NUL ends the word
@@ -103,21 +99,15 @@ TEST(EncodedWord, ConvertsToTheCharsetAskedFor) {
   EXPECT_EQ(converted("ISO-8859-1", "=?utf8?Q?=C3=A4?="), "\xE4");
   EXPECT_EQ(converted("x-none", "=?utf-8?Q?=C3=A4?="), "\xC3\xA4");
   // Words in turn, one of them stateful: each is converted as if it stood alone, by converters in use or replaced.
-  const char* const words[] = {"=?iso-2022-jp?B?GyRCRnxLXBsoQg==?=",
-                               "=?koi8-r?Q?=C4?=",
-                               "=?iso-8859-2?Q?=B1?=",
-                               "=?iso-2022-jp?B?GyRCRnw=?=",
-                               "=?iso-8859-7?Q?=E1?=",
-                               "=?shift_jis?B?k/qWew==?=",
-                               "=?euc-kr?B?xdc=?=",
-                               "=?big5?B?pKQ=?=",
-                               "=?iso-8859-9?Q?=FD?=",
-                               "=?windows-1251?Q?=E4?=",
-                               "=?none?Q?=E4?=",
-                               "=?koi8-u?Q?=C4?="};
+  std::istringstream list(
+      "=?iso-2022-jp?B?GyRCRnxLXBsoQg==?= =?koi8-r?Q?=C4?= =?iso-8859-2?Q?=B1?= =?iso-2022-jp?B?GyRCRnw=?= "
+      "=?iso-8859-7?Q?=E1?= =?shift_jis?B?k/qWew==?= =?euc-kr?B?xdc=?= =?big5?B?pKQ=?= =?iso-8859-9?Q?=FD?= "
+      "=?windows-1251?Q?=E4?= =?none?Q?=E4?= =?koi8-u?Q?=C4?=");
+  std::vector<std::string> words;
+  for (std::string word; list >> word;) words.push_back(word);
   std::string value, want;
-  for (int round = 0; round < 40; ++round) {
-    const char* const word = words[static_cast<std::size_t>(round * round) % std::size(words)];
+  for (std::size_t round = 0; round < 40; ++round) {
+    const std::string& word = words[round * round % words.size()];
     value += word;
     want += converted("utf-8", word);
   }
@@ -143,14 +133,10 @@ TEST(EncodedWord, ChoosesTheEncodingByCharset) {
   EXPECT_EQ(encoded(nullptr, "10 apples", 0), "10 apples");
   EXPECT_EQ(encoded("", "10 apples", 1), "=?us-ascii?Q?=31=30_apples?=");
   EXPECT_EQ(encoded("UTF8", "2:_=?~\x7F\xFF", 0), "=?utf-8?Q?2=3A=5F=3D=3F~\x7F=FF?=");
-  EXPECT_EQ(encoded("ISO-8859-10", "", 0),
-            "=?iso-8859-10?Q?"
-            "?=");
+  EXPECT_EQ(encoded("ISO-8859-10", "", 0), "=?iso-8859-10?Q?\?=");
   EXPECT_EQ(encoded("ISO-2022-JP", "abc", 0), "=?ISO-2022-JP?B?YWJj?=");  // named as given
   EXPECT_EQ(encoded("euc-kr", "a", 1), "=?euc-kr?B?YQ==?=");
-  EXPECT_EQ(encoded("big5", "", 1),
-            "=?big5?B?"
-            "?=");
+  EXPECT_EQ(encoded("big5", "", 1), "=?big5?B?\?=");
   EXPECT_EQ(encoded("windows-1252", "a", 0), "=?windows-1252?B?YQ==?=");
   for (const char* charset : {"utf-8?Q?a?=", "x y", "x\r\nBcc: y"}) {
     char* out = nullptr;
@@ -173,7 +159,7 @@ TEST(EncodedWord, RefusesNull) {
   voFreeHeaderValue(nullptr);
 }
 
-TEST(EncodedWord, TransformsSingleTexts) {
+TEST(EncodedWord, TransformsSingleTextsAndCharacters) {
   EXPECT_EQ(taken(voRfc2047EncodeQuotedPrintable(" !/019AZ")), "_=21=2F=30=319AZ");
   EXPECT_EQ(taken(voRfc2047DecodeQuotedPrintable("_=c3=A4=g1=1")), " \xC3\xA4g11");
   for (int c = 0; c < 256; ++c) {

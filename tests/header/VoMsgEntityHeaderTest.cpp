@@ -10,7 +10,7 @@
 
 namespace {
 
-using vomsg::test::ExactReader;
+using vomsg::test::ExactMemoryReader;
 using vomsg::test::KeepOptions;
 using vomsg::test::parseBlock;
 using vomsg::test::written;
@@ -37,14 +37,13 @@ TEST(EntityHeader, UnfoldsLines) {
   for (const Row& row : rows) {
     for (const bool keepsSpace : {false, true}) {
       VoMsgExtraOption = keepsSpace ? kVoOptionKeepFoldSpace : 0;
-      ExactReader source(row.text);
-      const std::unique_ptr<char, decltype(&std::free)> line(VoMsgEntityHeader().getNextLine(&source.reader),
-                                                             std::free);
+      ExactMemoryReader source(row.text);
+      const std::unique_ptr<char, decltype(&std::free)> line(VoMsgEntityHeader().getNextLine(&source), std::free);
       EXPECT_STREQ(line.get(), keepsSpace ? row.wantKeepingSpace : row.want) << row.text;
     }
   }
-  ExactReader empty("");
-  EXPECT_EQ(VoMsgEntityHeader().getNextLine(&empty.reader), nullptr);
+  ExactMemoryReader empty("");
+  EXPECT_EQ(VoMsgEntityHeader().getNextLine(&empty), nullptr);
 }
 
 TEST(EntityHeader, HoldsTheLimitsAsTheyAre) {
@@ -217,19 +216,19 @@ TEST(EntityHeader, LosesNoAddressThatTheLimitLeftUncut) {
 
 TEST(EntityHeader, CopiesAnUnchangedBlockFromItsSource) {
   const std::string block = "A:b\n\tc\nno colon\r\rrest";
-  ExactReader source("xx" + block);
-  ASSERT_TRUE(source.reader.seek(2));
+  ExactMemoryReader source("xx" + block);
+  ASSERT_TRUE(source.seek(2));
   VoMsgEntityHeader header;
-  ASSERT_EQ(header.parseHeaderPart(&source.reader, nullptr, nullptr), kVoSuccess);
+  ASSERT_EQ(header.parseHeaderPart(&source, nullptr, nullptr), kVoSuccess);
   vomsg::test::LimitedWriter out;
-  EXPECT_EQ(header.writeHeaderPartFromSource(&source.reader, &out), kVoSuccess);
+  EXPECT_EQ(header.writeHeaderPartFromSource(&source, &out), kVoSuccess);
   EXPECT_TRUE(out.flush());
   EXPECT_EQ(out.text, block.substr(0, block.size() - 4));
   EXPECT_EQ(header.writeHeaderPartFromSource(nullptr, &out), kVoBadArgument);
   EXPECT_EQ(header.parseHeaderPart(nullptr, nullptr, nullptr), kVoReadFailed);
   EXPECT_TRUE(header.isNewHeader());  // the line without colon
   out.text.clear();
-  EXPECT_EQ(header.writeHeaderPart(&source.reader, &out), kVoSuccess);
+  EXPECT_EQ(header.writeHeaderPart(&source, &out), kVoSuccess);
   EXPECT_TRUE(out.flush());
   EXPECT_EQ(out.text, "A: bc\r\n\r\n");
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/support/Inputs.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgTokenizer.h"
 
@@ -184,17 +185,10 @@ class SlowParser {
 };
 
 TEST(StructuredValue, AgreesWithTheTokenizerOnAllShortTexts) {
-  constexpr std::string_view alphabet = ";=?\"\\ ():a\n";
-  const std::string before[] = {"", "a;boundary", "a;n="};
-  std::vector<std::string> texts = {""};
-  for (std::size_t done = 0, length = 1; length <= 5; ++length) {
-    const std::size_t count = texts.size();
-    for (; done < count; ++done)
-      for (const char c : alphabet) texts.push_back(texts[done] + c);
-  }
-  for (const std::string& text : texts)
-    for (const std::string& prefix : before)
-      ASSERT_EQ(parsed(prefix + text), SlowParser(prefix + text).parse()) << prefix + text;
+  test::forEveryString(";=?\"\\ ():a\n", 5, [](const std::string& text) {
+    for (const char* const prefix : {"", "a;boundary", "a;n="})
+      ASSERT_EQ(parsed(prefix + text), SlowParser(prefix + text).parse()) << prefix << text;
+  });
 }
 
 TEST(StructuredValue, ComparesAsAConflictOfContentTypesDoes) {

@@ -1,15 +1,17 @@
-// Streams that are hard on their users: a reader that never shows more than a few bytes at once, and a writer that
-// stops taking bytes.
+// Streams that are hard on their users: readers that show a few bytes at once or end where their memory ends, and a
+// writer that stops taking bytes.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgMemoryReader.h"
 
 namespace vomsg::test {
 
@@ -47,6 +49,20 @@ class WindowReader : public VoMsgBufferedReader {
  private:
   std::string_view mText;
   std::size_t mNext = 0;  // where the next refill begins
+};
+
+// Reads a copy of `text` in a heap block of its exact size, so that the sanitizers see one byte too far.
+class ExactMemoryReader : public VoMsgMemoryReader {
+ public:
+  explicit ExactMemoryReader(std::string_view text) : VoMsgMemoryReader(nullptr, 0), mBytes(new char[text.size()]) {
+    text.copy(mBytes.get(), text.size());
+    setString(reinterpret_cast<unsigned char*>(mBytes.get()), static_cast<unsigned>(text.size()));
+    open();
+  }
+  const char* bytes() const { return mBytes.get(); }
+
+ private:
+  std::unique_ptr<char[]> mBytes;
 };
 
 // Takes `limit` bytes, then refuses.
