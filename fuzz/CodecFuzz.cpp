@@ -70,6 +70,12 @@ void tryQuotedPrintable(const std::string& bytes) {
   std::erase(back, '\r');
   std::erase(text, '\r');
   require(back == text, "quoted-printable");
+  for (const char* lineEnd : {"\r\n", "\n", ""}) {
+    const std::string exact =
+        through(bytes, [&](auto& out, auto& in) { encodeQuotedPrintableExactly(out, in, lineEnd); });
+    require(through(exact, [&](auto& out, auto& in) { decodeQuotedPrintable(out, in, exact.size()); }) == bytes,
+            "the exact form of quoted-printable");
+  }
 }
 
 void tryUUEncode(const std::string& bytes) {

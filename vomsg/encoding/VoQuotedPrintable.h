@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "vomsg/foundation/VoErrorCode.h"
 #include "vomsg/foundation/VoMsgExport.h"
@@ -38,7 +39,8 @@ bool decodeQuotedPrintableTo(PieceSink& sink, VoMsgBufferedReader& source, std::
 std::uint64_t countQuotedPrintable(VoMsgBufferedReader& source, std::uint64_t length);
 // Encodes the rest of `source` and flushes. False when a write fails.
 bool encodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool softBreaks);
-// Encodes the rest of `source` such that decoding gives the same bytes, and flushes: of a text the line ends stay what
-// they are, of anything else they are "=0D" and "=0A"; the last line stays open. False when a write fails.
-bool encodeQuotedPrintableExactly(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool isText);
+// Encodes the rest of `source` such that decoding gives the same bytes, and flushes. `lineEnd` is what ends the lines
+// of a text, CR LF or LF as in the message around it, and empty for what is no text; any other CR or LF comes out as
+// "=0D" or "=0A". The last line stays as open as it is. False when a write fails.
+bool encodeQuotedPrintableExactly(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::string_view lineEnd);
 }  // namespace vomsg::detail

@@ -1,9 +1,9 @@
 // Lines are laid out in the output block itself: characters are appended behind the open line, and only a line
 // that grows past 75 characters is touched again, to put a soft break before its last breakable place.
 //
-// Three forms share this. As lines is what the exported functions write: it makes every line end a CR LF and ends the
-// last line, which suits text and changes anything else. The exact ones decode to what went in: as text, line ends stay
-// what they are; as bytes, there are none, so that nobody on the way can change them.
+// The exported functions take what they get for lines: every line end becomes a CR LF, and the last line gets one,
+// which suits text and changes anything else. The exact form decodes to what went in: what ends a line is said
+// beforehand, and any other CR or LF is encoded, so that nobody on the way can change it.
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -45,13 +45,14 @@ constexpr Kinds kindsOfCharacters(bool encodeDot) {
 constexpr Kinds kKinds = kindsOfCharacters(false);
 constexpr Kinds kKindsWithoutDot = kindsOfCharacters(true);
 
-enum class Form : std::uint8_t { lines, exactText, exactBytes };
-
 class Encoder {
  public:
-  Encoder(VoMsgBufferedWriter& target, Form form, bool softBreaks)
+  Encoder(VoMsgBufferedWriter& target, bool isExact, std::string_view lineEnd, bool softBreaks)
       : mTarget(target),
-        mForm(form),
+        mIsExact(isExact),
+        mLineEnd(lineEnd),
+        mEndsAtLineFeed(!isExact || lineEnd == "\n"),
+        mEndsAtPair(!isExact || lineEnd == "\r\n"),
         mSoftBreaks(softBreaks),
         mKinds((VoMsgExtraOption & kVoOptionEncodeDot) != 0 ? kKindsWithoutDot : kKinds) {}
 
@@ -62,7 +63,7 @@ class Encoder {
         mOpenCarriageReturn = false;
         if (c == '\n') {
           ++in;
-          if (!endLine("\r\n")) return false;
+          if (!endLine()) return false;
         } else if (!appendEncoded('\r')) {
           return false;
         }
@@ -72,11 +73,9 @@ class Encoder {
       } else {
         ++in;
         bool written = true;
-        if (mForm == Form::exactBytes) {
-          written = appendEncoded(c);
-        } else if (c == '\n') {
-          written = endLine(mForm == Form::lines ? "\r\n" : "\n");
-        } else if (c == '\r') {
+        if (c == '\n' && mEndsAtLineFeed) {
+          written = endLine();
+        } else if (c == '\r' && mEndsAtPair) {
           mOpenCarriageReturn = true;  // whether it is a line end is for the next byte to say
         } else {
           written = appendEncoded(c);
@@ -89,10 +88,10 @@ class Encoder {
 
   bool finish() {
     if (mOpenCarriageReturn && !appendEncoded('\r')) return false;
-    if (mForm != Form::lines) {
+    if (mIsExact) {
       encodeLastBlank();  // on the way, blanks at the end of a body get lost
     } else if (mEnd > mLine) {
-      append("\r\n");
+      append(mLineEnd);
     }
     mLine = mEnd;
     return emit() && mTarget.flush();
@@ -131,9 +130,9 @@ class Encoder {
     append(blank == ' ' ? "=20" : "=09");
   }
 
-  bool endLine(std::string_view lineEnd) {
+  bool endLine() {
     encodeLastBlank();
-    append(lineEnd);
+    append(mLineEnd);
     return startLine(mEnd);
   }
 
@@ -141,8 +140,8 @@ class Encoder {
   bool breakLine() {
     if (mEnd - mLine <= kLongestLine) return true;
     // The exported functions break even before the first character of a line, which leaves an empty line and lets this
-    // one grow to 77 characters. Their output stays as it is known; the exact forms need not copy that.
-    const bool isBreakable = mBreak && (mBreak > mLine || mForm == Form::lines);
+    // one grow to 77 characters. Their output stays as it is known; the exact form need not copy that.
+    const bool isBreakable = mBreak && (mBreak > mLine || !mIsExact);
     char* at = isBreakable ? mBreak : mEnd - 1;
     if (mSoftBreaks) {
       std::memmove(at + 3, at, static_cast<std::size_t>(mEnd - at));
@@ -171,7 +170,10 @@ class Encoder {
   }
 
   VoMsgBufferedWriter& mTarget;
-  const Form mForm;
+  const bool mIsExact;
+  const std::string_view mLineEnd;
+  const bool mEndsAtLineFeed;
+  const bool mEndsAtPair;
   const bool mSoftBreaks;
   const Kinds& mKinds;
   bool mOpenCarriageReturn = false;
@@ -181,9 +183,8 @@ class Encoder {
   char* mBreak = nullptr;       // the last place in it where a soft break may stand
 };
 
-bool encodeAll(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, Form form, bool softBreaks) {
+bool encodeAll(Encoder& encoder, VoMsgBufferedWriter& target, VoMsgBufferedReader& source) {
   WriterAccess::expect(target, bytesLeft(source));
-  Encoder encoder(target, form, softBreaks);
   while (ReaderWindow::fill(source)) {
     const std::string_view window = ReaderWindow::buffered(source);
     const auto* in = reinterpret_cast<const unsigned char*>(window.data());
@@ -196,11 +197,13 @@ bool encodeAll(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, Form fo
 }  // namespace
 
 bool encodeQuotedPrintable(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool softBreaks) {
-  return encodeAll(target, source, Form::lines, softBreaks);
+  Encoder encoder(target, false, "\r\n", softBreaks);
+  return encodeAll(encoder, target, source);
 }
 
-bool encodeQuotedPrintableExactly(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, bool isText) {
-  return encodeAll(target, source, isText ? Form::exactText : Form::exactBytes, true);
+bool encodeQuotedPrintableExactly(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::string_view lineEnd) {
+  Encoder encoder(target, true, lineEnd, true);
+  return encodeAll(encoder, target, source);
 }
 
 }  // namespace vomsg::detail
