@@ -97,6 +97,19 @@ void checkEdit(std::string_view bytes, unsigned index) {
   require(copy && writeOut(*copy) == want, "a copy is written like its original");
 }
 
+// New content for an entity anywhere, streams inside streams included: refused, or written as a stream.
+void checkDeepEdit(std::string_view bytes, unsigned index) {
+  VoMsgTnefMessage message;
+  message.readFrom(inPlace(bytes));
+  VoMsgEntityIterator all(&message);
+  VoMsgEntity* entity = all.first();
+  while (entity && index-- > 0) entity = all.next();
+  VoMsgMemoryResource content(const_cast<char*>("N"), 1, "n", nullptr);
+  const bool isEdited = entity && !voFailed(entity->setContent(&content, "a/b", nullptr));
+  const std::string output = writeOut(message);
+  if (!isEdited) require(output == bytes, "a refused edit changes nothing");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -116,6 +129,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::unique_ptr<VoMsgMailMessage> copy(message.split());
   require(copy && writeOut(*copy) == bytes, "a copy is written like its original");
   for (unsigned i = 0; i < children && i < 8; ++i) checkEdit(bytes, i);
+  checkDeepEdit(bytes, static_cast<unsigned char>(bytes[size / 3]) % 32);
   while (children > 0) {
     const unsigned i = static_cast<unsigned>(bytes[size / 2]) % children;
     if (voFailed(message.removeChildEntityAt(i))) break;

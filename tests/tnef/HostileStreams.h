@@ -67,4 +67,11 @@ inline const HostileShape kHostileShapes[] = {
      kVoTnefMalformed},
 };
 
+// How many pieces make about so many bytes.
+inline unsigned piecesFor(const HostileShape& shape, std::size_t bytes) {
+  unsigned pieces = 1000;
+  while (shape.make(pieces).size() < bytes) pieces *= 2;
+  return pieces;
+}
+
 }  // namespace vomsg::test

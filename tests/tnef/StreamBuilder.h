@@ -91,6 +91,7 @@ class ExactReader {
     std::memcpy(mBlock.get(), bytes.data(), bytes.size());
     reader.open();
   }
+  std::string bytes() { return std::string(mBlock.get(), reader.getSize()); }
 
  private:
   std::unique_ptr<char[]> mBlock;
@@ -99,11 +100,16 @@ class ExactReader {
   VoMsgMemoryReader reader;
 };
 
+// A resource over borrowed bytes; yours.
+inline VoMsgMemoryResource* inPlace(std::string_view bytes) {
+  return new VoMsgMemoryResource(const_cast<char*>(bytes.data()), static_cast<unsigned>(bytes.size()), nullptr,
+                                 nullptr);
+}
+
 struct ReadMessage {
   explicit ReadMessage(std::string_view bytes) : block(new char[bytes.size()]) {
     std::memcpy(block.get(), bytes.data(), bytes.size());
-    code =
-        message.readFrom(new VoMsgMemoryResource(block.get(), static_cast<unsigned>(bytes.size()), nullptr, nullptr));
+    code = message.readFrom(inPlace({block.get(), bytes.size()}));
   }
   VoMsgTnefEntity* child(unsigned i) { return dynamic_cast<VoMsgTnefEntity*>(message.getChildEntityAt(i)); }
 
@@ -128,8 +134,11 @@ inline std::string codeText(VoErrorCode code) {
 inline std::string contentOf(VoMsgEntity* entity) {
   if (!entity) return "(no entity)";
   int code = 0;
+  VoMsgMemoryResource target(0, nullptr, nullptr);
+  const VoMsgResourceLocator* const given = entity->getContent(code, &target);
   const VoMsgResourceLocator* const content = entity->getContent(code, nullptr);
-  return content ? bytesOf(*content) : codeText(static_cast<VoErrorCode>(code));
+  if (!content) return given ? "(only into a target)" : codeText(static_cast<VoErrorCode>(code));
+  return given && bytesOf(*given) == bytesOf(*content) ? bytesOf(*content) : "(not into a target)";
 }
 inline std::string written(VoMsgMailMessage& message) {
   VoMsgMemoryResource target(0, nullptr, nullptr);

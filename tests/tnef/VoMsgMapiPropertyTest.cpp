@@ -9,11 +9,11 @@
 namespace vomsg::test {
 namespace {
 
-int readProperty(VoMsgMapiProperty& one, VoMsgBufferedReader& reader) {
+VoErrorCode readProperty(VoMsgMapiProperty& one, VoMsgBufferedReader& reader) {
   int result = 0;
   reader.rseek(0, 0);
   one.readMapiProperty(result, nullptr, &reader);
-  return result;
+  return static_cast<VoErrorCode>(result);
 }
 
 std::string writtenBy(VoMsgMapiProperty& one, VoMsgBufferedReader& source, unsigned short* sum = nullptr) {
@@ -53,11 +53,7 @@ const Form kForms[] = {
     {"empty text", 0x001E, le32(0), 0, 0, true},
     {"text", 0x001E, prefixed(std::string("ab\0", 3)), 3, 1, true},
     {"unicode", 0x001F, prefixed(wide("abc")), 8, 0, true},
-    {"binary 5", 0x0102,
-     prefixed(std::string("\0\xFF"
-                          "abc",
-                          5)),
-     5, 3, true},
+    {"binary 5", 0x0102, prefixed(std::string("\0\xFFxyz", 5)), 5, 3, true},
     {"binary 6", 0x0102, prefixed("binary"), 6, 2, true},
     {"binary 8", 0x0102, prefixed("eight by"), 8, 0, true},
 };
@@ -77,7 +73,7 @@ TEST(MapiProperty, ReadsEveryFormAndWritesItBack) {
       for (const std::size_t window : {std::size_t{1}, bytes.size()}) {
         WindowReader reader(bytes, window);
         VoMsgMapiProperty one;
-        ASSERT_EQ(readProperty(one, reader), static_cast<int>(kVoSuccess));
+        ASSERT_EQ(readProperty(one, reader), kVoSuccess);
         EXPECT_EQ(reader.getOffset(), bytes.size());
         ASSERT_EQ(one.countMapiData(), values.size());
         EXPECT_EQ(one.getMapiDataAt(0)->getDataSize(), form.size);
@@ -98,30 +94,25 @@ TEST(MapiProperty, ReadsEveryFormAndWritesItBack) {
 }
 
 TEST(MapiProperty, ReadsNamesOfBothKinds) {
-  const std::string set = "the property set";
-  for (std::size_t units = 0; units < 4; ++units) {
-    const std::string name = wide(std::string(units, 'n')).substr(0, units * 2);
-    struct Row {
-      std::string bytes;
-      unsigned kind;
-      std::string name;
-    };
-    const Row rows[] = {
-        {le16(0x0003) + le16(0x8000) + set + le32(1) + prefixed(name) + "abcd", 1, name},
-        {le16(0x0003) + le16(0xFFFF) + set + le32(0) + le32(0x8554) + "abcd", 0, ""},
-        {le16(0x0003) + le16(0x8001) + set + le32(7) + le32(0x8554) + "abcd", 7, ""},
-    };
-    for (const Row& row : rows) {
-      ExactReader exact(row.bytes);
-      VoMsgMapiProperty one;
-      ASSERT_EQ(readProperty(one, exact.reader), static_cast<int>(kVoSuccess));
-      EXPECT_TRUE(one._isUserDefinedNameToID());
-      EXPECT_EQ(std::string(one.getPropertySet(), 16), set);
-      EXPECT_EQ(one.getNameKind(), row.kind);
-      EXPECT_EQ(one.getNameText(), row.name);
-      EXPECT_EQ(std::string(one.getMapiDataAt(0)->getData(), 4), "abcd");
-      EXPECT_EQ(writtenBy(one, exact.reader), row.bytes);
-    }
+  struct Row {
+    unsigned id;
+    unsigned kind;
+    std::string name;
+  };
+  const Row rows[] = {{0x8000, 1, ""},        {0x8000, 1, "n"},          {0x8000, 1, wide("")}, {0xFFFF, 1, "odd"},
+                      {0x8001, 1, wide("n")}, {0x8000, 0, le32(0x8554)}, {0xFFFF, 7, le32(5)}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    const std::string set = "the property set";
+    ExactReader exact(le16(0x0003) + le16(row.id) + set + le32(row.kind) +
+                      (row.kind == 1 ? prefixed(row.name) : row.name) + "abcd");
+    VoMsgMapiProperty one;
+    ASSERT_EQ(readProperty(one, exact.reader), kVoSuccess);
+    EXPECT_EQ(std::string(one.getPropertySet(), 16), set);
+    EXPECT_EQ(one.getNameKind(), row.kind);
+    EXPECT_EQ(row.kind == 1 ? one.getNameText() : le32(one.getNameNumber()), row.name);
+    EXPECT_EQ(std::string(one.getMapiDataAt(0)->getData(), 4), "abcd");
+    EXPECT_EQ(writtenBy(one, exact.reader), exact.bytes());
   }
 }
 
@@ -135,7 +126,6 @@ TEST(MapiProperty, FailsWithACodeForEachFault) {
   const Row rows[] = {
       {"PT_NULL", property(0x0001, 1, "abcd"), kVoTnefMalformed},
       {"PT_UNSPECIFIED", property(0x0000, 1, "abcd"), kVoTnefMalformed},
-      {"type 8", property(0x0008, 1, "abcd"), kVoTnefMalformed},
       {"several of type 9", property(0x1009, 1, "abcd"), kVoTnefMalformed},
       {"nothing at all", "", kVoTnefMalformed},
       {"no value", property(0x0003, 1, ""), kVoBadFormat},
@@ -161,7 +151,7 @@ TEST(MapiProperty, FailsWithACodeForEachFault) {
     SCOPED_TRACE(row.name);
     ExactReader exact(row.bytes);
     VoMsgMapiProperty one;
-    EXPECT_EQ(codeText(static_cast<VoErrorCode>(readProperty(one, exact.reader))), codeText(row.code));
+    EXPECT_EQ(codeText(readProperty(one, exact.reader)), codeText(row.code));
   }
   VoMsgMapiProperty none;
   int result = 0;
@@ -183,7 +173,7 @@ TEST(MapiProperty, SetsAndGetsTexts) {
     SCOPED_TRACE(row.stored);
     ExactReader exact(counted(row.type, 0x3707, {prefixed(row.stored)}));
     VoMsgMapiProperty one;
-    ASSERT_EQ(readProperty(one, exact.reader), static_cast<int>(kVoSuccess));
+    ASSERT_EQ(readProperty(one, exact.reader), kVoSuccess);
     EXPECT_EQ(one.getStringData() == nullptr, row.want == nullptr);
     EXPECT_EQ(one.setStringData(nullptr), kVoBadArgument);
     EXPECT_FALSE(one.isModified());
@@ -199,56 +189,6 @@ TEST(MapiProperty, SetsAndGetsTexts) {
     const std::string stored = row.type == 0x001F ? wide("new") : std::string("new\0", 4);
     EXPECT_EQ(writtenBy(one, exact.reader), counted(row.type, 0x3707, {prefixed(stored)}));
     EXPECT_EQ(one._getSize(), 12 + padded(stored).size());
-  }
-}
-
-TEST(MapiProperty, GivesAndTakesContent) {
-  struct Row {
-    unsigned type;
-    unsigned id;
-    std::string stored;
-    std::string content;   // or the code
-    std::string replaced;  // what is stored after the content has become "NEW"
-  };
-  const std::string rtf =
-      "\x07"
-      "ab" +
-      std::string("\x00\x04", 2);  // literals, then a reference into the prefix
-  const Row rows[] = {
-      {0x0102, 0x3701, "binary", "binary", "NEW"},
-      {0x000D, 0x3701, kInterfaceId + "object", "object", kInterfaceId + "NEW"},
-      {0x000D, 0x3701, kInterfaceId, codeText(kVoNoContent), kInterfaceId + "NEW"},
-      {0x001E, 0x1000, "body", "body", ""},
-      {0x001E, 0x1000, "", codeText(kVoNoContent), ""},
-      {0x0102, 0x1009,
-       le32(21) + le32(99) + "LZFu" + le32(0) +
-           std::string("\x04"
-                       "ab\0\x04....",
-                       9),
-       "ab{\\rtf1", "NEW"},
-      {0x0102, 0x1009, le32(0xFFFFFFFF) + le32(0xFFFFFFFF) + "LZFu" + le32(0) + std::string("\0ab", 3), "ab", "NEW"},
-      {0x0102, 0x1009, "short", "", "NEW"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.content);
-    ExactReader exact(counted(row.type, row.id, {prefixed(row.stored)}));
-    VoMsgMapiProperty one;
-    ASSERT_EQ(readProperty(one, exact.reader), static_cast<int>(kVoSuccess));
-    for (const bool give : {true, false}) {
-      VoMsgMemoryResource target(0, nullptr, nullptr);
-      const VoMsgResourceLocator* content = give ? &target : nullptr;
-      const VoErrorCode code = one.getRawContent(&exact.reader, content);
-      EXPECT_EQ(voFailed(code) ? codeText(code) : bytesOf(*content), row.content);
-      if (!give) delete content;
-    }
-    auto replacement = resourceOf("NEW");
-    const VoErrorCode code = one.getMapiDataAt(0)->_setContent(replacement.get(), &exact.reader);
-    EXPECT_EQ(code, row.replaced.empty() ? kVoNotSupported : kVoSuccess);
-    if (voFailed(code)) continue;
-    replacement.release();
-    VoMsgMapiProperty copied;
-    ASSERT_TRUE(copied.copy(one));
-    EXPECT_EQ(writtenBy(copied, exact.reader), counted(row.type, row.id, {prefixed(row.replaced)}));
   }
 }
 
@@ -290,18 +230,6 @@ TEST(MapiAttachment, ReadsAListAndRegeneratesItWhenChanged) {
       EXPECT_EQ(each->writeData(&full, &exact.reader), kVoWriteFailed);
     }
   }
-}
-
-TEST(MapiAttachment, KeepsWhatItReadBeforeAFailure) {
-  ExactReader exact("\2" + le16(0x9005) + le16(6) + le32(99) +
-                    list({text8(0x3704, "short.txt"), property(0x0001, 0x3705, "abcd"), text8(0x3707, "long.txt")}));
-  exact.reader.rseek(5, 0);
-  VoMsgMapiAttachment one(2, 6, 0x9005);
-  int result = 0;
-  one.readData(result, nullptr, &exact.reader);
-  EXPECT_EQ(result, static_cast<int>(kVoTnefMalformed));
-  EXPECT_EQ(one.countProperties(), 1u);
-  EXPECT_STREQ(one.getFileName(), "short.txt");
 }
 
 }  // namespace

@@ -21,6 +21,13 @@ std::string title(const std::string& name) { return record(0x8010, name + std::s
 const std::string kBefore = record(0x9006, "1234", 9, 8, 1) + record(0x7777, "unknown", 5, 5, 3);
 const std::string kAfter = record(0x9002, kRender, 2, 6, 7) + record(0x800F, "other", 2, 6, 9) + "\n";
 
+std::vector<VoMsgEntity*> entitiesOf(VoMsgEntity& root) {
+  std::vector<VoMsgEntity*> entities;
+  VoMsgEntityIterator walk(&root);
+  for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) entities.push_back(entity);
+  return entities;
+}
+
 struct Edit {
   const char* name;
   std::string before;        // the records of the first attachment
@@ -154,6 +161,46 @@ TEST(TnefEdit, WritesAStreamInsideAStream) {
     ReadMessage again(written(read.message));
     EXPECT_EQ(written(again.message), deep(content));
   }
+}
+
+// A stream that ends anywhere: what can be edited is written and reads back, what cannot is refused and comes out as it
+// was. A record that the end cut short may have a new one behind it then.
+TEST(TnefEdit, IsWholeOrRefusedWhereverTheStreamEnds) {
+  const std::string inner =
+      stream(attachment("in.txt", "inner", {text8(0x3707, "in.txt")}) + record(0x9002, kRender) + title("empty.txt"));
+  const std::string bytes =
+      stream(attachment("a", "A") +
+             record(0x9003, list({text8(0x1000, "t"), object(0x3701, inner), property(2, 0x3705, "abcd")})) +
+             record(0x9002, kRender) + record(0x9005, list({counted(0x0102, 0x3701, {prefixed("data")})})) +
+             record(0x9002, kRender) + title("empty.txt") + "\n");
+  int edited = 0;
+  for (std::size_t size = 0; size <= bytes.size(); ++size) {
+    SCOPED_TRACE(size);
+    ReadMessage whole(std::string_view(bytes).substr(0, size));
+    const std::size_t count = entitiesOf(whole.message).size();
+    for (std::size_t i = 0; i < count; ++i)
+      for (const bool remove : {false, true}) {
+        ReadMessage read(std::string_view(bytes).substr(0, size));
+        VoMsgEntity* const entity = entitiesOf(read.message)[i];
+        const VoErrorCode code =
+            remove ? entity->removeChildEntityAt(0) : entity->setContent(resourceOf("NEW", "n").get(), "a/b", nullptr);
+        const std::string want = bytes.substr(0, size);
+        const std::string output = written(read.message);
+        if (voFailed(code)) {
+          EXPECT_EQ(output, want);
+          continue;
+        }
+        ReadMessage again(output);
+        const auto entities = entitiesOf(again.message);
+        EXPECT_EQ(output.substr(0, 6), stream(""));
+        if (remove) continue;
+        ASSERT_EQ(entities.size(), count);
+        EXPECT_EQ(contentOf(entities[i]), "NEW");
+        EXPECT_STREQ(entities[i]->getFileName(nullptr), "n");
+        ++edited;
+      }
+  }
+  EXPECT_GT(edited, 500);
 }
 
 TEST(TnefEdit, RemovesChildrenAndKeepsTheRest) {

@@ -56,6 +56,9 @@ VoErrorCode VoMsgMapiAttachment::readWith(TnefCursor& cursor, std::uint32_t offs
   finishList(cursor, dataOffset, mLen);
   mCheckSum = cursor.readInt16();
   mSize = static_cast<std::int32_t>(cursor.position() - offset);
+  // A record that ends with the stream but claims to be longer would take what is written behind it for its own.
+  const bool claimsMore = cursor.left() == 0 && std::uint64_t{dataOffset} + mLen > cursor.end();
+  mMissing = std::max(cursor.missing(), claimsMore ? 1u : 0u);
   return kVoSuccess;
 }
 
@@ -111,6 +114,11 @@ VoErrorCode VoMsgMapiAttachment::_writeNewData(VoMsgBufferedWriter* writer, VoMs
   mCheckSum = checkSum;
   _tnefSetInt16(writer, mCheckSum);
   return kVoSuccess;
+}
+
+// A length that the end belied is a new one now, so the list is written anew.
+VoErrorCode VoMsgMapiAttachment::_writeWhole(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) {
+  return mMissing > 0 && !mIsBroken ? _writeNewData(writer, source) : writeData(writer, source);
 }
 
 VoMsgMapiProperty* VoMsgMapiAttachment::getMapiPropertyAt(std::uint32_t i) {

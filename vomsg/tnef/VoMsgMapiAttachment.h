@@ -20,6 +20,7 @@ class VOMSG_API VoMsgMapiAttachment : public VoMsgTnefAttribute {
   bool _isModified() override;
   VoErrorCode _writeNewData(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) override;
   void setData(const char* data, unsigned int size) override;  // nothing: the list is edited by its properties
+  VoErrorCode _writeWhole(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) override;
   VoErrorCode _readRecord(vomsg::detail::TnefCursor& cursor, std::uint32_t offset) override;
 
   std::uint32_t countProperties() const { return static_cast<std::uint32_t>(mpMapiPropertyList.size()); }

@@ -126,16 +126,12 @@ const char* VoMsgMapiData::getData() const {
 }
 
 std::string VoMsgMapiData::getStringData() const {
-  if (mHolding != Holding::block) return {};
-  const std::string_view bytes(mpBlock, mMapiDataSize);
-  switch (mMapiType & 0x0FFF) {
-    case kPtString8:
-      return std::string(bytes.substr(0, bytes.find('\0')));
-    case kPtUnicode:
-      return utf8FromUtf16(bytes);
-    default:
-      return {};
-  }
+  const unsigned base = mMapiType & 0x0FFF;
+  if (mHolding != Holding::block || (base != kPtString8 && base != kPtUnicode)) return {};
+  return guardedOr(std::string(), [&] {
+    const std::string_view bytes(mpBlock, mMapiDataSize);
+    return base == kPtUnicode ? utf8FromUtf16(bytes) : std::string(bytes.substr(0, bytes.find('\0')));
+  });
 }
 
 VoErrorCode VoMsgMapiData::setStringData(const char* text) {

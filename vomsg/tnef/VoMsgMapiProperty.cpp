@@ -148,7 +148,9 @@ VoMsgMapiData* VoMsgMapiProperty::getMapiDataAt(std::uint32_t i) {
 const char* VoMsgMapiProperty::getPropertySet() const { return mpNamedPart ? mpNamedPart->propertySet : nullptr; }
 std::uint32_t VoMsgMapiProperty::getNameKind() const { return mpNamedPart ? mpNamedPart->kind : 0; }
 std::uint32_t VoMsgMapiProperty::getNameNumber() const { return mpNamedPart ? mpNamedPart->number : 0; }
-std::string VoMsgMapiProperty::getNameText() const { return mpNamedPart ? mpNamedPart->name : std::string(); }
+std::string VoMsgMapiProperty::getNameText() const {
+  return guardedOr(std::string(), [&] { return mpNamedPart ? mpNamedPart->name : std::string(); });
+}
 
 bool VoMsgMapiProperty::isModified() const {
   return mHasLostValues || std::any_of(mMapiDataList.begin(), mMapiDataList.end(),

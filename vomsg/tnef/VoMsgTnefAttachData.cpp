@@ -45,7 +45,7 @@ VoMsgTnefEntity* VoMsgTnefAttachData::readData(int& result, VoMsgTnefEntity* mes
                                                VoMsgBufferedReader* source) {
   result = readRecordFrom(*this, source);
   if (voFailed(result) || !tnefRecordRow(mNameID).opensChild) return nullptr;
-  return VoMsgTnefEntity::_createChild(messageEntity, VoMsgTnefEntity::kRecord);
+  return VoMsgTnefEntity::_createChild(result, messageEntity, VoMsgTnefEntity::kRecord);
 }
 
 VoErrorCode VoMsgTnefAttachData::_readRecord(TnefCursor& cursor, std::uint32_t offset) {
@@ -54,6 +54,7 @@ VoErrorCode VoMsgTnefAttachData::_readRecord(TnefCursor& cursor, std::uint32_t o
   if (!cursor.skip(mLen)) return kVoReadFailed;
   mCheckSum = cursor.readInt16();
   mSize = static_cast<std::int32_t>(cursor.position() - offset);
+  mMissing = cursor.missing();
   return kVoSuccess;
 }
 

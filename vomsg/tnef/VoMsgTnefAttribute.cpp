@@ -36,6 +36,7 @@ void VoMsgTnefAttribute::takeHead(const VoMsgTnefAttribute& from) {
   mOffset = from.mOffset;
   mSize = from.mSize;
   mLen = from.mLen;
+  mMissing = from.mMissing;
   mCheckSum = from.mCheckSum;
 }
 
@@ -66,7 +67,7 @@ VoMsgTnefEntity* VoMsgTnefAttribute::readData(int& result, VoMsgTnefEntity* mess
                                               VoMsgBufferedReader* source) {
   result = readRecordFrom(*this, source);
   if (voFailed(result) || mNameID != kAttAttachRendData) return nullptr;
-  return VoMsgTnefEntity::_createChild(messageEntity, VoMsgTnefEntity::kInMemoryRecord);
+  return VoMsgTnefEntity::_createChild(result, messageEntity, VoMsgTnefEntity::kInMemoryRecord);
 }
 
 // A length beyond what is left, but not beyond the whole source, is taken at its word: the missing bytes are zero.
@@ -83,6 +84,7 @@ VoErrorCode VoMsgTnefAttribute::_readRecord(TnefCursor& cursor, std::uint32_t of
   }
   mCheckSum = cursor.readInt16();
   mSize = static_cast<std::int32_t>(cursor.position() - offset);
+  mMissing = cursor.missing();
   return kVoSuccess;
 }
 
@@ -103,6 +105,17 @@ VoErrorCode VoMsgTnefAttribute::_writeFromSource(VoMsgBufferedWriter* writer, Vo
   const VoErrorCode code =
       copyRange(*source, *writer, static_cast<std::uint32_t>(mOffset), static_cast<std::uint32_t>(mSize));
   return voFailed(code) ? kVoWriteFailed : kVoSuccess;
+}
+
+VoErrorCode VoMsgTnefAttribute::_writeWhole(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) {
+  const VoErrorCode code = writeData(writer, source);
+  constexpr char kZeros[256] = {};
+  for (std::uint32_t left = voFailed(code) || mIsBroken || _isModified() ? 0 : mMissing; left > 0;) {
+    const std::uint32_t n = std::min<std::uint32_t>(left, sizeof kZeros);
+    if (!writer->write(kZeros, n)) return kVoWriteFailed;
+    left -= n;
+  }
+  return code;
 }
 
 void VoMsgTnefAttribute::writeHead(VoMsgBufferedWriter* writer, std::uint32_t length) const {

@@ -57,6 +57,9 @@ class VOMSG_API VoMsgTnefAttribute {
   // asks: streams with wrong sums are common and open like any other.
   bool _verifyCheckSum(VoMsgBufferedReader* source, unsigned int length);
 
+  // writeData for a record that another one follows: what the end of the stream cut off is written too, as the zeros
+  // that reading takes it for. Else the next record would be taken for it.
+  virtual VoErrorCode _writeWhole(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source);
   // The parse ended inside this record: it can be looked at, but its bytes belong to the unreadable tail of the
   // stream, so it is never written by itself.
   bool _isBroken() const { return mIsBroken; }
@@ -81,6 +84,7 @@ class VOMSG_API VoMsgTnefAttribute {
   std::int32_t mOffset = 0;
   std::int32_t mSize = 0;
   std::uint32_t mLen = 0;
+  std::uint32_t mMissing = 0;  // bytes that the end of the source cut off
   vomsg::detail::CString mpData;
 };
 

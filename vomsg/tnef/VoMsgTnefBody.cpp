@@ -14,9 +14,14 @@ using namespace vomsg::detail;
 VoMsgTnefBody::VoMsgTnefBody() = default;
 VoMsgTnefBody::~VoMsgTnefBody() = default;
 
-void VoMsgTnefBody::appendAttribute(VoMsgTnefAttribute* attribute) {
+VoErrorCode VoMsgTnefBody::appendAttribute(VoMsgTnefAttribute* attribute) {
   std::unique_ptr<VoMsgTnefAttribute> owner(attribute);
-  if (owner) guarded([&] { return mAttributes.push_back(std::move(owner)), kVoSuccess; });
+  if (!owner) return kVoBadArgument;
+  return guarded([&] {
+    const bool beforeLast = !mAttributes.empty() && mAttributes.back()->_isBroken();
+    mAttributes.insert(mAttributes.end() - (beforeLast ? 1 : 0), std::move(owner));
+    return kVoSuccess;
+  });
 }
 
 VoMsgTnefAttribute* VoMsgTnefBody::getAttributeAt(std::size_t i) {
@@ -39,9 +44,16 @@ VoMsgTnefAttachData* VoMsgTnefBody::_getDataRecord() {
   return dynamic_cast<VoMsgTnefAttachData*>(record);
 }
 
+bool VoMsgTnefBody::_isContentBroken() {
+  if (const VoMsgTnefAttachData* const record = _getDataRecord()) return record->_isBroken();
+  VoMsgMapiAttachment* const list = _getAttachment();
+  return list && list->_isBroken() && list->hasContent();
+}
+
 VoErrorCode VoMsgTnefBody::writeBodyPart(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) {
   for (const auto& attribute : mAttributes) {
-    const VoErrorCode code = attribute->writeData(writer, source);
+    const bool isLast = attribute == mAttributes.back();
+    const VoErrorCode code = isLast ? attribute->writeData(writer, source) : attribute->_writeWhole(writer, source);
     if (voFailed(code)) return code;
   }
   return kVoSuccess;

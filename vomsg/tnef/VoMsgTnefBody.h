@@ -20,8 +20,9 @@ class VOMSG_API VoMsgTnefBody {
   VoMsgTnefBody& operator=(const VoMsgTnefBody&) = delete;
   ~VoMsgTnefBody();
 
-  // Takes the record over.
-  void appendAttribute(VoMsgTnefAttribute* attribute);
+  // Takes the record over. It goes before one that the parse ended in, whose bytes are the end of the stream whatever
+  // else is written. kVoBadArgument: null; kVoNoMemory: it is gone.
+  VoErrorCode appendAttribute(VoMsgTnefAttribute* attribute);
   std::size_t countAttributes() const { return mAttributes.size(); }
   VoMsgTnefAttribute* getAttributeAt(std::size_t i);  // borrowed; null when there is none
   // The first record with that name id; borrowed, or null.
@@ -38,8 +39,9 @@ class VOMSG_API VoMsgTnefBody {
 
   bool _isModified() const;  // one of the records is
   std::uint32_t _getContentSize();
-  VoMsgMapiAttachment* _getAttachment();                 // the attAttachment list, or null
-  VoMsgTnefAttachData* _getDataRecord();                 // attAttachData, else attBody, or null
+  bool _isContentBroken();                // the parse ended inside the record or list that holds the content
+  VoMsgMapiAttachment* _getAttachment();  // the attAttachment list, or null
+  VoMsgTnefAttachData* _getDataRecord();  // attAttachData, else attBody, or null
   VoMsgMapiAttachment* _findList(std::uint32_t offset);  // the list that holds that offset of the source, or null
   void _moveAttributesTo(VoMsgTnefBody& other);          // behind the other's own
   void _setContent(std::unique_ptr<VoMsgResourceLocator> content) { mContent = std::move(content); }

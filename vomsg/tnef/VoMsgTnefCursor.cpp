@@ -42,6 +42,7 @@ std::uint32_t TnefCursor::read(char* target, std::uint32_t count) {
     if (done < there) mEnd = mSourceSize = mPosition;
   }
   if (done < count) std::memset(target + done, 0, count - done);
+  mMissing += count - done;
   return done;
 }
 

@@ -35,6 +35,8 @@ class TnefCursor {
   std::uint32_t readInt32() { return readInteger(4); }
   // Copies up to `count` bytes and clears the rest of `target`. Returns how many were there.
   std::uint32_t read(char* target, std::uint32_t count);
+  // How many bytes the reads found missing, in all.
+  std::uint32_t missing() const { return mMissing; }
 
   // Takes the reader to where the cursor stands.
   void settle();
@@ -51,6 +53,7 @@ class TnefCursor {
   std::uint32_t mEnd;
   std::uint32_t mSourceSize;
   std::uint32_t mPosition;
+  std::uint32_t mMissing = 0;
   bool mIsReadable;
   bool mIsAway = false;  // the reader stands elsewhere
   bool mReadsStreams = false;

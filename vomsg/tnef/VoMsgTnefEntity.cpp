@@ -50,6 +50,13 @@ VoMsgTnefEntity* VoMsgTnefEntity::_createChild(VoMsgTnefEntity* messageEntity, T
   return child.release();
 }
 
+VoMsgTnefEntity* VoMsgTnefEntity::_createChild(int& result, VoMsgTnefEntity* messageEntity, TnefEntityType type) {
+  VoMsgTnefEntity* child = nullptr;
+  const VoErrorCode code = guarded([&] { return child = _createChild(messageEntity, type), kVoSuccess; });
+  if (voFailed(code)) result = static_cast<int>(code);
+  return child;
+}
+
 VoMsgTnefEntity* VoMsgTnefEntity::_createValueChild(VoMsgTnefEntity* messageEntity, unsigned short type,
                                                     unsigned short id, const MapiValueHead& head, bool mayNest) {
   if (!isChildValue(type, id, head) || (head.holdsStream && !mayNest)) return nullptr;

@@ -61,7 +61,7 @@ class VOMSG_API VoMsgTnefEntity : public VoMsgHeaderlessEntity {
   // New content for an attachment (type 3). The resource is copied; its name, when it has one, becomes the file name,
   // and `contentType` the type where the attachment has a property for it. What is equal already is not touched.
   // kVoBadArgument: null; kVoNoContent: it has children, or no records; kVoNotSupported: "quoted-printable";
-  // kVoBadEncoding: texts and streams cannot be replaced.
+  // kVoBadEncoding: texts and streams cannot be replaced; kVoTnefMalformed: the parse ended inside what would change.
   VoErrorCode setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding) override;
   VoErrorCode setTextContent(VoMsgResourceLocator* content, const char* contentType, const char* charset) override;
   VoErrorCode setRawContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding) override;
@@ -105,6 +105,8 @@ class VOMSG_API VoMsgTnefEntity : public VoMsgHeaderlessEntity {
 
   // Makes a child of that type under `messageEntity`; null without one.
   static VoMsgTnefEntity* _createChild(VoMsgTnefEntity* messageEntity, TnefEntityType type);
+  // The same where nothing may be thrown: without memory null, and kVoNoMemory in `result`, which else stays.
+  static VoMsgTnefEntity* _createChild(int& result, VoMsgTnefEntity* messageEntity, TnefEntityType type);
   // Makes the child that a property value becomes; null when it becomes none, as a stream does where `mayNest` is
   // false.
   static VoMsgTnefEntity* _createValueChild(VoMsgTnefEntity* messageEntity, unsigned short type, unsigned short id,

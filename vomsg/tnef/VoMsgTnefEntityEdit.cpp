@@ -45,7 +45,9 @@ VoErrorCode VoMsgTnefEntity::refuseEdit(bool typeFirst, bool hasArguments, const
   if (!hasArguments) return kVoBadArgument;
   if (isMultipartEntity()) return kVoNoContent;
   if (equalNoCase(viewOf(encoding), "quoted-printable")) return kVoNotSupported;
-  return isFixed ? kVoBadEncoding : kVoSuccess;
+  if (isFixed) return kVoBadEncoding;
+  const VoMsgTnefMessage* const message = enclosingMessage();
+  return message && message->_isInBrokenList() ? kVoTnefMalformed : kVoSuccess;
 }
 
 VoErrorCode VoMsgTnefEntity::setRawContent(VoMsgResourceLocator* content, const char* contentType,
@@ -82,12 +84,16 @@ VoErrorCode VoMsgTnefEntity::_setRawContent(VoMsgResourceLocator* content, const
   if (isValueType()) return kVoBadEncoding;
   if (isMultipartEntity()) return kVoNoContent;
   return guarded([&]() -> VoErrorCode {
+    VoMsgTnefBody* const body = _getTnefBody();
+    if (body && body->_isContentBroken()) return kVoTnefMalformed;
     std::unique_ptr<VoMsgResourceLocator> copied = copyOfResource(*content);
     if (!copied) return kVoWriteFailed;
     VoErrorCode code = kVoSuccess;
     if (!hasRecord(kAttBody)) code = _createTnefRenderAttrib();
+    // A name that is not ASCII arrives in replacements, but not where it is the present one.
     const char* const name = content->getResourceName("us-ascii");
-    if (!voFailed(code) && name && *name) code = _setFileName(name);
+    const bool isNamed = !voFailed(code) && name && *name;
+    if (isNamed && viewOf(content->getResourceName("utf-8")) != viewOf(getFileName("utf-8"))) code = _setFileName(name);
     if (!voFailed(code) && contentType) code = _setContentType(contentType);
     return voFailed(code) ? code : installContent(std::move(copied));
   });
@@ -102,9 +108,8 @@ VoErrorCode VoMsgTnefEntity::_createTnefRenderAttrib() {
     VoMsgResourceLocator* data =
         new VoMsgMemoryResource(gRenderData, sizeof gRenderData, kCopy, "renderdata", "us-ascii");
     record->setContent(data);
-    body->appendAttribute(record.release());
     mIsChanged = true;
-    return kVoSuccess;
+    return body->appendAttribute(record.release());
   });
 }
 
@@ -123,7 +128,7 @@ VoErrorCode VoMsgTnefEntity::installContent(std::unique_ptr<VoMsgResourceLocator
   VoMsgTnefAttachData* record = body->_getDataRecord();
   VoMsgMapiAttachment* const list = body->_getAttachment();
   VoMsgMapiProperty* const property = list ? list->getMapiPropertyByName(kPrAttachData) : nullptr;
-  if (record ? record->_isBroken() : property && list->_isBroken()) return kVoTnefMalformed;
+  if (body->_isContentBroken()) return kVoTnefMalformed;
   if (!record && property) {
     VoMsgMapiData* const value = property->getMapiDataAt(0);
     VoMsgTnefMessage* const message = enclosingMessage();
@@ -139,7 +144,7 @@ VoErrorCode VoMsgTnefEntity::installContent(std::unique_ptr<VoMsgResourceLocator
   }
   if (!record) {
     record = new VoMsgTnefAttachData(kAttachmentLevel, kBytesRecord, kAttAttachData);
-    body->appendAttribute(record);
+    if (const VoErrorCode code = body->appendAttribute(record); voFailed(code)) return code;
   }
   VoMsgResourceLocator* data = content.release();
   record->setContent(data);
@@ -165,6 +170,7 @@ VoErrorCode VoMsgTnefEntity::_setFileName(const char* name) {
   return guarded([&]() -> VoErrorCode {
     const std::string bytes = inCodepage(name);
     VoMsgMapiAttachment* const list = body->_getAttachment();
+    if (list && list->_isBroken() && list->_getFileNameProperty()) return kVoTnefMalformed;
     if (list && !list->_isBroken()) {
       VoMsgMapiProperty* property = list->getMapiPropertyByName(kPrAttachLongFilename);
       if (!property) property = list->getMapiPropertyByName(kPrAttachFilename);
@@ -175,7 +181,7 @@ VoErrorCode VoMsgTnefEntity::_setFileName(const char* name) {
     VoMsgTnefAttribute* title = body->getTnefObjectByNameID(kAttAttachTitle);
     if (!title || title->_isBroken()) {
       title = new VoMsgTnefAttribute(kAttachmentLevel, kTextRecord, kAttAttachTitle);
-      body->appendAttribute(title);
+      if (const VoErrorCode code = body->appendAttribute(title); voFailed(code)) return code;
     }
     title->setData(bytes.c_str(), static_cast<unsigned>(bytes.size() + 1));
     mIsChanged = true;
@@ -217,12 +223,12 @@ VoErrorCode VoMsgTnefEntity::removeChildEntityAt(unsigned i) {
   if (!child) return kVoOutOfRange;
   auto* const entity = dynamic_cast<VoMsgTnefEntity*>(child);
   VoMsgTnefMessage* const message = enclosingMessage();
-  if (mType == kMessage && entity && message && entity->isValueType()) {
-    const VoErrorCode code = message->removeValue(*entity);
-    if (voFailed(code)) {
-      VO_LOG(1, _getUUIDString(), "Child not removed (error code:%x).", code);
-      return code;
-    }
+  VoErrorCode code = message && message->_isInBrokenList() ? kVoTnefMalformed : kVoSuccess;
+  if (!voFailed(code) && mType == kMessage && entity && message && entity->isValueType())
+    code = message->removeValue(*entity);
+  if (voFailed(code)) {
+    VO_LOG(1, _getUUIDString(), "Child not removed (error code:%x).", code);
+    return code;
   }
   if (!TreeAccess::removeAt(this, i)) return kVoOutOfRange;
   mIsChanged = true;

@@ -23,6 +23,11 @@ class TnefIndex {
   const char* charset = nullptr;
   bool isCharsetKnown = false;
 
+  // Whether that offset lies in a record that the parse ended in, which can only be the last.
+  bool isBrokenAt(std::uint32_t offset) const {
+    return !mEntries.empty() && mEntries.back().isBroken && offset >= mEntries.back().offset;
+  }
+
   std::size_t count() const { return mEntries.size(); }
   const Entry& at(std::size_t i) const { return mEntries[i]; }
 

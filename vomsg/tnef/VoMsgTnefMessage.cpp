@@ -164,8 +164,7 @@ std::unique_ptr<VoMsgTnefBody> VoMsgTnefMessage::readRow(std::uint32_t first, Vo
   const std::size_t end = mpIndex ? mpIndex->rowEnd(first) : first;
   for (std::size_t i = first; i < end; ++i) {
     std::unique_ptr<VoMsgTnefAttribute> record = readRecord(i, cursor);
-    if (!record) return nullptr;
-    body->appendAttribute(record.release());
+    if (!record || voFailed(body->appendAttribute(record.release()))) return nullptr;
   }
   return body;
 }
@@ -197,11 +196,21 @@ const char* VoMsgTnefMessage::codepageCharset() const {
   });
 }
 
+bool VoMsgTnefMessage::_isInBrokenList() const {
+  const VoMsgTnefMessage* message = this;
+  while (message) {
+    const auto* const value = dynamic_cast<const VoMsgTnefEntity*>(message->mpParent);
+    message = value ? value->enclosingMessage() : nullptr;
+    if (message && message->mpIndex && message->mpIndex->isBrokenAt(value->valueOffset())) return true;
+  }
+  return false;
+}
+
 // --- writing
 
 VoErrorCode VoMsgTnefMessage::writeTo(VoMsgResourceLocator* target) {
   if (!target) {
-    VO_LOG(1, _getUUIDString(), "There is no resource to write to.");
+    VO_DIAGNOSTIC(0, _getUUIDString(), "There is no resource to write to.");
     return kVoBadArgument;
   }
   VoMsgResourceLocator* const own = mSource.getObject();

@@ -73,6 +73,10 @@ class VOMSG_API VoMsgTnefMessage : public VoMsgMailMessage, public VoMsgTnefEnti
   // Always success: a damaged part never fails the message around it.
   static VoErrorCode _parseTnefMessage(VoMsgEntity* entity, VoMsgBufferedReader* source);
 
+  // Whether the stream lies, at whatever depth, in a list that could not be read to its end. Such a list is not written
+  // anew, so nothing inside can be changed.
+  bool _isInBrokenList() const;
+
   // Where the stream lies in the resource it is read from: inside another stream it is a stretch of that one's.
   std::uint32_t getStreamOffset() const { return mStreamOffset; }
   std::uint32_t getStreamSize() const { return mStreamSize; }
