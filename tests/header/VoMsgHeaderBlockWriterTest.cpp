@@ -62,23 +62,12 @@ TEST(HeaderLineWriter, FoldsAt76Columns) {
 }
 
 TEST(HeaderLineWriter, NeverWritesASecondFieldAndNeverHangs) {
-  const std::string_view pieces[] = {"a",
-                                     " ",
-                                     "\t",
-                                     "\r",
-                                     "\n",
-                                     "\r\n",
-                                     ",",
-                                     "=?u?q?",
-                                     "?=",
-                                     "\"",
-                                     "X: y",
-                                     "              ",
-                                     "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa"};
+  constexpr std::string_view kPieces =
+      "|a| |\t|\r|\n|\r\n|,|=?u?q?|?=|\"|X: y|              |aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa|";
   std::mt19937 random(7);
   for (int round = 0; round < 20000; ++round) {
     std::string text = "a";
-    for (auto n = random() % 20; n > 0; --n) text += pieces[random() % std::size(pieces)];
+    for (auto n = random() % 20; n > 0; --n) text += vomsg::test::anyPiece(kPieces, random);
     const std::string out = folded(text, static_cast<unsigned>(random() % 100), random() % 2 == 0);
     for (std::size_t at = out.find_first_of("\r\n"); at != out.npos; at = out.find_first_of("\r\n", at + 3))
       ASSERT_EQ(out.substr(at, 3), "\r\n\t") << testing::PrintToString(text);

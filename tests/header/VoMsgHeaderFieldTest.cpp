@@ -153,11 +153,12 @@ TEST(HeaderField, RefusalsKeepTheValue) {
   EXPECT_EQ(field.setFieldValue("new", "x?B?eA==?=\r\nBcc: y", nullptr), kVoBadArgument);
   VoMsgHeaderField roomless(std::string(70, 'n').c_str(), "old");
   EXPECT_EQ(roomless.setFieldValue(std::string(99, 'x').c_str(), "utf-8", nullptr), kVoConversionFailed);
-  EXPECT_EQ(log.count("0x8101100D"), 1);
+  EXPECT_EQ(log.count("0x8101100D"), 1);  // no room for a piece behind that name
   for (const VoMsgHeaderField* kept : {&field, &roomless}) {
     EXPECT_STREQ(kept->getRawFieldValue(), "old");
     EXPECT_EQ(kept->isNewHeader(), 0);
   }
+  EXPECT_EQ(VoMsgHeaderField(std::string(80, 'n').c_str(), "old").setFieldValue("", "us-ascii", nullptr), kVoSuccess);
 }
 
 // A field "N" with this value is one field: every line but the first begins with a blank and holds more than blanks.

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
 #include <random>
 #include <string>
 
@@ -119,11 +118,6 @@ constexpr std::string_view kPieces =
     "|\r\n|\n|\r|\r\n\t|\n |--b|--b--|,|;|=|\"|text/plain|x|boundary|boundary=b b|<|>|\n\n|?|\0|Content-Type: a;b=c\r\n"
     "|To: a, b;c\r\n|x: y\r\n|Content-Transfer-Encoding: z;b=c;d=e\n|"sv;
 
-std::string_view anyPiece(std::mt19937& random) {
-  const std::size_t at = kPieces.rfind('|', random() % (kPieces.size() - 1));
-  return kPieces.substr(at + 1, kPieces.find('|', at + 1) - at - 1);
-}
-
 TEST(HeaderSurvey, AgreesWithTheParseOnHostileBlocks) {
   const KeepOptions keep;
   const std::uint32_t seed = 20261;
@@ -136,7 +130,7 @@ TEST(HeaderSurvey, AgreesWithTheParseOnHostileBlocks) {
     const bool isLong = random() % 16 == 0;
     std::string text;
     for (auto n = random() % 14; n > 0; --n) {
-      text += anyPiece(random);
+      text += test::anyPiece(kPieces, random);
       if (isLong && random() % 3 == 0) text.append(3000 + random() % 3000, " ab:"[random() % 4]);
     }
     const bool hasLimits = random() % 2 == 0;

@@ -30,11 +30,7 @@ std::string parsed(std::string_view text, int maxParameters = 0) {
   return show(value);
 }
 
-struct Row {
-  const char* text;
-  const char* want;
-};
-constexpr Row kRows[] = {
+constexpr const char* kRows[][2] = {
     {"", "[]"},
     {"text/plain", "[text/plain]"},
     {" text / plain (a (nested) one) ; charset = \"us-ascii\" ;", "[text/plain] charset=[us-ascii]"},
@@ -64,130 +60,107 @@ constexpr Row kRows[] = {
 };
 
 TEST(StructuredValue, CutsMainValueAndParameters) {
-  for (const Row& row : kRows) EXPECT_EQ(parsed(row.text), row.want) << row.text;
+  for (const auto& [text, want] : kRows) EXPECT_EQ(parsed(text), want) << text;
   EXPECT_EQ(parsed("a; b=1; c=2; boundary=d e", 2), "[a] b=[1] c=[2]");
 }
 
 // The same grammar, told through the tokens of VoMsgTokenizer.
-class SlowParser {
- public:
-  explicit SlowParser(const std::string& text) : mText(text), mTokenizer(mText.c_str(), nullptr) { next(); }
-
-  std::string parse() {
-    mainValue();
-    while (!isAt("e"))
-      if (isAt("t"))
-        parameter();
-      else
-        next();
-    return show(mOut);
-  }
-
- private:
-  // One letter a kind: (e)nd, semicolon, equals, quote, (w)ord start, (b)lank, (t)ext.
-  bool isAt(std::string_view kinds) const { return kinds.find(kind()) != kinds.npos; }
-  char kind() const {
-    if (mId == VoMsgTokenizer::text) return 't';
-    return mId > VoMsgTokenizer::whitespace ? 'b' : "e;bb\"wtt=tb"[mId];
-  }
-  void next() {
-    mStart = mBase + static_cast<std::size_t>(mTokenizer.getPosition());
-    mId = mTokenizer.getNextToken();
-  }
-  std::string token() const {
+std::string slowlyParsed(const std::string& text) {
+  StructuredValue out;
+  VoMsgTokenizer tokenizer(text.c_str(), nullptr);
+  std::size_t base = 0, start = 0;
+  int id = 0;
+  const auto next = [&] {
+    start = base + static_cast<std::size_t>(tokenizer.getPosition());
+    id = tokenizer.getNextToken();
+  };
+  const auto take = [&] {
     std::string token;
-    mTokenizer.getTokenString(token);
+    tokenizer.getTokenString(token);
+    next();
     return token;
-  }
+  };
+  // One letter a kind: (e)nd, semicolon, equals, quote, (w)ord start, (b)lank, (t)ext.
+  const auto isAt = [&](std::string_view kinds) {
+    const char kind = id == VoMsgTokenizer::text ? 't' : id > VoMsgTokenizer::whitespace ? 'b' : "e;bb\"wtt=tb"[id];
+    return kinds.find(kind) != kinds.npos;
+  };
   // Everything from the current token to one of `ends`; reading starts anew there.
-  std::string until(const char* ends) {
-    const std::size_t end = std::min(mText.find_first_of(ends, mStart), mText.size());
-    const std::string raw = mText.substr(mStart, end - mStart);
-    mTokenizer = VoMsgTokenizer(mText.c_str() + end, nullptr);
-    mBase = end;
+  const auto takeUntil = [&](const char* ends) {
+    const std::size_t from = start;
+    base = std::min(text.find_first_of(ends, from), text.size());
+    tokenizer = VoMsgTokenizer(text.c_str() + base, nullptr);
     next();
-    return raw;
-  }
-  std::string quoted() {
-    std::string content, out;
+    return text.substr(from, base - from);
+  };
+  const auto takeQuoted = [&] {
+    std::string content, bare;
     next();
-    if (mId == VoMsgTokenizer::text) content = token(), next();
-    if (mId == VoMsgTokenizer::quote) next();
+    if (id == VoMsgTokenizer::text) content = take();
+    if (id == VoMsgTokenizer::quote) next();
     for (std::size_t i = 0; i < content.size(); ++i)
-      if (content[i] != '\\' || ++i < content.size()) out += content[i];
-    return out;
-  }
+      if (content[i] != '\\' || ++i < content.size()) bare += content[i];
+    return bare;
+  };
 
-  void mainValue() {
-    while (!isAt("e;")) {
-      if (isAt("t")) mOut.value += token();
-      if (isAt("w")) {
-        mOut.value += token();
-        mTokenizer.setState(VoMsgTokenizer::parameterValue);
-        next();
-        if (isAt("t")) mOut.value += token(), next();
-        mTokenizer.setState(VoMsgTokenizer::structured);
-        continue;
-      }
+  for (next(); !isAt("e;");) {
+    if (!isAt("tw")) {
       next();
-    }
-  }
-
-  void parameter() {
-    StructuredParameter made{token(), "", false};
-    next();
-    while (isAt("b")) next();
-    const bool isBoundary = equalNoCase(made.name, "boundary");
-    if (isAt("=") && isBoundary)
-      boundary(made);
-    else if (isAt("="))
-      value(made);
-    else if (isAt("w") && isBoundary)
-      made.value = "?", next();
-    else
-      return;
-    mOut.parameters.push_back(made);
-    ++mOut.count;
-  }
-  void boundary(StructuredParameter& made) {
-    next();
-    while (mId == VoMsgTokenizer::whitespace) next();
-    if (isAt("\"")) {
-      made.value = quoted();
-      if (made.value.empty()) made.value = "\"";
-      return;
-    }
-    made.value = until(";");
-    made.value.erase(0, made.value.find_first_not_of(" \t"));
-    made.value.erase(made.value.find_last_not_of(" \t") + 1);
-    if (made.value.find_first_of("()<>@,;:\\\"/[]?\t ") != std::string::npos) mOut.needsQuoting = true;
-  }
-  void value(StructuredParameter& made) {
-    while (isAt("=b")) next();
-    if (isAt("\"")) {
-      made.value = quoted();
-      made.isEncoded = made.value.find("=?") != std::string::npos;
-    } else if (isAt("w")) {
-      made.value = until("; \t");
-      made.isEncoded = true;
+    } else if (isAt("t")) {
+      out.value += take();
     } else {
-      for (; !isAt("e;b"); next())
-        if (!isAt("\"")) made.value += token();
+      tokenizer.setState(VoMsgTokenizer::parameterValue);
+      out.value += take();
+      if (isAt("t")) out.value += take();
+      tokenizer.setState(VoMsgTokenizer::structured);
     }
   }
-
-  std::string mText;
-  VoMsgTokenizer mTokenizer;
-  std::size_t mBase = 0;
-  std::size_t mStart = 0;
-  int mId = 0;
-  StructuredValue mOut;
-};
+  while (!isAt("e")) {
+    if (!isAt("t")) {
+      next();
+      continue;
+    }
+    StructuredParameter made{take(), "", false};
+    const bool isBoundary = equalNoCase(made.name, "boundary");
+    while (isAt("b")) next();
+    if (isAt("w") && isBoundary) {
+      made.value = "?";
+      next();
+    } else if (!isAt("=")) {
+      continue;
+    } else if (isBoundary) {
+      for (next(); id == VoMsgTokenizer::whitespace;) next();
+      if (isAt("\"")) {
+        made.value = takeQuoted();
+        if (made.value.empty()) made.value = "\"";
+      } else {
+        made.value = takeUntil(";");
+        made.value.erase(0, made.value.find_first_not_of(" \t"));
+        made.value.erase(made.value.find_last_not_of(" \t") + 1);
+        out.needsQuoting |= made.value.find_first_of("()<>@,;:\\\"/[]?\t ") != std::string::npos;
+      }
+    } else {
+      while (isAt("=b")) next();
+      made.isEncoded = isAt("w");
+      if (isAt("\"")) {
+        made.value = takeQuoted();
+        made.isEncoded = made.value.find("=?") != std::string::npos;
+      } else if (made.isEncoded) {
+        made.value = takeUntil("; \t");
+      } else {
+        while (!isAt("e;b")) made.value += isAt("\"") ? next(), "" : take();
+      }
+    }
+    out.parameters.push_back(made);
+    ++out.count;
+  }
+  return show(out);
+}
 
 TEST(StructuredValue, AgreesWithTheTokenizerOnAllShortTexts) {
   test::forEveryString(";=?\"\\ ():a\n", 5, [](const std::string& text) {
     for (const char* const prefix : {"", "a;boundary", "a;n="})
-      ASSERT_EQ(parsed(prefix + text), SlowParser(prefix + text).parse()) << prefix << text;
+      ASSERT_EQ(parsed(prefix + text), slowlyParsed(prefix + text)) << prefix << text;
   });
 }
 

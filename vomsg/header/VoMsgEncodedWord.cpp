@@ -221,7 +221,7 @@ using namespace vomsg::detail;
 VoErrorCode voDecodeHeaderValue(const char* charset, const char* value, char** out) {
   if (out) *out = nullptr;
   if (!value || !out) {
-    VO_LOG(1, nullptr, "No value or no room for the result.");
+    VO_LOG(1, "", "No value or no room for the result.");
     return kVoBadArgument;
   }
   const VoErrorCode code = guarded([&] {
@@ -232,13 +232,13 @@ VoErrorCode voDecodeHeaderValue(const char* charset, const char* value, char** o
     decodeValue(words, false, decoded, [&] { _getConvertValue(words, converters, decoded); });
     return handOut(*out, decoded);
   });
-  if (voFailed(code)) VO_LOG(1, nullptr, "No memory for the decoded value.");
+  if (voFailed(code)) VO_LOG(1, "", "No memory for the decoded value.");
   return code;
 }
 
 VoErrorCode voDecodeHeaderValue(char*& charsetOut, char*& out, const char* value) {
   if (!value) {
-    VO_LOG(1, nullptr, "No value.");
+    VO_LOG(1, "", "No value.");
     return kVoBadArgument;
   }
   std::free(charsetOut);
@@ -253,14 +253,14 @@ VoErrorCode voDecodeHeaderValue(char*& charsetOut, char*& out, const char* value
     if (!charset.empty() && voFailed(handOut(charsetOut, charset))) return kVoNoMemory;
     return handOut(out, decoded);
   });
-  if (voFailed(code)) VO_LOG(1, nullptr, "No memory for the decoded value.");
+  if (voFailed(code)) VO_LOG(1, "", "No memory for the decoded value.");
   return code;
 }
 
 VoErrorCode voEncodeHeaderValue(const char* charset, const char* value, char** out, signed char force) {
   if (out) *out = nullptr;
   if (!value || !out) {
-    VO_LOG(1, nullptr, "No value or no room for the result.");
+    VO_LOG(1, "", "No value or no room for the result.");
     return kVoBadArgument;
   }
   const VoErrorCode code = guarded([&] {
@@ -268,7 +268,7 @@ VoErrorCode voEncodeHeaderValue(const char* charset, const char* value, char** o
     if (!_encodeValue(encoded, value, charset ? charset : kUsAscii, force != 0)) return kVoEncodeFailed;
     return handOut(*out, encoded);
   });
-  if (voFailed(code)) VO_LOG(1, nullptr, "The value can not be encoded in [%s].", charset ? charset : kUsAscii);
+  if (voFailed(code)) VO_LOG(1, "", "The value can not be encoded in [%s].", charset ? charset : kUsAscii);
   return code;
 }
 

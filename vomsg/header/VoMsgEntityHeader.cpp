@@ -14,6 +14,7 @@
 #include "vomsg/header/VoMsgHeaderBlockBuilder.h"
 #include "vomsg/header/VoMsgHeaderLimits.h"
 #include "vomsg/header/VoMsgHeaderLines.h"
+#include "vomsg/header/VoMsgHeaderLog.h"
 #include "vomsg/header/VoMsgHeaderName.h"
 
 using vomsg::detail::equalNoCase;
@@ -23,9 +24,12 @@ using vomsg::detail::HeaderBlockBuilder;
 using vomsg::detail::HeaderName;
 using vomsg::detail::headerNameOf;
 using vomsg::detail::isAddressName;
+using vomsg::detail::logged;
 using vomsg::detail::viewOf;
 
 namespace {
+
+constexpr char kLogSource[] = "VoMsgEntityHeader";
 
 HeaderName nameOf(const VoMsgHeaderField& field) { return headerNameOf(viewOf(field.getName())); }
 
@@ -76,22 +80,24 @@ void VoMsgEntityHeader::dumpEntityHeader(std::FILE* out) const {
 
 VoErrorCode VoMsgEntityHeader::parseHeaderPart(VoMsgBufferedReader* reader, const char* defaultCharset,
                                                VoMsgBoundaryList* boundaries) {
-  if (!reader) return kVoReadFailed;
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (!reader) return kVoReadFailed;
     settleAddresses();
     return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::parse).readBlock(*reader, boundaries);
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 VoErrorCode VoMsgEntityHeader::parseSurveyedBlock(std::string_view block, const char* defaultCharset) {
-  if (block.size() > UINT32_MAX) return kVoReadFailed;
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (block.size() > UINT32_MAX) return kVoReadFailed;
     // The reader writes nothing; it merely shares its type with readers that own their buffer.
     VoMsgMemoryReader reader(reinterpret_cast<unsigned char*>(const_cast<char*>(block.data())),
                              static_cast<unsigned>(block.size()));
     if (!block.empty() && !reader.open()) return kVoReadFailed;
     return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::rebuild).readBlock(reader, nullptr);
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 char* VoMsgEntityHeader::getNextLine(VoMsgBufferedReader* reader) {
@@ -105,11 +111,12 @@ char* VoMsgEntityHeader::getNextLine(VoMsgBufferedReader* reader) {
 }
 
 VoErrorCode VoMsgEntityHeader::parseHeaderLine(const char* line, const char* defaultCharset) {
-  if (!line) return kVoBadArgument;
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (!line) return kVoBadArgument;
     settleAddresses();
     return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::parse).readLine(line, mHeaderOffset);
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 VoMsgHeaderField* VoMsgEntityHeader::createHeader(const char* name, const char* value, const char* defaultCharset) {
@@ -147,8 +154,8 @@ VoMsgHeaderField* VoMsgEntityHeader::getHeader(const char* name) const {
 }
 
 VoErrorCode VoMsgEntityHeader::appendHeader(VoMsgHeaderField* field) {
-  if (!field) return kVoBadArgument;
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (!field) return kVoBadArgument;
     settleAddresses();
     const HeaderName name = nameOf(*field);
     if (isAddressName(name)) splitAddresses(name, viewOf(field->getRawFieldValue()));
@@ -157,29 +164,30 @@ VoErrorCode VoMsgEntityHeader::appendHeader(VoMsgHeaderField* field) {
     setEdited();
     return kVoSuccess;
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 VoErrorCode VoMsgEntityHeader::insertHeaderAt(VoMsgHeaderField* field, unsigned i) {
-  if (!field) return kVoBadArgument;
-  if (mpHeaderList.empty() && i == 0) return appendHeader(field);
-  if (i >= mpHeaderList.size()) return kVoOutOfRange;
+  if (field && mpHeaderList.empty() && i == 0) return appendHeader(field);
   std::unique_ptr<VoMsgHeaderField> owned(field);
   const VoErrorCode code = guarded([&] {
+    if (!field) return kVoBadArgument;
+    if (i >= mpHeaderList.size()) return kVoOutOfRange;
     settleAddresses();
     mpHeaderList.insert(mpHeaderList.begin() + static_cast<std::ptrdiff_t>(i), std::move(owned));
     return kVoSuccess;
   });
   static_cast<void>(owned.release());  // the block has taken it, or the caller keeps it
-  if (voFailed(code)) return code;
+  if (voFailed(code)) return logged(code, kLogSource, __func__, __LINE__);
   field->setNewHeader(1);
   setEdited();
-  refreshAddressList(field->getName());
+  if (isAddressName(nameOf(*field))) refreshAddressList(field->getName());
   return code;
 }
 
 VoErrorCode VoMsgEntityHeader::removeHeaderAt(unsigned i) {
-  if (i >= mpHeaderList.size()) return kVoOutOfRange;
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (i >= mpHeaderList.size()) return kVoOutOfRange;
     settleAddresses();
     const HeaderName name = nameOf(*mpHeaderList[i]);
     mpHeaderList.erase(mpHeaderList.begin() + static_cast<std::ptrdiff_t>(i));
@@ -187,11 +195,12 @@ VoErrorCode VoMsgEntityHeader::removeHeaderAt(unsigned i) {
     if (isAddressName(name)) rebuildAddresses(name);
     return kVoSuccess;
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 VoErrorCode VoMsgEntityHeader::removeHeader(const char* name) {
-  if (!name) return kVoBadArgument;
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (!name) return kVoBadArgument;
     const auto gone = std::remove_if(mpHeaderList.begin(), mpHeaderList.end(), [name](const auto& field) {
       return field->getName() && equalNoCase(field->getName(), name);
     });
@@ -201,6 +210,7 @@ VoErrorCode VoMsgEntityHeader::removeHeader(const char* name) {
     if (isAddressName(headerNameOf(name))) addresses(headerNameOf(name)) = {};
     return kVoSuccess;
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 std::size_t VoMsgEntityHeader::findHeader(std::string_view name) const {
@@ -223,64 +233,56 @@ VoMsgUserAddress* VoMsgEntityHeader::getAddressAt(const char* name, unsigned i) 
 }
 
 VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, const char* text) {
-  const AddressList* const list = addressList(name);
-  if (!list || !text) return kVoBadArgument;
-  followFields(name);
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (!addressList(name) || !text) return kVoBadArgument;
     auto address = std::make_unique<VoMsgUserAddress>(text);
-    return insertAddress(name, address, list->items.size());
+    return insertAddress(name, address, std::nullopt);
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, VoMsgUserAddress* address) {
-  const AddressList* const list = addressList(name);
-  if (!list || !address) return kVoBadArgument;
-  followFields(name);
   std::unique_ptr<VoMsgUserAddress> owned(address);
-  const VoErrorCode code = guarded([&] { return insertAddress(name, owned, list->items.size()); });
+  const VoErrorCode code =
+      guarded([&] { return addressList(name) && address ? insertAddress(name, owned, std::nullopt) : kVoBadArgument; });
   static_cast<void>(owned.release());  // the list has taken it, or the caller keeps it
-  return code;
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, const char* text, unsigned i) {
-  const AddressList* const list = addressList(name);
-  if (!list || !text) return kVoBadArgument;
-  followFields(name);
-  if (i >= std::max<std::size_t>(list->items.size(), 1)) return kVoOutOfRange;
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (!addressList(name) || !text) return kVoBadArgument;
     auto address = std::make_unique<VoMsgUserAddress>(text);
     return insertAddress(name, address, i);
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, VoMsgUserAddress* address, unsigned i) {
-  const AddressList* const list = addressList(name);
-  if (!list || !address) return kVoBadArgument;
-  followFields(name);
-  if (i >= std::max<std::size_t>(list->items.size(), 1)) return kVoOutOfRange;
   std::unique_ptr<VoMsgUserAddress> owned(address);
-  const VoErrorCode code = guarded([&] { return insertAddress(name, owned, i); });
+  const VoErrorCode code =
+      guarded([&] { return addressList(name) && address ? insertAddress(name, owned, i) : kVoBadArgument; });
   static_cast<void>(owned.release());
-  return code;
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 VoErrorCode VoMsgEntityHeader::removeAddressAt(const char* name, unsigned i) {
-  const AddressList* const list = addressList(name);
-  if (!list) return kVoBadArgument;
-  followFields(name);
-  if (i >= list->items.size()) return kVoOutOfRange;
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (!addressList(name)) return kVoBadArgument;
+    followFields(name);
+    AddressList& list = addresses(headerNameOf(name));
+    if (i >= list.items.size()) return kVoOutOfRange;
     changeableAddressField(name);
-    AddressList& target = addresses(headerNameOf(name));
-    target.items.erase(target.items.begin() + static_cast<std::ptrdiff_t>(i));
-    target.isAhead = true;
+    list.items.erase(list.items.begin() + static_cast<std::ptrdiff_t>(i));
+    list.isAhead = true;
     return kVoSuccess;
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 VoErrorCode VoMsgEntityHeader::setAddressList(const char* name, const char* text) {
-  if (!addressList(name) || !text) return kVoBadArgument;
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (!addressList(name) || !text) return kVoBadArgument;
     const HeaderName kind = headerNameOf(name);
     const VoMsgHeaderField* const first = changeableAddressField(name);
     for (const auto& field : mpHeaderList)
@@ -288,14 +290,16 @@ VoErrorCode VoMsgEntityHeader::setAddressList(const char* name, const char* text
     rebuildAddresses(kind);
     return kVoSuccess;
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 VoErrorCode VoMsgEntityHeader::refreshAddressList(const char* name) {
-  if (!addressList(name)) return kVoBadArgument;
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (!addressList(name)) return kVoBadArgument;
     rebuildAddresses(headerNameOf(name));
     return kVoSuccess;
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 const VoMsgEntityHeader::AddressList* VoMsgEntityHeader::addressList(const char* name) const {
@@ -358,11 +362,15 @@ VoMsgHeaderField* VoMsgEntityHeader::changeableAddressField(const char* name) {
   return field;
 }
 
+// Takes `address` over unless it fails. Without `i` at the end.
 VoErrorCode VoMsgEntityHeader::insertAddress(const char* name, std::unique_ptr<VoMsgUserAddress>& address,
-                                             std::size_t i) {
+                                             std::optional<unsigned> i) {
+  followFields(name);
   AddressList& list = addresses(headerNameOf(name));
+  if (i && *i >= std::max<std::size_t>(list.items.size(), 1)) return kVoOutOfRange;
   changeableAddressField(name);
-  list.items.insert(list.items.begin() + static_cast<std::ptrdiff_t>(i), std::move(address));
+  const std::size_t at = i ? *i : list.items.size();
+  list.items.insert(list.items.begin() + static_cast<std::ptrdiff_t>(at), std::move(address));
   list.isAhead = true;
   return kVoSuccess;
 }
@@ -415,6 +423,8 @@ VoErrorCode VoMsgEntityHeader::writeHeaderPart(VoMsgBufferedReader* reader, VoMs
 }
 
 VoErrorCode VoMsgEntityHeader::writeHeaderPartFromSource(VoMsgBufferedReader* reader, VoMsgBufferedWriter* writer) {
-  if (!reader || !writer) return kVoBadArgument;
-  return guarded([&] { return vomsg::detail::copyRange(*reader, *writer, mHeaderOffset, mHeaderSize); });
+  const VoErrorCode code = guarded([&] {
+    return reader && writer ? vomsg::detail::copyRange(*reader, *writer, mHeaderOffset, mHeaderSize) : kVoBadArgument;
+  });
+  return logged(code, kLogSource, __func__, __LINE__);
 }

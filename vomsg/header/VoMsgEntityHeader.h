@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -119,7 +120,7 @@ class VOMSG_API VoMsgEntityHeader {
   void rebuildAddresses(vomsg::detail::HeaderName name);
   void followFields(const char* name);
   VoMsgHeaderField* changeableAddressField(const char* name);
-  VoErrorCode insertAddress(const char* name, std::unique_ptr<VoMsgUserAddress>& address, std::size_t i);
+  VoErrorCode insertAddress(const char* name, std::unique_ptr<VoMsgUserAddress>& address, std::optional<unsigned> i);
   void settleAddresses(vomsg::detail::HeaderName name) const;
   void settleAddresses() const;
   void writeAddresses(vomsg::detail::HeaderLineWriter& out, vomsg::detail::HeaderName name) const;

@@ -10,7 +10,6 @@
 #include "vomsg/charset/convert/VoConvertCharset.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgCString.h"
-#include "vomsg/foundation/VoMsgLog.h"
 #include "vomsg/header/VoMsgEncodedWord.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
 #include "vomsg/header/VoMsgTextConversion.h"
@@ -138,7 +137,8 @@ VoErrorCode encodeFieldValue(std::string& out, std::string_view name, std::strin
   const char* const target = dstCharset ? dstCharset : srcCharset ? srcCharset : kUsAscii;
   const char* const source = srcCharset ? srcCharset : target;
   if (!fitsEncodedWord(viewOf(target))) return kVoBadArgument;
-  if (contains(kNeverDivided, name) ||
+  // Behind a very long name the judge size is negative, but there is always room for nothing.
+  if (line.empty() || contains(kNeverDivided, name) ||
       static_cast<long long>(line.size()) <= judgeSize(name.size(), source, dstCharset))
     return encodeText(out, line, srcCharset, dstCharset);
   out.clear();
@@ -147,11 +147,6 @@ VoErrorCode encodeFieldValue(std::string& out, std::string_view name, std::strin
   std::string text;
   const VoErrorCode code = convertValue(text, line, srcCharset, dstCharset);
   return voFailed(code) ? code : foldPlain(out, text, firstRoom);
-}
-
-VoErrorCode logged(VoErrorCode code, const char* source, const char* function, unsigned line) {
-  if (voFailed(code)) voMessageLog(1, source, function, line, "", "The operation failed with code 0x%.8X.", code);
-  return code;
 }
 
 }  // namespace vomsg::detail

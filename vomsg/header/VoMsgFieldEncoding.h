@@ -22,7 +22,4 @@ VoErrorCode encodeFieldValue(std::string& out, std::string_view name, std::strin
 long long judgeSize(std::size_t nameLength, const char* srcCharset, const char* dstCharset);
 unsigned divideSize(std::size_t nameLength, const char* srcCharset);
 
-// Logs the failure of a public operation under its class and function; returns `code`.
-VoErrorCode logged(VoErrorCode code, const char* source, const char* function, unsigned line);
-
 }  // namespace vomsg::detail

@@ -1,10 +1,10 @@
 // How a header block is written anew. Which way a value goes is decided field by field:
-//   address headers                the addresses, one a line; group syntax and lists that a limit cut short as they
-//   stand Message-ID, Reply-To           as they stand: some software takes a folded one for another Subject as it
-//   stands on request, and folded while nobody changed it values with encoded words      decoded and encoded anew, so
-//   that words are full and their charset has one spelling;
-//                                  where that would change what a reader sees, folded as they stand
-//   everything else                folded
+// - An address header: its addresses, one a line; group syntax and a list that a limit cut short as they stand.
+// - Message-ID and Reply-To: as they stand, because some software takes a folded one for another.
+// - Subject: as it stands on request, and folded while nobody changed it.
+// - A value with encoded words: decoded and encoded anew, so that words are full and their charset has one spelling;
+//   where that would change what a reader sees, folded as it stands.
+// - Everything else: folded.
 #include <algorithm>
 #include <initializer_list>
 #include <optional>
@@ -20,6 +20,7 @@
 #include "vomsg/header/VoMsgEncodedWord.h"
 #include "vomsg/header/VoMsgEntityHeader.h"
 #include "vomsg/header/VoMsgHeaderLineWriter.h"
+#include "vomsg/header/VoMsgHeaderLog.h"
 #include "vomsg/header/VoMsgHeaderName.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
 #include "vomsg/header/VoMsgStructuredValue.h"
@@ -27,6 +28,8 @@
 using namespace vomsg::detail;
 
 namespace {
+
+constexpr char kLogSource[] = "VoMsgEntityHeader";
 
 bool isOneOf(std::string_view name, std::initializer_list<std::string_view> names) {
   return std::any_of(names.begin(), names.end(), [name](std::string_view other) { return equalNoCase(name, other); });
@@ -155,8 +158,8 @@ void writeParameters(HeaderLineWriter& out, const VoMsgHeaderField& field) {
 }  // namespace
 
 VoErrorCode VoMsgEntityHeader::writeNewHeaderPart(VoMsgBufferedWriter* writer) {
-  if (!writer) return kVoBadArgument;
-  return guarded([&] {
+  const VoErrorCode code = guarded([&] {
+    if (!writer) return kVoBadArgument;
     settleAddresses();
     HeaderLineWriter out(*writer);
     bool isWritten[kAddressNames] = {};
@@ -177,6 +180,7 @@ VoErrorCode VoMsgEntityHeader::writeNewHeaderPart(VoMsgBufferedWriter* writer) {
     out.endField();
     return out.failed() ? kVoWriteFailed : kVoSuccess;
   });
+  return logged(code, kLogSource, __func__, __LINE__);
 }
 
 // One list, whatever the number of its fields: RFC 5322 allows one of each. They are united before they are cut, for so

@@ -15,6 +15,7 @@
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/header/VoMsgEncodedWord.h"
 #include "vomsg/header/VoMsgFieldEncoding.h"
+#include "vomsg/header/VoMsgHeaderLog.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
 #include "vomsg/header/VoMsgTextConversion.h"
 

@@ -8,6 +8,7 @@
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/header/VoMsgFieldEncoding.h"
 #include "vomsg/header/VoMsgHeaderField.h"
+#include "vomsg/header/VoMsgHeaderLog.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
 #include "vomsg/header/VoMsgRfc2231.h"
 #include "vomsg/header/VoMsgTextConversion.h"

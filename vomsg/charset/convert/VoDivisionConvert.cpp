@@ -234,7 +234,7 @@ VoErrorCode voDivisionConvert(const char* fromCharset, const char* toCharset, st
     if (!voFailed(divided)) *lines = table.release();
     return divided;
   });
-  if (voFailed(code)) VO_LOG(1, nullptr, "The text can not be divided: 0x%08X.", code);
+  if (voFailed(code)) VO_LOG(1, "", "The text can not be divided: 0x%08X.", code);
   return code;
 }
 
