@@ -55,7 +55,9 @@ VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
   }
   VoErrorCode code = guarded([&]() -> VoErrorCode {
     mSource.setNewObject(source);
-    mMessageSource.setNewObject(new MessageSource(mSource));
+    auto opened = std::make_unique<MessageSource>(mSource);
+    mMessageSource.setNewObject(opened.get());
+    static_cast<void>(opened.release());
     return kVoSuccess;
   });
   if (voFailed(code)) {
@@ -63,7 +65,7 @@ VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
     return kVoNoMemory;
   }
   MessageSource* const opened = mMessageSource.getObject();
-  VoMsgBufferedReader* const reader = opened->openReader();
+  auto* const reader = guardedOr<VoMsgBufferedReader*>(nullptr, [opened] { return opened->openReader(); });
   if (!reader || isTooLarge(source, *reader)) {
     opened->closeReader();
     VO_DIAGNOSTIC(0, tag, "parse error. (can not read message)");

@@ -77,7 +77,8 @@ VoErrorCode VoMsgRfc822Entity::_editMultipartHeaderParameter() {
 // Puts the fields back that described the leaf, when it could not become a multipart after all.
 VoErrorCode VoMsgRfc822Entity::_removeMultipartHeader(std::unique_ptr<VoMsgEntityHeader> former) {
   if (!former) return kVoRestructureFailed;
-  mHeader.setNewObject(former.release());
+  mHeader.setNewObject(former.get());
+  static_cast<void>(former.release());
   return kVoSuccess;
 }
 

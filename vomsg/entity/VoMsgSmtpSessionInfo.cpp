@@ -34,7 +34,7 @@ VoMsgSmtpSessionInfo* VoMsgSmtpSessionInfo::copy() const {
       if (!other->mSender) return nullptr;
     }
     for (const auto& recipient : mRecipients) {
-      other->mRecipients.emplace_back(recipient->copy());
+      other->mRecipients.push_back(std::unique_ptr<VoMsgUserAddress>(recipient->copy()));
       if (!other->mRecipients.back()) return nullptr;
     }
     return other.release();

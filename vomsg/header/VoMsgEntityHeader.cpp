@@ -43,14 +43,14 @@ VoMsgEntityHeader* VoMsgEntityHeader::newCopy() const {
     settleAddresses();
     auto copy = std::make_unique<VoMsgEntityHeader>();
     for (const auto& field : mpHeaderList) {
-      copy->mpHeaderList.emplace_back(field->newCopy());
+      copy->mpHeaderList.push_back(std::unique_ptr<VoMsgHeaderField>(field->newCopy()));
       if (!copy->mpHeaderList.back()) return nullptr;
       copy->mpHeaderList.back()->setNewHeader(field->isNewHeader());
     }
     for (std::size_t i = 0; i < mAddressLists.size(); ++i) {
       copy->mAddressLists[i].rest = mAddressLists[i].rest;
       for (const auto& address : mAddressLists[i].items) {
-        copy->mAddressLists[i].items.emplace_back(address->copy());
+        copy->mAddressLists[i].items.push_back(std::unique_ptr<VoMsgUserAddress>(address->copy()));
         if (!copy->mAddressLists[i].items.back()) return nullptr;
       }
     }
