@@ -57,6 +57,11 @@ TEST(DisclaimerInText, KnownShapes) {
        "utf-8"},
       {"Content-Type: text/calendar\r\n", "BEGIN:VEVENT\r\nEND:VEVENT\r\n", "D", "utf-8", 0, 1,
        "BEGIN:VEVENT\r\nDESCRIPTION:D\r\nEND:VEVENT\r\n", nullptr},
+      {"", "no type \xC3\xA4", "D", "utf-8", 0, 2, "no type \xC3\xA4\r\nD\r\n", "utf-8"},
+      {"", "\x1B$BF|K\\\x1B(B", "\xE6\x97\xA5", "utf-8", 0, 2, "\x1B$BF|K\\\x1B(B\r\n\x1B$BF|\x1B(B\r\n\x1B(B",
+       "iso-2022-jp"},
+      {"Content-Type: text/plain\r\nContent-Transfer-Encoding: quoted-printable\r\n", "a=0Ab=\r\n", "D", "utf-8", 0, 2,
+       "a\nb\r\nD\r\n", nullptr},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(std::string(row.fields) + row.body);
@@ -67,6 +72,21 @@ TEST(DisclaimerInText, KnownShapes) {
     EXPECT_STREQ(again->getCharset(), row.wantCharset);
     EXPECT_EQ(written(*message).find("format=flowed") != std::string::npos,
               std::string(row.fields).find("flowed") != std::string::npos);
+  }
+}
+
+// Decoded, inserted and encoded anew, a text must not cut the message that it stands in.
+TEST(DisclaimerInText, NoTextLooksLikeADelimiter) {
+  const std::string head = "Content-Type: multipart/mixed; boundary=\"--\"\r\n\r\n----\r\nContent-Transfer-Encoding: ";
+  const std::string tail = "\r\n----\r\nContent-Type: image/png\r\n\r\nkept\r\n------\r\n";
+  for (const char* text : {"quoted-printable\r\n\r\n=2D---\r\nx", "7bit\r\n\r\nx"}) {
+    MessageFixture message(head + text + tail);
+    const std::string before = contentOf(*message->getChildEntity());
+    ASSERT_EQ(insert(*message, "----\nD", 0), kVoSuccess);
+    MessageFixture again(written(*message));
+    ASSERT_EQ(again->countChildEntity(), 2u);
+    EXPECT_EQ(contentOf(*again->getChildEntity()), before + "\r\n----\r\nD\r\n");
+    EXPECT_EQ(contentOf(*again->getChildEntityAt(1)), "kept");
   }
 }
 

@@ -1,5 +1,5 @@
-// What editing needs from inside an entity: its header block and body can be kept and put back, so that an edit that
-// fails half-way leaves no trace, and its content can be exchanged for parts.
+// What editing needs from inside an entity: an edit can be taken back as if it had never been, content can be exchanged
+// for parts, and parts can go in one pass.
 #pragma once
 
 #include <memory>
@@ -11,19 +11,33 @@ class VoMsgRfc822Message;
 
 namespace vomsg::detail {
 
+// Takes back what is done to one entity while it lives, unless it is told to let it stand: an edit that fails half-way,
+// or throws, leaves no trace. Making one throws when memory runs out; taking back cannot fail.
+class EditUndo {
+ public:
+  // `holdsChildren`: the attachments that were found in the text of a leaf are set aside, for new content drops them.
+  explicit EditUndo(VoMsgRfc822Entity& entity, bool holdsChildren = false);
+  ~EditUndo();
+  EditUndo(const EditUndo&) = delete;
+  EditUndo& operator=(const EditUndo&) = delete;
+  void letStand() { mStands = true; }
+
+ private:
+  VoMsgRfc822Entity& mEntity;
+  // A deep copy, made while the entity keeps its own block: pointers that a caller holds into that stay good when the
+  // edit succeeds.
+  VoObjectStub<VoMsgEntityHeader> mHeader;
+  VoObjectStub<VoMsgEntityBody> mBody;
+  VoMsgEntity* const mpFirstChild;
+  const std::unique_ptr<VoMsgMimeEntity> mAside;  // children on their way
+  const bool mIsMultipartBody;
+  const bool mChildrenChanged;
+  bool mStands = false;
+};
+
 class ContentEditor {
  public:
   explicit ContentEditor(VoMsgRfc822Entity& entity) : mEntity(entity) {}
-
-  // Header block and body as they are now. The block is a deep copy, made while the entity keeps its own: pointers
-  // that a caller holds into it stay good when the edit succeeds. Throws when memory runs out.
-  struct Kept {
-    std::unique_ptr<VoMsgEntityHeader> header;
-    VoObjectStub<VoMsgEntityBody> body;
-    bool childrenChanged = false;
-  };
-  Kept keep() const;
-  void restore(Kept&& kept);
 
   // Moves everything that is content, with the Content-* fields, into a new first part of a new multipart/mixed.
   VoErrorCode moveContentToPart() { return mEntity._changeSingleToMulti(); }
@@ -32,6 +46,8 @@ class ContentEditor {
   VoErrorCode makeMultipart(std::unique_ptr<VoMsgEntityHeader> header);
   // For an entity without content: `message` becomes its child, and what that was read from, `size` bytes, its body.
   void holdMessage(std::unique_ptr<VoMsgRfc822Message> message, std::uint32_t size);
+  // Removes every child that `isUnwanted`, in one pass.
+  VoErrorCode removeChildren(bool (*isUnwanted)(const VoMsgEntity&));
 
  private:
   VoMsgRfc822Entity& mEntity;

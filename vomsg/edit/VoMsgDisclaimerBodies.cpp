@@ -16,9 +16,12 @@ constexpr char kLogSource[] = "VoMsgRfc822Message";
 
 enum class TextType { none, plain, html, calendar };
 
+// What stands in a digest without a type is a message.
 TextType typeOf(const VoMsgEntity& entity) {
-  const char* const type = entity.getContentType();
-  if (!type || equalNoCase(type, "text/plain")) return TextType::plain;
+  const std::string_view type = viewOf(entity.getContentType());
+  const VoMsgEntity* const parent = entity.getParentEntity();
+  if (type.empty() && parent && parent->isContentType("multipart", "digest")) return TextType::none;
+  if (type.empty() || equalNoCase(type, "text/plain")) return TextType::plain;
   if (equalNoCase(type, "text/html")) return TextType::html;
   return equalNoCase(type, "text/calendar") ? TextType::calendar : TextType::none;
 }
@@ -33,6 +36,7 @@ struct Leaf {
   TextType type;
   std::size_t alternative;  // which one it is in: texts of the same number are shown together, 0 is outside of all
   std::size_t choice;       // the outermost multipart/alternative around it; 0 outside of all
+  bool isEncrypted;         // asked on the way down: asking each leaf would climb a deep tree again and again
 };
 
 // The inline texts outside nested messages, in document order. Every direct child of a multipart/alternative begins an
@@ -42,6 +46,7 @@ std::vector<Leaf> inlineTexts(VoMsgRfc822Entity& root) {
     bool isAlternative;
     std::size_t number;
     std::size_t choice;
+    bool isEncrypted;
   };
   std::vector<Leaf> leaves;
   std::vector<Level> open;
@@ -51,19 +56,21 @@ std::vector<Leaf> inlineTexts(VoMsgRfc822Entity& root) {
   while (entity) {
     std::size_t number = open.empty() ? 0 : open.back().number;
     std::size_t choice = open.empty() ? 0 : open.back().choice;
+    const bool isEncrypted = open.empty() ? root.isEncryptedPart() : open.back().isEncrypted;
     if (!open.empty() && open.back().isAlternative) number = ++alternatives;
     VoMsgEntity* next = nullptr;
     if (entity->isMultipartEntity()) {
       next = entity->getChildEntity();
       const bool isAlternative = VoMsgRfc822Message::_isAlternative(entity);
       if (isAlternative && choice == 0) choice = ++choices;
-      if (next) open.push_back({isAlternative, number, choice});
+      const bool encrypts = equalNoCase(viewOf(entity->getContentType()), "multipart/encrypted");
+      if (next) open.push_back({isAlternative, number, choice, isEncrypted || encrypts});
     } else if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity)) {
       const VoMsgEntity* const child = entity->getChildEntity();
       const bool isText = !child || !(child->getEntityTypeID() & kVoEntityIsMessage);
       const TextType type = isText ? typeOf(*entity) : TextType::none;
       if (type != TextType::none && !VoMsgRfc822Message::_isAttachment(entity))
-        leaves.push_back({mime, type, number, choice});
+        leaves.push_back({mime, type, number, choice, isEncrypted});
     }
     while (!next && entity != &root && !(next = entity->getNextSiblingEntity())) {
       entity = entity->getParentEntity();
@@ -109,11 +116,13 @@ VoErrorCode insertInto(VoMsgRfc822Message& message, const std::vector<Leaf>& tar
   Disclaimer disclaimer;
   const VoErrorCode loaded = loadDisclaimer(*resource, srcCharset, position == kVoDisclaimerTop, disclaimer);
   if (voFailed(loaded)) return loaded;
+  const BoundaryTable delimiters = delimitersAround(message);
   std::vector<TextChange> changes;
   for (const Leaf& target : targets) {
+    if (target.isEncrypted) return kVoDisclaimerRefused;
     changes.emplace_back();
     const VoErrorCode code =
-        prepareText(*target.entity, kindOf(target.type), disclaimer, preferCharset, changes.back());
+        prepareText(*target.entity, kindOf(target.type), disclaimer, preferCharset, delimiters, changes.back());
     if (voFailed(code)) return code;
   }
   return installTexts(message, changes);

@@ -1,10 +1,12 @@
 // insertDisclaimerMessage: looks at the message, lets the dispatch choose, and runs the steps it asks for.
 
 #include <memory>
+#include <string>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/edit/VoMsgContentEditor.h"
 #include "vomsg/edit/VoMsgDisclaimerDispatch.h"
+#include "vomsg/edit/VoMsgTextEditing.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
@@ -57,15 +59,15 @@ class MessageSteps : public DisclaimerSteps {
   }
 
   // A message without type is given one, until it turns out that all of it is wrapped, or that nothing helps.
-  void declareTypeOf(VoMsgRfc822Entity& entity) {
-    mUntyped = std::make_unique<ContentEditor::Kept>(ContentEditor(entity).keep());
-    if (voFailed(entity.setHeaderValue("Content-Type", "text/plain", "us-ascii", nullptr))) return undeclareType();
-    if (voFailed(entity.setHeaderParameterValue("Content-Type", "charset", "us-ascii", "us-ascii", nullptr)))
-      undeclareType();
+  VoErrorCode declareType() {
+    mUntyped = std::make_unique<EditUndo>(mMessage);
+    const std::string charset = charsetOfText(mMessage);
+    const VoErrorCode code = mMessage.setHeaderValue("Content-Type", "text/plain", "us-ascii", nullptr);
+    if (voFailed(code)) return code;
+    return mMessage.setHeaderParameterValue("Content-Type", "charset", charset.c_str(), "us-ascii", nullptr);
   }
-  void undeclareType() {
-    if (mUntyped) ContentEditor(mMessage).restore(std::move(*mUntyped));
-    mUntyped.reset();
+  void keepType() {
+    if (mUntyped) mUntyped->letStand();
   }
 
  private:
@@ -77,7 +79,7 @@ class MessageSteps : public DisclaimerSteps {
   }
 
   VoErrorCode wrapOriginal(Helper helper, const char* charset) {
-    undeclareType();
+    mUntyped.reset();
     return call(helper, charset);
   }
 
@@ -96,7 +98,7 @@ class MessageSteps : public DisclaimerSteps {
   const DisclaimerPlan& mPlan;
   VoMsgResourceLocator* const mDisclaimer;
   const char* const mSrcCharset;
-  std::unique_ptr<ContentEditor::Kept> mUntyped;  // the header block as it was without Content-Type
+  std::unique_ptr<EditUndo> mUntyped;  // has the header block without Content-Type
 };
 
 }  // namespace
@@ -106,7 +108,10 @@ VoErrorCode VoMsgRfc822Message::insertDisclaimerMessage(VoMsgDisclaimerPosition_
                                                         const char* srcCharset, const char* preferCharset) {
   const char* const tag = _getUUIDString();
   VO_LOG(9, tag, "begin: insertDisclaimerMessage");
-  if (!disclaimer || !srcCharset) return kVoBadArgument;
+  if (!disclaimer || !srcCharset) {
+    VO_LOG(1, tag, "insertDisclaimerMessage failed.");
+    return kVoBadArgument;
+  }
   VO_LOG(9, tag, "VoMsgDisclaimerOption_e: [%d]", option);
   VO_LOG(9, tag, "srcCharset                : [%s]", srcCharset);
   VO_LOG(9, tag, "preferCharset                : [%s]", preferCharset ? preferCharset : "");
@@ -130,13 +135,15 @@ VoErrorCode VoMsgRfc822Message::insertDisclaimerMessage(VoMsgDisclaimerPosition_
     MessageSteps steps(*this, plan, disclaimer, srcCharset);
     if (!isTyped) {
       VO_LOG(9, tag, "content type           : [no content type]");
-      if (!_isMultiEmbededEntity()) steps.declareTypeOf(*this);
+      const bool isWrapped = (plan.option & (kVoDisclaimerWrap | kVoDisclaimerAttach)) == kVoDisclaimerWrap;
+      const VoErrorCode declared = isWrapped || _isMultiEmbededEntity() ? kVoSuccess : steps.declareType();
+      if (voFailed(declared)) return declared;
     } else {
       if (plan.htmlIsWrapped) VO_LOG(9, tag, "HTML mail is wrapped. Option is automatically Wrap_New.");
       VO_LOG(9, tag, "content type           : [%s]", getContentType());
     }
     const VoErrorCode result = dispatchDisclaimer(steps, plan.option, preferCharset);
-    if (voFailed(result)) steps.undeclareType();
+    if (!voFailed(result)) steps.keepType();
     return result;
   });
   if (voFailed(code)) {

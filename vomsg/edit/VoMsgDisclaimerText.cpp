@@ -84,13 +84,15 @@ VoErrorCode readBytes(const VoMsgResourceLocator& resource, std::string& bytes) 
   return bytes.size() == wanted ? kVoSuccess : kVoReadFailed;
 }
 
-// Converters stand a replacement character in for what is invalid, so its presence is a loss.
+// Converters stand U+FFFD in for what is invalid, some of them U+001A, so more of these than there were are a loss.
 bool decodeExactly(std::string_view bytes, const char* charset, std::string& utf8) {
   if (isUtf8Name(charset)) {
     utf8 = bytes;
     return isUtf8(bytes);
   }
-  return convert(bytes, "utf-8", charset, utf8) && utf8.find(kReplacement) == utf8.npos && isUtf8(utf8);
+  const auto substitutes = [](std::string_view text) { return std::count(text.begin(), text.end(), '\x1A'); };
+  return convert(bytes, "utf-8", charset, utf8) && utf8.find(kReplacement) == utf8.npos &&
+         substitutes(utf8) == substitutes(bytes) && isUtf8(utf8);
 }
 
 bool encodeExactly(std::string_view utf8, const char* charset, std::string& bytes) {

@@ -2,10 +2,12 @@
 // attachment itself, byte for byte. Every part is made before the message changes.
 
 #include <memory>
+#include <new>
 #include <string>
 
 #include "vomsg/edit/VoMsgContentEditor.h"
-#include "vomsg/edit/VoMsgTextEditing.h"
+#include "vomsg/edit/VoMsgDisclaimerText.h"
+#include "vomsg/edit/VoMsgTextEncoding.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgRangeResource.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
@@ -51,8 +53,9 @@ class PartHeader {
 
 // The disclaimer as a text part. A text that `preferCharset` cannot say goes out in UTF-8; one that nobody could
 // decode goes out as it came, under the charset that the caller named.
-VoErrorCode createDisclaimerPart(VoMsgResourceLocator& resource, const char* srcCharset, const char* preferCharset,
-                                 const char* fileName, std::unique_ptr<VoMsgMimeEntity>& part) {
+VoErrorCode createDisclaimerPart(VoMsgRfc822Message& message, VoMsgResourceLocator& resource, const char* srcCharset,
+                                 const char* preferCharset, const char* fileName,
+                                 std::unique_ptr<VoMsgMimeEntity>& part) {
   Disclaimer disclaimer;
   VoErrorCode code = loadDisclaimer(resource, srcCharset, false, disclaimer);
   if (voFailed(code)) return code;
@@ -68,7 +71,9 @@ VoErrorCode createDisclaimerPart(VoMsgResourceLocator& resource, const char* src
   }
   EncodedText content;
   // Bytes that are no text for anybody here must not be taken for lines.
-  if (!encodeText(text, disclaimer.isDecoded ? nullptr : "base64", content)) return kVoDisclaimerCopyFailed;
+  const BoundaryTable delimiters = delimitersAround(message);
+  if (!encodeForTransfer(text, {disclaimer.isDecoded ? nullptr : "base64", false, delimiters}, content))
+    return kVoDisclaimerCopyFailed;
   if (!content.encoding) content.encoding = disclaimer.isDecoded ? "7bit" : "base64";
 
   auto made = std::make_unique<VoMsgMimeEntity>();
@@ -111,12 +116,11 @@ VoErrorCode encodingFor(const VoMsgResourceLocator& resource, const char*& encod
   return kVoSuccess;
 }
 
-// A multipart declares at least what its parts need (RFC 2045, section 6.4).
-VoErrorCode declareEncoding(VoMsgEntity& multipart, const char* partEncoding) {
+// A multipart declares at least what its parts need (RFC 2045, section 6.4). Null: nothing.
+const char* encodingOfMultipart(const char* partEncoding) {
   for (const char* name : {"8bit", "binary"})
-    if (equalNoCase(viewOf(partEncoding), name))
-      return multipart.setHeaderValue("Content-Transfer-Encoding", name, kAscii, nullptr);
-  return kVoSuccess;
+    if (equalNoCase(viewOf(partEncoding), name)) return name;
+  return nullptr;
 }
 
 bool isKept(std::string_view name, bool onlyEssentials) {
@@ -124,6 +128,29 @@ bool isKept(std::string_view name, bool onlyEssentials) {
   for (const std::string_view kept : kKeptFields)
     if (equalNoCase(name, kept)) return true;
   return false;
+}
+
+void appendField(VoMsgEntityHeader& header, std::unique_ptr<VoMsgHeaderField> field) {
+  if (!field || voFailed(header.appendHeader(field.get()))) throw std::bad_alloc();
+  static_cast<void>(field.release());
+}
+
+// The header block around the wrapped message; fields that nobody changed are written as such.
+std::unique_ptr<VoMsgEntityHeader> outerHeader(const VoMsgEntityHeader& inner, bool onlyEssentials,
+                                               const char* encoding) {
+  auto outer = std::make_unique<VoMsgEntityHeader>();
+  outer->setChild(inner.isChild());
+  for (unsigned i = 0; i < inner.countHeaders(); ++i) {
+    const VoMsgHeaderField& field = *inner.getHeaderAt(i);
+    if (!isKept(viewOf(field.getName()), onlyEssentials)) continue;
+    std::unique_ptr<VoMsgHeaderField> copy(field.newCopy());
+    VoMsgHeaderField* const appended = copy.get();
+    appendField(*outer, std::move(copy));
+    appended->setNewHeader(field.isNewHeader());
+  }
+  if (!outer->getHeader("MIME-Version")) appendField(*outer, std::make_unique<VoMsgHeaderField>("MIME-Version", "1.0"));
+  if (encoding) appendField(*outer, std::make_unique<VoMsgHeaderField>("Content-Transfer-Encoding", encoding));
+  return outer;
 }
 
 }  // namespace
@@ -158,7 +185,9 @@ VoErrorCode VoMsgRfc822Message::_createWrapRfc822MailEntity(std::unique_ptr<VoMs
   header.parameter("Content-Disposition", "filename", "originalmail.eml");
   if (voFailed(header.code)) return header.code;
   auto nested = std::make_unique<VoMsgRfc822Message>(static_cast<VoMsgEntity*>(nullptr));
-  nested->readFrom(original.release());  // a malformed message is wrapped as it is
+  code = nested->readFrom(original.get());
+  if (nested->mSource.getObject()) static_cast<void>(original.release());
+  if (code == kVoNoMemory || code == kVoReadFailed) return code;  // a malformed message is wrapped as it is
   ContentEditor(*made).holdMessage(std::move(nested), size);
   part = std::move(made);
   return kVoSuccess;
@@ -169,27 +198,17 @@ VoErrorCode VoMsgRfc822Message::_createWrapEntity(VoMsgResourceLocator* disclaim
   if (!disclaimer || !srcCharset) return kVoBadArgument;
   std::unique_ptr<VoMsgMimeEntity> text;
   VoErrorCode code =
-      createDisclaimerPart(*disclaimer, srcCharset, preferCharset ? preferCharset : "utf-8", nullptr, text);
+      createDisclaimerPart(*this, *disclaimer, srcCharset, preferCharset ? preferCharset : "utf-8", nullptr, text);
   if (voFailed(code)) return code;
   std::unique_ptr<VoMsgMimeEntity> original;
   code = _createWrapRfc822MailEntity(original);
   if (voFailed(code)) return code;
 
-  std::unique_ptr<VoMsgEntityHeader> header(getEntityHeader()->newCopy());
-  if (!header) return kVoNoMemory;
-  for (unsigned i = header->countHeaders(); i-- > 0;)
-    if (!isKept(viewOf(header->getHeaderAt(i)->getName()), onlyEssentials)) header->removeHeaderAt(i);
-  if (!header->getHeader("MIME-Version")) {
-    auto version = std::make_unique<VoMsgHeaderField>("MIME-Version", "1.0");
-    code = header->appendHeader(version.get());
-    if (voFailed(code)) return code;
-    version.release();
-  }
-  const std::string encoding(viewOf(original->getEncoding()));
+  auto header = outerHeader(*getEntityHeader(), onlyEssentials, encodingOfMultipart(original->getEncoding()));
   if (voFailed(ContentEditor(*this).makeMultipart(std::move(header)))) return kVoWrapFailed;
   TreeAccess::append(this, text.release());
   TreeAccess::append(this, original.release());
-  return declareEncoding(*this, encoding.c_str());
+  return kVoSuccess;
 }
 
 // The former content, whatever it was, and the disclaimer become the parts of a new multipart.
@@ -197,14 +216,17 @@ VoErrorCode VoMsgRfc822Message::_addDisclaimerPart(bool inFront, bool asAttachme
                                                    const char* srcCharset, const char* preferCharset) {
   if (!disclaimer || !srcCharset) return kVoBadArgument;
   std::unique_ptr<VoMsgMimeEntity> text;
-  VoErrorCode code = createDisclaimerPart(*disclaimer, srcCharset, preferCharset ? preferCharset : "utf-8",
+  VoErrorCode code = createDisclaimerPart(*this, *disclaimer, srcCharset, preferCharset ? preferCharset : "utf-8",
                                           asAttachment ? "disclaimer.txt" : nullptr, text);
   if (voFailed(code)) return code;
-  const std::string encoding(viewOf(getEncoding()));
+  const char* const encoding = encodingOfMultipart(getEncoding());
+  EditUndo undo(*this);
   code = ContentEditor(*this).moveContentToPart();
+  if (!voFailed(code) && encoding) code = setHeaderValue("Content-Transfer-Encoding", encoding, kAscii, nullptr);
   if (voFailed(code)) return code;
+  undo.letStand();
   TreeAccess::insertAt(this, text.release(), inFront ? 0 : countChildEntity());
-  return declareEncoding(*this, encoding.c_str());
+  return kVoSuccess;
 }
 
 VoErrorCode VoMsgRfc822Message::_newDisclaimerMessage(VoMsgDisclaimerPosition_e position,

@@ -4,6 +4,7 @@
 #include <new>
 #include <unordered_set>
 
+#include "vomsg/edit/VoMsgContentEditor.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -23,6 +24,12 @@ bool isType(const VoMsgEntity& entity, std::string_view type) {
 // What an attached message holds is its own affair.
 signed char outsideAttachedMessages(VoMsgEntity* entity, signed char& descend) {
   if (isType(*entity, "message/rfc822")) descend = 0;
+  return 1;
+}
+
+signed char outsideNestedContent(VoMsgEntity* entity, signed char& descend) {
+  const VoMsgEntity* const child = entity->getChildEntity();
+  if (child && child->getEntityTypeID() & kVoEntityIsMessage) descend = 0;
   return 1;
 }
 
@@ -52,18 +59,11 @@ VoErrorCode stripSignedEntity(VoMsgEntity& entity, const char* tag) {
   }
   entity.removeHeaderParameter("Content-Type", "protocol");
   entity.removeHeaderParameter("Content-Type", "micalg");
-  unsigned i = 0;
-  for (const VoMsgEntity* child = entity.getChildEntity(); child;) {
-    const VoMsgEntity* const next = child->getNextSiblingEntity();
-    if (!isSignature(*child)) {
-      ++i;
-    } else if (voFailed(code = entity.removeChildEntityAt(i))) {
-      voMessageLog(1, kLogSource, "stripSignaturePart", __LINE__, tag, "Failed to call removeChildEntityAt()");
-      return code;
-    }
-    child = next;
-  }
-  return kVoSuccess;
+  // Others than MIME entities cannot be multipart/signed and have children with a type of their own.
+  auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(&entity);
+  if (mime && voFailed(code = ContentEditor(*mime).removeChildren(isSignature)))
+    voMessageLog(1, kLogSource, "stripSignaturePart", __LINE__, tag, "Failed to call removeChildEntityAt()");
+  return code;
 }
 
 }  // namespace
@@ -121,10 +121,11 @@ bool VoMsgRfc822Message::_hasAlternative() {
 
 bool VoMsgRfc822Message::_isTextCalendar(VoMsgEntity* entity) { return entity && isType(*entity, "text/calendar"); }
 
-// An invitation that is attached as a file is not what the reader is shown.
+// An invitation that is attached as a file, or lies in a message that is attached under any type, is not what the
+// reader is shown.
 bool VoMsgRfc822Message::_hasTextCalendar() {
   return guardedOr(false, [&] {
-    VoMsgEntityIterator walk(this, outsideAttachedMessages);
+    VoMsgEntityIterator walk(this, outsideNestedContent);
     for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
       if (_isTextCalendar(entity) && !_isAttachment(entity)) return true;
     return false;

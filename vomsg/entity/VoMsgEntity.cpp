@@ -177,7 +177,10 @@ bool VoMsgEntity::_insertChildAt(VoMsgEntity* child, unsigned i) {
 
 bool VoMsgEntity::_removeChildAt(unsigned i) {
   VoMsgEntity* const before = i == 0 ? nullptr : getChildEntityAt(i - 1);
-  if (i > 0 && !before) return false;
+  return (i == 0 || before) && _removeChildAfter(before);
+}
+
+bool VoMsgEntity::_removeChildAfter(VoMsgEntity* before) {
   VoMsgEntity*& link = before ? before->mpSibling : mpCild;
   VoMsgEntity* const child = link;
   if (!child) return false;

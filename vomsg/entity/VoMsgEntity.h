@@ -158,7 +158,8 @@ class VOMSG_API VoMsgEntity {
   void _appendChild(VoMsgEntity* child);  // with its whole chain of siblings
   bool _insertChildAt(VoMsgEntity* child, unsigned i);
   bool _removeChildAt(unsigned i);
-  void _freeTree();  // destroys every descendant
+  bool _removeChildAfter(VoMsgEntity* before);  // null: the first one
+  void _freeTree();                             // destroys every descendant
 
   VoMsgEntity* mpParent = nullptr;
   VoMsgEntity* mpSibling = nullptr;

@@ -355,18 +355,23 @@ VoErrorCode VoMsgRfc822Entity::insertChildEntityAt(VoMsgEntity* child, unsigned 
 VoErrorCode VoMsgRfc822Entity::removeChildEntityAt(unsigned i) {
   const VoErrorCode code = guarded([&]() -> VoErrorCode {
     if (!isMultipartEntity()) return kVoNoChildren;
-    VoMsgEntity* const child = getChildEntityAt(i);
+    const VoMsgEntity* const child = getChildEntityAt(i);
     if (!child) return kVoOutOfRange;
-    std::uint32_t offset, size;
-    if (const auto* const part = dynamic_cast<VoMsgRfc822Entity*>(child); part && part->mInPlace)
-      static_cast<VoMsgMultipartBody*>(_createEntityBody(true))
-          ->addRemoved({part->mHeaderOffset, part->mBodyOffset + part->mBodySize, true});
-    else if (isEpilogueEntity(child, offset, size))
-      static_cast<VoMsgMultipartBody*>(_createEntityBody(true))->addRemoved({offset, offset + size, false});
-    mChildrenChanged = true;
+    _noteRemoval(*child);
     return _removeChildAt(i) ? kVoSuccess : kVoOutOfRange;
   });
   return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+}
+
+// The writer leaves out what the child was read from.
+void VoMsgRfc822Entity::_noteRemoval(const VoMsgEntity& child) {
+  std::uint32_t offset, size;
+  if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(&child); part && part->mInPlace)
+    static_cast<VoMsgMultipartBody*>(_createEntityBody(true))
+        ->addRemoved({part->mHeaderOffset, part->mBodyOffset + part->mBodySize, true});
+  else if (isEpilogueEntity(&child, offset, size))
+    static_cast<VoMsgMultipartBody*>(_createEntityBody(true))->addRemoved({offset, offset + size, false});
+  mChildrenChanged = true;
 }
 
 bool VoMsgRfc822Entity::isModified() { return VoMsgEntity::isModified(); }

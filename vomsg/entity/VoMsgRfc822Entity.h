@@ -19,6 +19,7 @@ class MessageSource;
 class MessageParser;
 class MessageWriter;
 class ContentEditor;
+class EditUndo;
 }  // namespace vomsg::detail
 
 class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
@@ -118,6 +119,7 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   friend class vomsg::detail::MessageParser;
   friend class vomsg::detail::MessageWriter;
   friend class vomsg::detail::ContentEditor;
+  friend class vomsg::detail::EditUndo;
 
   VoMsgEntityHeader* _buildHeader(const char* defaultCharset) const;
   VoMsgEntityBody* _body() const;
@@ -126,6 +128,7 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   VoMsgEntityBody* _createEntityBody(bool multipart);
 
   VoErrorCode _addChild(VoMsgEntity* child, unsigned i);  // all ones: behind the last one
+  void _noteRemoval(const VoMsgEntity& child);            // of a child that is about to go
   // Turns a leaf into multipart/mixed: what it held becomes its first part.
   VoErrorCode _changeSingleToMulti();
   VoErrorCode _makeMultipartHeader();
