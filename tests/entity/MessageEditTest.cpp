@@ -231,6 +231,96 @@ TEST(MessageEdit, TextKeepsItsCharsetWhenThatLosesNothing) {
   EXPECT_EQ(contentOf(*again), text);
 }
 
+TEST(MessageEdit, WideTextIsReadAndBecomesUtf8WhenItIsReplaced) {
+  using namespace std::string_literals;
+  const std::string head = "Content-Type: text/plain; charset=";
+  struct Row {
+    std::string charset, body, want;
+  };
+  const Row rows[] = {{"utf-16", "\xFF\xFEh\0\xE4\0\x3D\xD8\0\xDE"s, "h\xC3\xA4\xF0\x9F\x98\x80"},
+                      {"UTF-16", "\0h\0i\xD8\0"s, "hi\xEF\xBF\xBD"},  // a surrogate alone
+                      {"utf-16le", "h\0i\0x"s, "hi\xEF\xBF\xBD"},     // cut
+                      {"utf-32be", "\0\0\0h\0\1\xF6\0\0\x11\0\0"s, "h\xF0\x9F\x98\x80\xEF\xBF\xBD"}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.charset);
+    MessageFixture message(head + row.charset + "\r\n\r\n" + row.body);
+    int err = 0;
+    EXPECT_EQ(bytesOf(message->getTextContent(err, nullptr, "utf-8")), row.want);
+    std::string text = "new \xE2\x82\xAC\n";
+    ASSERT_EQ(message->setTextContent(resourceOver(text).get(), nullptr, "utf-8"), kVoSuccess);
+    MessageFixture again(written(*message));
+    EXPECT_STREQ(again->getCharset(), "utf-8");
+    EXPECT_EQ(contentOf(*again), "new \xE2\x82\xAC\r\n");
+  }
+}
+
+// A delimiter line in the content would end its part, and a carriage return at its end would join the line feed of the
+// delimiter, if nobody took care; binary content must come back exactly in all encodings.
+TEST(MessageEdit, AnyContentReadsBackInAnyEncoding) {
+  using namespace std::string_literals;
+  const std::string contents[] = {"x\r\n--b\r\ny\r\n--o--\r\n",
+                                  "--b",
+                                  "a\nb\n",
+                                  "a\rb\r",
+                                  "\0\0\r\n\n"s,
+                                  "blanks \t\r\n at \r\n ends ",
+                                  "\r\n\r\n",
+                                  std::string(300, 'x'),
+                                  "begin 644 x\r\n=41=\r\n"};
+  for (const std::string& lineEnd : {"\r\n"s, "\n"s, "\r"s})
+    for (const char* encoding : {"base64", "quoted-printable", "7bit", "8bit", "binary", "x-uuencode", "mac-binhex40"})
+      for (std::string content : contents) {
+        SCOPED_TRACE(encoding + (": " + testing::PrintToString(content)) + testing::PrintToString(lineEnd));
+        std::string text;
+        for (const char* line :
+             {"Content-Type: multipart/mixed; boundary=o", "", "--o", "Content-Type: multipart/mixed; boundary=b", "",
+              "--b", "Content-Type: application/octet-stream", "", "one", "--b", "", "two", "--b--", "--o--"})
+          text += line + lineEnd;
+        MessageFixture message(text);
+        ASSERT_EQ(entitiesOf(*message)[2]->setContent(resourceOver(content).get(), nullptr, encoding), kVoSuccess);
+        MessageFixture again(written(*message));
+        ASSERT_EQ(entitiesOf(*again).size(), 4u) << written(*message);
+        EXPECT_EQ(contentOf(*entitiesOf(*again)[2]), content) << written(*message);
+        EXPECT_EQ(contentOf(*entitiesOf(*again)[3]), "two");
+      }
+}
+
+TEST(MessageEdit, AMessageCanBeAttachedToItsOwnCopy) {
+  MessageFixture message(kTwoParts);
+  ASSERT_EQ(message->appendChildEntity(message->split()), kVoSuccess);
+  MessageFixture again(written(*message));
+  std::vector<std::string> contents;
+  for (VoMsgEntity* entity : entitiesOf(*again))
+    if (!entity->isMultipartEntity() && !entity->hasChildEntity()) contents.push_back(contentOf(*entity));
+  EXPECT_EQ(contents, (std::vector<std::string>{"one", "two", "one", "two"})) << written(*message);
+}
+
+TEST(MessageEdit, ARelabelledMultipartKeepsItsBytes) {
+  MessageFixture message(kTwoParts);
+  ASSERT_EQ(message->setHeaderValue("Content-Type", "text/plain", "us-ascii", nullptr), kVoSuccess);
+  ASSERT_EQ(message->appendChildEntity(newPart("new")), kVoSuccess);
+  const std::string body = std::string(kTwoParts).substr(std::string(kTwoParts).find("\r\n\r\n") + 4);
+  EXPECT_NE(written(*message).find(body), std::string::npos) << written(*message);
+  MessageFixture again(written(*message));
+  EXPECT_EQ(contentOf(*again->getChildEntityAt(1)), "new");
+}
+
+TEST(MessageEdit, AResourceNameNamesThePart) {
+  struct Row {
+    const char *header, *type, *name, *filename;
+  };
+  for (const Row& row : {Row{"", "text/plain", "n.txt", nullptr}, Row{"", "image/png", "n.txt", "n.txt"},
+                         Row{"Content-Disposition: inline\r\n", "text/plain", "n.txt", "n.txt"}}) {
+    MessageFixture message(std::string(row.header) + "\r\nbody");
+    std::string content = "x";
+    const auto resource = resourceOver(content);
+    resource->setResourceName("n.txt", "us-ascii");
+    ASSERT_EQ(message->setContent(resource.get(), row.type, "base64"), kVoSuccess);
+    EXPECT_STREQ(message->getRawHeaderParameterValue("Content-Type", "name"), row.name);
+    EXPECT_STREQ(message->getRawHeaderParameterValue("Content-Disposition", "filename"), row.filename);
+  }
+}
+
 // An edited nested message is written through its part, encoded as the part declares.
 TEST(MessageEdit, NestedMessagesAreEncodedAgain) {
   for (const bool base64 : {false, true}) {

@@ -87,12 +87,18 @@ class VOMSG_API VoMsgEntity {
   virtual unsigned getContentSize() const = 0;                     // bytes of the decoded content
 
   // --- content. Getters report through `err` and return a resource that the entity keeps (borrowed, valid until
-  // the content changes); with a `target` the content goes there and the target is returned. Null on failure.
+  // the content changes; a converted text only until a text in another charset is asked for, be it of a copy made by
+  // split() that still shares the body). With a `target` the content goes there and the target is returned. Null on
+  // failure. A text that cannot be converted comes as it is.
   virtual const VoMsgResourceLocator* getContent(int& err, const VoMsgResourceLocator* target) = 0;
   virtual const VoMsgResourceLocator* getTextContent(int& err, const VoMsgResourceLocator* target,
                                                      const char* charset) = 0;
   virtual const VoMsgResourceLocator* getRawContent(int& err, const VoMsgResourceLocator* target) = 0;
-  // Setters copy what they need at once; the caller keeps its resource. They return a VoErrorCode.
+  // Setters copy what they need at once; the caller keeps its resource. What they set reads back byte for byte: where
+  // the encoding asked for cannot say it, or would leave a delimiter line of a multipart around, base64 is declared
+  // and used instead. A text, whose line ends become CR LF, goes into the declared charset when that loses nothing,
+  // and is labelled with the given one otherwise; UTF-16 and UTF-32 become UTF-8. kVoBadArgument: no content;
+  // kVoNoContent: a multipart; kVoBadEncoding: no such encoding.
   virtual VoErrorCode setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding) = 0;
   virtual VoErrorCode setTextContent(VoMsgResourceLocator* content, const char* contentType, const char* charset) = 0;
   virtual VoErrorCode setRawContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding) = 0;

@@ -33,6 +33,11 @@ constexpr char kLogSource[] = "VoMsgRfc822Entity";
 bool isEmlName(std::string_view name) { return name.size() >= 5 && endsWithNoCase(name, ".eml"); }
 bool isTnefName(std::string_view name) { return equalNoCase(name, "winmail.dat"); }
 
+// What a multipart, or a part with a message in it, hands down for 8-bit names in the blocks below.
+std::string_view inheritedCharset(std::string_view declared) {
+  return equalNoCase(declared, "us-ascii") ? std::string_view() : declared;
+}
+
 // Puts the reader back where it stood, whatever looked at the source meanwhile.
 class PositionKeeper {
  public:
@@ -56,7 +61,10 @@ MessageParser::MessageParser(VoMsgRfc822Entity& root, const VoObjectStub<Message
       mTag(root._getUUIDString()),
       mRootLevel(static_cast<int>(root.getNestingLevel())),
       // The tree's root is not counted, so its parts are on its own level.
-      mPartLevel(mRootLevel + (root.getParentEntity() ? 1 : 0)) {}
+      mPartLevel(mRootLevel + (root.getParentEntity() ? 1 : 0)) {
+  const auto* const part = dynamic_cast<VoMsgRfc822Entity*>(root.getParentEntity());
+  if (part && part->mHeader.getObject()) mRootCharset = inheritedCharset(viewOf(part->getCharset()));
+}
 
 VoErrorCode MessageParser::parse() {
   VoErrorCode code = _parseEntity(mRoot);
@@ -125,8 +133,7 @@ VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
   for (std::size_t i = 0; i < type.count; ++i)
     if (equalNoCase(type.parameters[i].name, "boundary")) boundary = &type.parameters[i];
   OpenMultipart open{&entity, {}, entity.mBelowSigned || equalNoCase(type.value, "multipart/signed"), false, 0, 0};
-  if (const StructuredParameter* const charset = type.find("charset"))
-    if (!equalNoCase(charset->value, "us-ascii")) open.charset = charset->value;
+  if (const StructuredParameter* const charset = type.find("charset")) open.charset = inheritedCharset(charset->value);
   mBoundaries.push(boundary->value);
   mOpen.push_back(std::move(open));
   entity.mIsMultipartBody = true;
@@ -148,7 +155,7 @@ void MessageParser::takeHeaderRange(VoMsgRfc822Entity& entity) {
 // Tests the block and settles what is odd about it. The fields are built at once where building them later could
 // give something else: when the parser corrects them, or when they depend on what is around the block.
 VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& multipart) {
-  const std::string inherited = mOpen.empty() ? std::string() : mOpen.back().charset;
+  const std::string& inherited = mOpen.empty() ? mRootCharset : mOpen.back().charset;
   const auto build = [&]() -> VoMsgEntityHeader& {
     const PositionKeeper keeper(mReader);
     return *entity._buildHeader(inherited.empty() ? "us-ascii" : inherited.c_str());
@@ -302,6 +309,10 @@ VoErrorCode MessageParser::readNested(VoMsgRfc822Entity& entity) {
 // A message that lies in its part as it is is read in place; an encoded one from a decoded copy of its own.
 VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
   VO_LOG(9, mTag, "begin: _parseRfc822Message");
+  if (mSurvey.hasContentType && mSurvey.contentType.find("charset")) {  // which the message inherits
+    const PositionKeeper keeper(mReader);
+    entity.getEntityHeader();
+  }
   std::unique_ptr<VoMsgResourceLocator> content;
   if (mPlan.encoding == TransferEncoding::identity) {
     VoObjectStub<VoMsgResourceLocator> whole(mSource.getObject()->sharedResource());

@@ -67,9 +67,10 @@ class MessageParser {
   VoMsgRfc822Entity& mRoot;
   const VoObjectStub<MessageSource>& mSource;
   VoMsgBufferedReader& mReader;
-  const char* mTag;  // for log lines
-  int mRootLevel;    // nesting level of the message itself
-  int mPartLevel;    // nesting level of its parts
+  const char* mTag;          // for log lines
+  std::string mRootCharset;  // what the message inherits from the part it lies in; empty: us-ascii
+  int mRootLevel;            // nesting level of the message itself
+  int mPartLevel;            // nesting level of its parts
   BoundaryTable mBoundaries;
   std::vector<OpenMultipart> mOpen;
   HeaderSurvey mSurvey;

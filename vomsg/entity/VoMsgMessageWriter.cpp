@@ -122,16 +122,21 @@ VoErrorCode MessageWriter::writeHeader(VoMsgRfc822Entity& entity) {
 }
 
 VoErrorCode MessageWriter::writeLeaf(VoMsgRfc822Entity& entity, std::uint64_t end) {
-  if (VoMsgEntity* const child = entity.getChildEntity(); child && mEdited.contains(child))
-    return writeChangedChild(entity, *child);
   const VoMsgEntityBody* const body = entity.mBody.getObject();
+  // A part made around a message has no bytes but the message's.
+  if (VoMsgEntity* const child = entity.getChildEntity(); child && (mEdited.contains(child) || !entity.mHasBodyRange))
+    return writeChild(entity, *child);
   if (body && body->isNewBody()) {
     const VoMsgResourceLocator* const content = static_cast<const VoMsgSingleBody*>(body)->getNewContent();
     const unsigned size = content ? content->getSize(VoMsgResourceLocator::dataPart) : 0;
     if (size == 0) return kVoSuccess;
     const std::unique_ptr<VoMsgBufferedReader> reader(content->getInputStream(VoMsgResourceLocator::dataPart));
+    if (!reader) return kVoReadFailed;
+    const VoErrorCode code = copyRange(*reader, mOut, 0, size);
+    char last = '\0';
+    if (!voFailed(code) && moveTo(*reader, size - 1) && reader->read(&last, 1) == 1) mEndsInCr = last == '\r';
     mLineIsEnded = false;  // a line end at the end of the content is content
-    return reader ? copyRange(*reader, mOut, 0, size) : kVoReadFailed;
+    return code;
   }
   return entity.mHasBodyRange ? copySource(entity, entity.mBodyOffset, end) : kVoSuccess;
 }
@@ -144,9 +149,9 @@ TransferEncoding MessageWriter::encodingForChild(const VoMsgRfc822Entity& entity
   return transferEncodingOf(declared);
 }
 
-// A nested message, a TNEF stream or a text with attachments in it that a caller changed is written afresh and
-// encoded as its part declares.
-VoErrorCode MessageWriter::writeChangedChild(VoMsgRfc822Entity& entity, VoMsgEntity& child) {
+// A nested message, a TNEF stream or a text with attachments in it that a caller changed or added is written afresh
+// and encoded as its part declares.
+VoErrorCode MessageWriter::writeChild(VoMsgRfc822Entity& entity, VoMsgEntity& child) {
   const TransferEncoding encoding = encodingForChild(entity, child);
   mLineIsEnded = false;
   if (encoding == TransferEncoding::identity) return child._writeToResource(&mOut);
@@ -160,7 +165,8 @@ VoErrorCode MessageWriter::writeChangedChild(VoMsgRfc822Entity& entity, VoMsgEnt
     if (voFailed(code)) return code;
     if (!writer->flush()) return kVoWriteFailed;
   }
-  const VoErrorCode code = encodeTransfer(encoding, mOut, *content);
+  const VoErrorCode code =
+      encodeTransfer(encoding, mOut, *content, nullptr, child.getEntityTypeID() != kVoEntityTnefMessage);
   if (voFailed(code)) VO_LOG(1, entity._getUUIDString(), "The function replaceContent failed.");
   return code;
 }
@@ -229,6 +235,7 @@ VoErrorCode MessageWriter::afterChild(OpenMultipart& open) {
 VoErrorCode MessageWriter::separate(OpenMultipart& open) {
   if (mLineIsEnded || open.position >= open.end) return kVoSuccess;
   const std::string next = sourceBytes(*open.entity, open.position, open.position + 1);
+  if (next == "\n" && mEndsInCr) return put("\r");
   return next.empty() || isLineEnd(next[0]) ? kVoSuccess : put(open.lineEnd);
 }
 
@@ -353,11 +360,14 @@ VoErrorCode MessageWriter::copySource(const VoMsgRfc822Entity& entity, std::uint
   if (!reader) return kVoReadFailed;
   // Wherever the source has no line end before a delimiter, it ends the line before in another way.
   mLineIsEnded = true;
+  mEndsInCr = false;
   return copyRange(*reader, mOut, begin, end - begin);
 }
 
 VoErrorCode MessageWriter::put(std::string_view text) {
   if (text.empty()) return kVoSuccess;
+  if (mEndsInCr && text.front() == '\n' && !mOut.write("\r", 1)) return kVoWriteFailed;
+  mEndsInCr = false;
   mLineIsEnded = isLineEnd(text.back());
   return mOut.write(text.data(), static_cast<unsigned>(text.size())) ? kVoSuccess : kVoWriteFailed;
 }

@@ -52,7 +52,7 @@ class MessageWriter {
   VoErrorCode writeHeader(VoMsgRfc822Entity& entity);
   VoErrorCode writeLeaf(VoMsgRfc822Entity& entity, std::uint64_t end);
   static TransferEncoding encodingForChild(const VoMsgRfc822Entity& entity, const VoMsgEntity& child);
-  VoErrorCode writeChangedChild(VoMsgRfc822Entity& entity, VoMsgEntity& child);
+  VoErrorCode writeChild(VoMsgRfc822Entity& entity, VoMsgEntity& child);
   void openMultipart(VoMsgRfc822Entity& entity, std::uint64_t end);
   VoErrorCode beforeChild(OpenMultipart& open, VoMsgRfc822Entity& child);
   VoErrorCode afterChild(OpenMultipart& open);
@@ -78,6 +78,7 @@ class MessageWriter {
   std::map<MessageSource*, std::unique_ptr<OpenSource>> mSources;
   std::vector<OpenMultipart> mOpen;
   bool mLineIsEnded = true;  // what was written last needs no line end before a delimiter line
+  bool mEndsInCr = false;    // new content ends in a CR, which an LF behind it must not take for its own
 };
 
 }  // namespace vomsg::detail

@@ -7,7 +7,8 @@
 #include <string_view>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
-#include "vomsg/charset/convert/VoMsgConverterFactory.h"
+#include "vomsg/charset/convert/VoMsgTextConversion.h"
+#include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
@@ -15,11 +16,13 @@
 #include "vomsg/entity/VoMsgTextCharset.h"
 #include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBoundaryTable.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
 
 namespace {
 
@@ -27,33 +30,6 @@ using namespace vomsg::detail;
 
 constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
 constexpr std::size_t kLongestLine = 998;  // RFC 5322, section 2.1.1
-
-struct ConverterReturn {
-  void operator()(VoMsgCharsetConverter* converter) const {
-    VoMsgConverterFactory::getInstance()->destoryConverter(converter);
-  }
-};
-using Converter = std::unique_ptr<VoMsgCharsetConverter, ConverterReturn>;
-
-Converter makeConverter(const char* to, const char* from, bool substitute) {
-  return Converter(VoMsgConverterFactory::getInstance()->createConverter(to, from, substitute ? 1 : 0, '?'));
-}
-
-// Converters take a NUL for the end of the text; a body may hold some all the same, so it goes through piece by piece.
-bool convertText(VoMsgCharsetConverter& converter, std::string_view text, std::string& out) {
-  out.clear();
-  std::string piece;
-  std::string converted;
-  while (true) {
-    const std::size_t nul = text.find('\0');
-    piece.assign(text.substr(0, nul));
-    if (voFailed(converter.convert(converted, piece))) return false;
-    out += converted;
-    if (nul == text.npos) return true;
-    out += '\0';
-    text.remove_prefix(nul + 1);
-  }
-}
 
 bool readAll(const VoMsgResourceLocator& resource, std::string& text) {
   const std::unique_ptr<VoMsgBufferedReader> reader(resource.getInputStream(kData));
@@ -79,6 +55,8 @@ bool isAscii(std::string_view text) {
   return std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
 }
 
+bool isTextType(const char* type) { return !type || startsWithNoCase(type, "text/"); }
+
 bool isMailText(std::string_view text) {
   if (!isAscii(text) || text.find('\0') != text.npos) return false;
   while (!text.empty()) {
@@ -90,22 +68,60 @@ bool isMailText(std::string_view text) {
   return true;
 }
 
-// The text of `resource` with every line end as CR LF.
-VoErrorCode readText(const VoMsgResourceLocator& resource, std::string& text) {
-  std::string raw;
-  if (!readAll(resource, raw)) return kVoReadFailed;
-  text.clear();
-  text.reserve(raw.size() + raw.size() / 16);
-  std::string_view rest = raw;
-  while (!rest.empty()) {
-    const std::size_t end = rest.find_first_of("\r\n");
-    text += rest.substr(0, end);
-    if (end == rest.npos) break;
-    text += "\r\n";
-    const bool pair = rest[end] == '\r' && end + 1 < rest.size() && rest[end + 1] == '\n';
-    rest.remove_prefix(end + (pair ? 2 : 1));
+std::string withCrLf(std::string_view text) {
+  std::string out;
+  out.reserve(text.size() + text.size() / 16);
+  while (!text.empty()) {
+    const std::size_t end = text.find_first_of("\r\n");
+    out += text.substr(0, end);
+    if (end == text.npos) break;
+    out += "\r\n";
+    text.remove_prefix(end + (text.substr(end, 2) == "\r\n" ? 2 : 1));
   }
-  return kVoSuccess;
+  return out;
+}
+
+// Whether the encoded `body` holds a delimiter line of a multipart around `entity`.
+bool holdsDelimiter(const VoMsgResourceLocator& body, const VoMsgEntity& entity) {
+  const std::unique_ptr<VoMsgBufferedReader> reader(body.getInputStream(kData));
+  if (!reader) return false;
+  ReaderWindow::fill(*reader);
+  const std::string_view window = ReaderWindow::buffered(*reader);
+  const char* const end = window.data() + window.size();
+  const bool isWhole = window.size() == body.getSize(kData);
+  // Mostly there is no such line, and nothing around needs to be asked.
+  if (isWhole && !window.starts_with("--") && (window.empty() || findHyphenLine(window.data() + 1, end) == end))
+    return false;
+  BoundaryTable boundaries;
+  for (const VoMsgEntity* up = entity.getParentEntity(); up; up = up->getParentEntity())
+    if (up->isMultipartEntity()) {
+      const std::string_view boundary = viewOf(up->getRawHeaderParameterValue("Content-Type", "boundary"));
+      if (!boundary.empty()) boundaries.push(boundary);
+    }
+  return findBodyEnd(*reader, boundaries).match.type != kVoBoundaryNone;
+}
+
+// A run of 254 equal bytes comes out of the encoder as one of 255, and the check sum does not match.
+bool isGoodBinHex(const VoMsgResourceLocator& body) {
+  const std::unique_ptr<VoMsgBufferedReader> reader(body.getInputStream(kData));
+  const std::unique_ptr<VoMsgResourceLocator> decoded = temporaryResource(body.getSize(kData));
+  return reader && decoded &&
+         !voFailed(decodeTransfer(TransferEncoding::binHex, *decoded, *reader, body.getSize(kData)));
+}
+
+// A resource with `content` encoded; null, and `code`, on failure.
+std::unique_ptr<VoMsgResourceLocator> encodedBody(TransferEncoding codec, const VoMsgResourceLocator& content,
+                                                  const char* name, bool isText, VoErrorCode& code) {
+  std::unique_ptr<VoMsgResourceLocator> body = temporaryResource(content.getSize(kData));
+  if (!body) {
+    code = kVoNoMemory;
+    return nullptr;
+  }
+  body->setResourceName(content.getResourceName("us-ascii"), "us-ascii");
+  const std::unique_ptr<VoMsgBufferedWriter> writer(body->getOutputStream(kData));
+  code = writer ? encodeTransfer(codec, *writer, content, name, isText) : kVoWriteFailed;
+  if (!voFailed(code) && !writer->flush()) code = kVoWriteFailed;
+  return voFailed(code) ? nullptr : std::move(body);
 }
 
 }  // namespace
@@ -143,14 +159,18 @@ const VoMsgResourceLocator* VoMsgRfc822Entity::_getTextContent(int& err, const V
   if (!content) return nullptr;
   const VoMsgResourceLocator* result = content;
   const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    const TextCharset from = textCharsetOf(*this, content);
+    const bool isWanted = charset && !voIsEqualCharsetName(from.name.c_str(), charset);
+    VoMsgSingleBody& body = *_singleBody();
+    const std::string conversion = isWanted ? from.name + '\n' + charset : std::string();
+    if (const VoMsgResourceLocator* const kept = isWanted && !target ? body.getKeptText(conversion) : nullptr) {
+      result = kept;
+      return kVoSuccess;
+    }
     std::string text;
     std::string converted;
-    const TextCharset from = textCharsetOf(*this, content);
-    bool isConverted = false;
-    if (charset && !voIsEqualCharsetName(from.name.c_str(), charset)) {
-      const Converter converter = makeConverter(charset, from.name.c_str(), true);
-      isConverted = converter && readAll(*content, text) && convertText(*converter, text, converted);
-    }
+    const bool isConverted =
+        isWanted && readAll(*content, text) && convertWholeText(charset, from.name.c_str(), true, text, converted);
     if (!target && !isConverted) return kVoSuccess;
     if (!isConverted && !readAll(*content, converted)) return kVoReadFailed;
     if (target) {
@@ -160,7 +180,7 @@ const VoMsgResourceLocator* VoMsgRfc822Entity::_getTextContent(int& err, const V
     std::unique_ptr<VoMsgResourceLocator> kept = temporaryResource(converted.size());
     if (!kept) return kVoWriteFailed;
     const VoErrorCode written = writeAll(*kept, converted);
-    if (!voFailed(written)) result = _singleBody()->keepText(std::move(kept));
+    if (!voFailed(written)) result = body.keepText(std::move(kept), conversion);
     return written;
   });
   err = static_cast<int>(code);
@@ -221,26 +241,29 @@ VoErrorCode VoMsgRfc822Entity::_checkContentChange(VoMsgResourceLocator* content
 }
 
 // Installs `content`, encoded as `encoding` says (null: as the entity declares) unless it is already. Nothing changes
-// before the new body is complete.
+// unless all of it succeeds. Base64 stands in for an encoding that cannot say the content: one that leaves a delimiter
+// line of a multipart around the entity, which would end the part there, and BinHex where its run lengths are off.
 VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,
                                            bool isEncoded, bool takeName) {
-  const VoErrorCode checked = _checkContentChange(content, contentType, encoding);
-  if (voFailed(checked)) return checked;
+  VoErrorCode code = _checkContentChange(content, contentType, encoding);
+  if (voFailed(code)) return code;
   const TransferEncoding codec =
       isEncoded ? TransferEncoding::identity : transferEncodingOf(encoding ? encoding : getEncoding());
-  std::unique_ptr<VoMsgResourceLocator> body = temporaryResource(content->getSize(kData));
-  if (!body) return kVoNoMemory;
-  body->setResourceName(content->getResourceName("us-ascii"), "us-ascii");
-  {
-    const std::unique_ptr<VoMsgBufferedWriter> writer(body->getOutputStream(kData));
-    if (!writer) return kVoWriteFailed;
-    const char* const ownName = takeName && *content->getResourceName(nullptr) ? nullptr : getFileName("utf-8");
-    const VoErrorCode encoded = encodeTransfer(codec, *writer, *content, ownName);
-    if (voFailed(encoded)) return encoded;
-    if (!writer->flush()) return kVoWriteFailed;
+  const char* const ownName = takeName && *content->getResourceName(nullptr) ? nullptr : getFileName("utf-8");
+  const bool isText = isTextType(contentType ? contentType : getContentType());
+  std::unique_ptr<VoMsgResourceLocator> body = encodedBody(codec, *content, ownName, isText, code);
+  if (body && !isEncoded && codec != TransferEncoding::base64 &&
+      (holdsDelimiter(*body, *this) || (codec == TransferEncoding::binHex && !isGoodBinHex(*body)))) {
+    encoding = "base64";
+    body = encodedBody(TransferEncoding::base64, *content, nullptr, isText, code);
   }
-  const VoErrorCode described = _describeContent(content, contentType, encoding, takeName);
-  if (voFailed(described)) return described;
+  if (!body) return code;
+  std::unique_ptr<VoMsgEntityHeader> former(getEntityHeader()->newCopy());
+  code = _describeContent(content, contentType, encoding, takeName);
+  if (voFailed(code)) {
+    mHeader.setNewObject(former.release());
+    return code;
+  }
   _freeTree();
   static_cast<VoMsgSingleBody*>(_createEntityBody(false))->setNewContent(std::move(body));
   return kVoSuccess;
@@ -261,7 +284,7 @@ VoErrorCode VoMsgRfc822Entity::_describeContent(VoMsgResourceLocator* content, c
   if (contentType && !equalNoCase(viewOf(getContentType()), contentType) &&
       voFailed(setHeaderValue("Content-Type", contentType, "us-ascii", nullptr)))
     return kVoContentHeaderFailed;
-  const bool isText = !getContentType() || startsWithNoCase(getContentType(), "text/");
+  const bool isText = isTextType(getContentType());
   if (VoMsgHeaderField* const field = contentType ? getHeader("Content-Type") : nullptr) {
     if (!isText && (field->getRawParameterValue("charset") || field->hasRFC2231("charset")))
       field->removeParameter("charset");
@@ -273,34 +296,41 @@ VoErrorCode VoMsgRfc822Entity::_describeContent(VoMsgResourceLocator* content, c
     return kVoEncodingHeaderFailed;
   const char* const name = takeName ? content->getResourceName("utf-8") : "";
   if (!*name) return kVoSuccess;
-  const bool hasDisposition = getHeader("Content-Disposition") != nullptr;
-  if (!hasDisposition && isText) return kVoSuccess;
   if (getHeader("Content-Type") && voFailed(_setParameterIfChanged("Content-Type", "name", name, "utf-8")))
     return kVoContentHeaderFailed;
-  if (hasDisposition && voFailed(_setParameterIfChanged("Content-Disposition", "filename", name, "utf-8")))
-    return kVoContentHeaderFailed;
-  return kVoSuccess;
+  if (!getHeader("Content-Disposition")) {
+    if (isText) return kVoSuccess;  // shown, not saved
+    if (voFailed(setHeaderValue("Content-Disposition", "attachment", "us-ascii", nullptr)))
+      return kVoContentHeaderFailed;
+  }
+  return voFailed(_setParameterIfChanged("Content-Disposition", "filename", name, "utf-8")) ? kVoContentHeaderFailed
+                                                                                            : kVoSuccess;
 }
 
 // The text goes into the declared charset when that loses nothing; otherwise it stays as it is, and `charset` is
-// declared. A transfer encoding is kept when it can say any text, else the text decides.
+// declared. UTF-16 and UTF-32, of which no line of mail can be made, become UTF-8. A transfer encoding is kept when it
+// can say any text, else the text decides.
 VoErrorCode VoMsgRfc822Entity::_setTextContent(VoMsgResourceLocator* content, const char* contentType,
                                                const char* charset, VoMsgReplaceOption option) {
   if (!content) return kVoBadArgument;
   if (isMultipartEntity() || startsWithNoCase(viewOf(contentType), "multipart/")) return kVoNoContent;
   std::string text;
-  const VoErrorCode code = readText(*content, text);
-  if (voFailed(code)) return code;
-  const std::string declared(viewOf(getCharset()));
-  std::string label = declared;
-  if (charset && !voIsEqualCharsetName(charset, declared.c_str())) {
-    std::string converted;
-    const char* const target = declared.empty() ? "us-ascii" : declared.c_str();
-    const Converter converter = option == kVoReplaceUseCharset ? nullptr : makeConverter(target, charset, false);
-    if (converter && convertText(*converter, text, converted))
-      text = std::move(converted);
+  std::string converted;
+  if (!readAll(*content, text)) return kVoReadFailed;
+  std::string label(viewOf(getCharset()));
+  std::string source = charset ? charset : label;
+  if (decodeWideText(source.c_str(), text, converted)) {
+    text.swap(converted);
+    source = "utf-8";
+  }
+  if (voIsUnicode(label.c_str())) label = "utf-8";
+  text = withCrLf(text);
+  if (!source.empty() && !voIsEqualCharsetName(source.c_str(), label.c_str())) {
+    const char* const target = label.empty() ? "us-ascii" : label.c_str();
+    if (option != kVoReplaceUseCharset && convertWholeText(target, source.c_str(), false, text, converted))
+      text.swap(converted);
     else
-      label = charset;
+      label = source;
   }
   const TransferEncoding present = transferEncodingOf(getEncoding());
   const char* encoding = nullptr;
@@ -308,10 +338,10 @@ VoErrorCode VoMsgRfc822Entity::_setTextContent(VoMsgResourceLocator* content, co
     const bool isDeclared = getEncoding() != nullptr;
     encoding = !isMailText(text) ? "quoted-printable" : isDeclared ? "7bit" : nullptr;
   }
-  VoMsgMemoryResource converted(text.data(), static_cast<unsigned>(text.size()), nullptr, nullptr);
+  VoMsgMemoryResource encoded(text.data(), static_cast<unsigned>(text.size()), nullptr, nullptr);
   const char* type = contentType;
   if (!type && !getContentType()) type = "text/plain";
-  const VoErrorCode installed = _setContent(&converted, type, encoding, false, false);
+  const VoErrorCode installed = _setContent(&encoded, type, encoding, false, false);
   if (voFailed(installed) || label.empty() || label == viewOf(getCharset())) return installed;
   return voFailed(setHeaderParameterValue("Content-Type", "charset", label.c_str(), "us-ascii", nullptr))
              ? kVoContentParameterFailed
@@ -350,12 +380,12 @@ VoErrorCode VoMsgRfc822Entity::replaceTextContent(VoMsgResourceLocator* content,
 
 VoErrorCode VoMsgRfc822Entity::setAttachment(VoMsgResourceLocator* content) {
   const VoErrorCode code = guarded([&]() -> VoErrorCode {
-    const VoErrorCode checked = _checkContentChange(content, nullptr, "base64");
-    if (voFailed(checked)) return checked;
-    if (!equalNoCase(viewOf(getRawHeaderValue("Content-Disposition")), "attachment") &&
-        voFailed(setHeaderValue("Content-Disposition", "attachment", "us-ascii", nullptr)))
-      return kVoContentHeaderFailed;
-    return _setContent(content, getContentType() ? nullptr : "application/octet-stream", "base64", false, true);
+    const VoErrorCode installed =
+        _setContent(content, getContentType() ? nullptr : "application/octet-stream", "base64", false, true);
+    if (voFailed(installed) || equalNoCase(viewOf(getRawHeaderValue("Content-Disposition")), "attachment"))
+      return installed;
+    return voFailed(setHeaderValue("Content-Disposition", "attachment", "us-ascii", nullptr)) ? kVoContentHeaderFailed
+                                                                                              : kVoSuccess;
   });
   return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
 }

@@ -336,6 +336,8 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
   if (i != kAtEnd && (wasMultipart ? i > 0 && !getChildEntityAt(i - 1) : i > 1)) return kVoOutOfRange;
   const VoErrorCode ready = wasMultipart ? _makeMultipartHeader() : _changeSingleToMulti();
   if (voFailed(ready)) return ready;
+  const VoErrorCode separated = _separateBoundaries(child);
+  if (voFailed(separated)) return separated;
   VoMsgEntity* added = child;
   if (child->getEntityTypeID() & kVoEntityIsMessage) added = child->createWrapperEntity();
   if (!added) return kVoNoMemory;
@@ -458,9 +460,12 @@ VoErrorCode VoMsgRfc822Entity::copy(VoMsgEntity* from) {
 
 void VoMsgRfc822Entity::dumpEntityInf(std::FILE* out) {
   if (!out) return;
-  _dumpEntityInf(out);
-  getEntityHeader()->dumpEntityHeader(out);
-  _body()->dumpEntityBody(out);
+  guardedOr(0, [&] {
+    _dumpEntityInf(out);
+    getEntityHeader()->dumpEntityHeader(out);
+    _body()->dumpEntityBody(out);
+    return 0;
+  });
 }
 
 // ---- steps that the message drives

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "vomsg/entity/VoMsgEntity.h"
 #include "vomsg/entity/VoMsgEntityBody.h"
@@ -112,6 +113,7 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
 
   // The header block; made from the source on first use. Borrowed, never null.
   VoMsgEntityHeader* getEntityHeader() const;
+  std::string_view _declaredBoundary() const;  // of a multipart, borrowed from its header block; else mostly empty
 
  protected:
   VoMsgRfc822Entity();
@@ -134,6 +136,7 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   VoErrorCode _makeMultipartHeader();
   VoErrorCode _editMultipartHeader();
   VoErrorCode _editMultipartHeaderParameter();
+  VoErrorCode _separateBoundaries(VoMsgEntity* child);
   VoErrorCode _removeMultipartHeader(std::unique_ptr<VoMsgEntityHeader> former);
   VoErrorCode _changeMultipartForEmbeded(std::unique_ptr<VoMsgMimeEntity>& first);
   static void _createBoundary(char* buffer, unsigned length);

@@ -2,7 +2,8 @@
 
 #include <cstdlib>
 #include <memory>
-#include <vector>
+#include <string_view>
+#include <unordered_set>
 
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
@@ -24,11 +25,14 @@ constexpr char kBoundaryCharacters[] = "0123456789abcdefghijklmnopqrstuvwxyzABCD
 
 bool isContentField(const VoMsgHeaderField& field) { return startsWithNoCase(viewOf(field.getName()), "content-"); }
 
-bool holdsBoundary(VoMsgEntity* root, std::string_view boundary) {
+// The boundaries that the multiparts of a subtree declare. Borrowed from the header blocks.
+std::unordered_set<std::string_view> boundariesIn(VoMsgEntity* root) {
+  std::unordered_set<std::string_view> boundaries;
   VoMsgEntityIterator walk(root);
   for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
-    if (viewOf(entity->getRawHeaderParameterValue("Content-Type", "boundary")) == boundary) return true;
-  return false;
+    if (const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity))
+      if (const std::string_view boundary = mime->_declaredBoundary(); !boundary.empty()) boundaries.insert(boundary);
+  return boundaries;
 }
 
 }  // namespace
@@ -66,12 +70,30 @@ VoErrorCode VoMsgRfc822Entity::_editMultipartHeaderParameter() {
   char boundary[kBoundaryStart.size() + kDrawnCharacters + 1];
   VoMsgEntity* root = this;
   while (root->getParentEntity()) root = root->getParentEntity();
+  const auto present = boundariesIn(root);
   do {
     _createBoundary(boundary, sizeof boundary);
-  } while (holdsBoundary(root, boundary));
+  } while (present.contains(boundary));
   return voFailed(setHeaderParameterValue("Content-Type", "boundary", boundary, "us-ascii", nullptr))
              ? kVoContentParameterFailed
              : kVoSuccess;
+}
+
+// Without looking at the header blocks of leaves, which need not be made for this.
+std::string_view VoMsgRfc822Entity::_declaredBoundary() const {
+  return mIsMultipartBody || mHeader.getObject() ? viewOf(getBoundary()) : std::string_view();
+}
+
+// A child that was made elsewhere may hold multiparts with the boundary of one around it, as when a message is
+// attached to its own copy; its delimiters would then end the outer one's parts.
+VoErrorCode VoMsgRfc822Entity::_separateBoundaries(VoMsgEntity* child) {
+  const auto present = boundariesIn(child);
+  VoErrorCode code = kVoSuccess;
+  if (present.empty()) return code;
+  for (VoMsgEntity* up = this; up && !voFailed(code); up = up->getParentEntity())
+    if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(up))
+      if (present.contains(mime->_declaredBoundary())) code = mime->_editMultipartHeaderParameter();
+  return code;
 }
 
 // Puts the fields back that described the leaf, when it could not become a multipart after all.

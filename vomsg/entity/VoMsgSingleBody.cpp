@@ -102,9 +102,15 @@ void VoMsgSingleBody::dropDecodedCopies() {
   mpText.reset();
 }
 
-const VoMsgResourceLocator* VoMsgSingleBody::keepText(std::unique_ptr<VoMsgResourceLocator> text) {
+const VoMsgResourceLocator* VoMsgSingleBody::keepText(std::unique_ptr<VoMsgResourceLocator> text,
+                                                      const std::string& conversion) {
+  mTextConversion = conversion;
   mpText = std::move(text);
   return mpText.get();
+}
+
+const VoMsgResourceLocator* VoMsgSingleBody::getKeptText(const std::string& conversion) const {
+  return mTextConversion == conversion ? mpText.get() : nullptr;
 }
 
 const char* VoMsgSingleBody::keepTextCharset(const std::string& name) {

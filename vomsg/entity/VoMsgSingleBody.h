@@ -35,7 +35,9 @@ class VOMSG_API VoMsgSingleBody : public VoMsgEntityBody {
   void dropDecodedCopies();
 
   // Keep the last converted text and charset name for the caller who borrows them; never taken for the content.
-  const VoMsgResourceLocator* keepText(std::unique_ptr<VoMsgResourceLocator> text);
+  // `conversion` says from which charset into which; asked for again, the text is there.
+  const VoMsgResourceLocator* keepText(std::unique_ptr<VoMsgResourceLocator> text, const std::string& conversion);
+  const VoMsgResourceLocator* getKeptText(const std::string& conversion) const;
   const char* keepTextCharset(const std::string& name);
 
  private:
@@ -48,5 +50,6 @@ class VOMSG_API VoMsgSingleBody : public VoMsgEntityBody {
   std::unique_ptr<VoMsgResourceLocator> mpDecoded;
   std::unique_ptr<VoMsgResourceLocator> mpRaw;
   std::unique_ptr<VoMsgResourceLocator> mpText;
+  std::string mTextConversion;
   std::string mTextCharset;
 };

@@ -12,7 +12,6 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
-#include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
 namespace vomsg::detail {
@@ -59,31 +58,6 @@ VoErrorCode copyBytes(VoMsgBufferedReader& source, VoMsgBufferedWriter& target, 
   const VoErrorCode code = copyRange(source, target, source.getOffset(), length);
   if (voFailed(code)) return code;
   return target.flush() ? kVoSuccess : kVoWriteFailed;
-}
-
-bool endsInLineFeed(const VoMsgResourceLocator& resource) {
-  const std::unique_ptr<VoMsgBufferedReader> reader(resource.getInputStream(VoMsgResourceLocator::dataPart));
-  const unsigned size = resource.getSize(VoMsgResourceLocator::dataPart);
-  char last = '\0';
-  return reader && size > 0 && moveTo(*reader, size - 1) && reader->read(&last, 1) == 1 && last == '\n';
-}
-
-// The encoder ends its output in CR LF even when the text does not; kept, that line end would be read back as text.
-VoErrorCode encodeOpenText(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source) {
-  const std::uint64_t size = source.getSize(VoMsgResourceLocator::dataPart);
-  const std::unique_ptr<VoMsgResourceLocator> encoded(
-      VoMsgResourceManager::createTmpResource(static_cast<unsigned>(std::min<std::uint64_t>(3 * size, 0xFFFFFFFFu))));
-  if (!encoded) return kVoNoMemory;
-  {
-    const std::unique_ptr<VoMsgBufferedWriter> writer(encoded->getOutputStream(VoMsgResourceLocator::dataPart));
-    if (!writer) return kVoWriteFailed;
-    const VoErrorCode code = voEncodeQuotedPrintable(writer.get(), &source);
-    if (voFailed(code)) return code;
-  }
-  const std::unique_ptr<VoMsgBufferedReader> reader(encoded->getInputStream(VoMsgResourceLocator::dataPart));
-  const unsigned written = encoded->getSize(VoMsgResourceLocator::dataPart);
-  if (written < 2) return kVoSuccess;
-  return reader ? copyBytes(*reader, target, written - 2) : kVoReadFailed;
 }
 
 }  // namespace
@@ -144,21 +118,22 @@ VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source,
 }
 
 VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source,
-                           const char* name) {
+                           const char* name, bool isText) {
   switch (encoding) {
     case TransferEncoding::base64:
       return voEncodeBase64(&target, &source);
-    case TransferEncoding::quotedPrintable:
-      return endsInLineFeed(source) ? voEncodeQuotedPrintable(&target, &source) : encodeOpenText(target, source);
     case TransferEncoding::uuencode:
       return encodeUUEncode(target, source, name);
     case TransferEncoding::binHex:
       return encodeBinHex(target, source, name);
+    case TransferEncoding::quotedPrintable:
     case TransferEncoding::identity:
       break;
   }
   const std::unique_ptr<VoMsgBufferedReader> reader(source.getInputStream(VoMsgResourceLocator::dataPart));
   if (!reader) return source.getSize(VoMsgResourceLocator::dataPart) == 0 ? kVoSuccess : kVoReadFailed;
+  if (encoding == TransferEncoding::quotedPrintable)
+    return encodeQuotedPrintableExactly(target, *reader, isText) ? kVoSuccess : kVoWriteFailed;
   return copyBytes(*reader, target, source.getSize(VoMsgResourceLocator::dataPart));
 }
 

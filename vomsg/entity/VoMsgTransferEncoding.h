@@ -25,8 +25,9 @@ VoErrorCode decodeTransfer(TransferEncoding encoding, VoMsgResourceLocator& targ
 // The number of bytes that would give.
 VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source, std::uint32_t length, unsigned& size);
 // Encodes all of `source`, such that decoding gives exactly the same bytes wherever the encoding can say them. Where
-// the encoding carries a file name, it is `name`, or that of `source` when `name` is null.
+// the encoding carries a file name, it is `name`, or that of `source` when `name` is null. Line ends of a text stay
+// line ends in quoted-printable.
 VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source,
-                           const char* name = nullptr);
+                           const char* name = nullptr, bool isText = true);
 
 }  // namespace vomsg::detail
