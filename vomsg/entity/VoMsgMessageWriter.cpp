@@ -165,8 +165,9 @@ VoErrorCode MessageWriter::writeChild(VoMsgRfc822Entity& entity, VoMsgEntity& ch
     if (voFailed(code)) return code;
     if (!writer->flush()) return kVoWriteFailed;
   }
+  const bool isTnef = child.getEntityTypeID() == kVoEntityTnefMessage;
   const VoErrorCode code =
-      encodeTransfer(encoding, mOut, *content, nullptr, child.getEntityTypeID() != kVoEntityTnefMessage);
+      encodeTransfer(encoding, mOut, *content, nullptr, isTnef ? std::string_view() : lineEndOf(entity));
   if (voFailed(code)) VO_LOG(1, entity._getUUIDString(), "The function replaceContent failed.");
   return code;
 }
@@ -380,15 +381,7 @@ std::string MessageWriter::sourceBytes(const VoMsgRfc822Entity& entity, std::uin
   return bytes;
 }
 
-// Lines that are added end as the empty line of the header block does.
-std::string_view MessageWriter::lineEndOf(const VoMsgRfc822Entity& entity) {
-  if (!entity.mHasHeaderRange || entity.mHeaderSize == 0) return "\r\n";
-  const std::uint64_t end = std::uint64_t{entity.mHeaderOffset} + entity.mHeaderSize;
-  const std::string bytes = sourceBytes(entity, end - std::min(2u, entity.mHeaderSize), end);
-  if (bytes.empty() || !isLineEnd(bytes.back())) return "\r\n";
-  if (bytes.back() == '\r') return "\r";
-  return bytes == "\r\n" ? "\r\n" : "\n";
-}
+std::string_view MessageWriter::lineEndOf(const VoMsgRfc822Entity& entity) { return entity._lineEnd(readerOf(entity)); }
 
 // The boundary that the delimiter lines of the source carry.
 std::string MessageWriter::sourceBoundaryOf(const VoMsgRfc822Entity& entity) {

@@ -111,7 +111,7 @@ bool isGoodBinHex(const VoMsgResourceLocator& body) {
 
 // A resource with `content` encoded; null, and `code`, on failure.
 std::unique_ptr<VoMsgResourceLocator> encodedBody(TransferEncoding codec, const VoMsgResourceLocator& content,
-                                                  const char* name, bool isText, VoErrorCode& code) {
+                                                  const char* name, std::string_view lineEnd, VoErrorCode& code) {
   std::unique_ptr<VoMsgResourceLocator> body = temporaryResource(content.getSize(kData));
   if (!body) {
     code = kVoNoMemory;
@@ -119,7 +119,7 @@ std::unique_ptr<VoMsgResourceLocator> encodedBody(TransferEncoding codec, const 
   }
   body->setResourceName(content.getResourceName("us-ascii"), "us-ascii");
   const std::unique_ptr<VoMsgBufferedWriter> writer(body->getOutputStream(kData));
-  code = writer ? encodeTransfer(codec, *writer, content, name, isText) : kVoWriteFailed;
+  code = writer ? encodeTransfer(codec, *writer, content, name, lineEnd) : kVoWriteFailed;
   if (!voFailed(code) && !writer->flush()) code = kVoWriteFailed;
   return voFailed(code) ? nullptr : std::move(body);
 }
@@ -250,12 +250,14 @@ VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const 
   const TransferEncoding codec =
       isEncoded ? TransferEncoding::identity : transferEncodingOf(encoding ? encoding : getEncoding());
   const char* const ownName = takeName && *content->getResourceName(nullptr) ? nullptr : getFileName("utf-8");
+  const OpenSource source(mMessageSource.getObject());
   const bool isText = isTextType(contentType ? contentType : getContentType());
-  std::unique_ptr<VoMsgResourceLocator> body = encodedBody(codec, *content, ownName, isText, code);
+  const std::string_view lineEnd = isText ? _lineEnd(source.reader()) : std::string_view();
+  std::unique_ptr<VoMsgResourceLocator> body = encodedBody(codec, *content, ownName, lineEnd, code);
   if (body && !isEncoded && codec != TransferEncoding::base64 &&
       (holdsDelimiter(*body, *this) || (codec == TransferEncoding::binHex && !isGoodBinHex(*body)))) {
     encoding = "base64";
-    body = encodedBody(TransferEncoding::base64, *content, nullptr, isText, code);
+    body = encodedBody(TransferEncoding::base64, *content, nullptr, lineEnd, code);
   }
   if (!body) return code;
   std::unique_ptr<VoMsgEntityHeader> former(getEntityHeader()->newCopy());

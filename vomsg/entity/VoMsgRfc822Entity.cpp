@@ -386,6 +386,17 @@ bool VoMsgRfc822Entity::_isModified() {
 
 // ---- the body object
 
+std::string_view VoMsgRfc822Entity::_lineEnd(VoMsgBufferedReader* reader) const {
+  const std::uint32_t length = std::min(2u, mHeaderSize);
+  char last[2];
+  if (!reader || !mHasHeaderRange || length == 0 ||
+      !moveTo(*reader, std::uint64_t{mHeaderOffset} + mHeaderSize - length) || reader->read(last, length) != length)
+    return "\r\n";
+  const std::string_view bytes(last, length);
+  if (!isLineEnd(bytes.back()) || bytes == "\r\n") return "\r\n";
+  return bytes.back() == '\r' ? "\r" : "\n";
+}
+
 VoMsgEntityBody* VoMsgRfc822Entity::_body() const {
   if (VoMsgEntityBody* const body = mBody.getObject()) return body;
   std::unique_ptr<VoMsgEntityBody> body;

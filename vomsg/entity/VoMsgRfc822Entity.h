@@ -124,6 +124,8 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   friend class vomsg::detail::EditUndo;
 
   VoMsgEntityHeader* _buildHeader(const char* defaultCharset) const;
+  // What ends a line that is added: what ends the header block, of whose source `reader` is a reader.
+  std::string_view _lineEnd(VoMsgBufferedReader* reader) const;
   VoMsgEntityBody* _body() const;
   VoMsgSingleBody* _singleBody() const;  // null for a multipart
   // Makes a new body when there is none, when it is shared, or when it is of the other kind.

@@ -118,7 +118,7 @@ VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source,
 }
 
 VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source,
-                           const char* name, bool isText) {
+                           const char* name, std::string_view lineEnd) {
   switch (encoding) {
     case TransferEncoding::base64:
       return voEncodeBase64(&target, &source);
@@ -133,7 +133,7 @@ VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& targe
   const std::unique_ptr<VoMsgBufferedReader> reader(source.getInputStream(VoMsgResourceLocator::dataPart));
   if (!reader) return source.getSize(VoMsgResourceLocator::dataPart) == 0 ? kVoSuccess : kVoReadFailed;
   if (encoding == TransferEncoding::quotedPrintable)
-    return encodeQuotedPrintableExactly(target, *reader, isText) ? kVoSuccess : kVoWriteFailed;
+    return encodeQuotedPrintableExactly(target, *reader, lineEnd) ? kVoSuccess : kVoWriteFailed;
   return copyBytes(*reader, target, source.getSize(VoMsgResourceLocator::dataPart));
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "vomsg/foundation/VoErrorCode.h"
 
@@ -28,6 +29,6 @@ VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source,
 // the encoding carries a file name, it is `name`, or that of `source` when `name` is null. Line ends of a text stay
 // line ends in quoted-printable.
 VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source,
-                           const char* name = nullptr, bool isText = true);
+                           const char* name = nullptr, std::string_view lineEnd = "\r\n");
 
 }  // namespace vomsg::detail
