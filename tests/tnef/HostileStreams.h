@@ -25,24 +25,26 @@ inline std::string valueList(unsigned type, unsigned id, unsigned claimed, unsig
   return stream(record(0x9003, le32(1) + le16(type) + le16(id) + le32(claimed) + repeated(n, value)));
 }
 
+// A list of properties that are all the same.
+inline std::string propertyList(unsigned claimed, unsigned n, const std::string& property) {
+  return stream(record(0x9003, le32(claimed) + repeated(n, property)));
+}
+
 inline std::string nestedStreams(unsigned depth, const std::string& records) {
   std::string bytes = stream(records);
   for (unsigned i = 0; i < depth; ++i) bytes = stream(record(0x9005, list({object(0x3701, bytes)})));
   return bytes;
 }
 
+inline const std::string kNameNine = std::string(16, 's') + le32(0) + le32(9);
+
 inline const HostileShape kHostileShapes[] = {
     {"rendering records", [](unsigned n) { return stream(repeated(n, record(0x9002, ""))); }, kVoSuccess},
     {"unknown records", [](unsigned n) { return stream(repeated(n, record(0x1234, ""))); }, kVoSuccess},
     {"titles", [](unsigned n) { return stream(repeated(n, record(0x8010, "t"))); }, kVoSuccess},
     {"empty lists", [](unsigned n) { return stream(repeated(n, record(0x9005, le32(0)))); }, kVoSuccess},
-    {"numbers", [](unsigned n) { return stream(record(0x9003, le32(n) + repeated(n, property(3, 0x3705, "abcd")))); },
-     kVoSuccess},
-    {"named numbers",
-     [](unsigned n) {
-       return stream(record(
-           0x9003, le32(n) + repeated(n, property(3, 0x8000, std::string(16, 's') + le32(0) + le32(9) + "abcd"))));
-     },
+    {"numbers", [](unsigned n) { return propertyList(n, n, property(3, 0x3705, "abcd")); }, kVoSuccess},
+    {"named numbers", [](unsigned n) { return propertyList(n, n, property(3, 0x8000, kNameNine + "abcd")); },
      kVoSuccess},
     {"empty texts", [](unsigned n) { return valueList(0x101E, 0x0E04, n, n, le32(0)); }, kVoSuccess},
     {"numbers without end", [](unsigned n) { return valueList(0x1003, 0x0E04, 0xFFFFFFFF, n, "abcd"); }, kVoBadFormat},
@@ -62,8 +64,7 @@ inline const HostileShape kHostileShapes[] = {
      },
      kVoSuccess},
     {"a deep stream", [](unsigned n) { return nestedStreams(15, repeated(n, record(0x9002, ""))); }, kVoSuccess},
-    {"properties without end",
-     [](unsigned n) { return stream(record(0x9003, le32(0xFFFFFFFF) + repeated(n, property(3, 0x3705, "abcd")))); },
+    {"properties without end", [](unsigned n) { return propertyList(0xFFFFFFFF, n, property(3, 0x3705, "abcd")); },
      kVoTnefMalformed},
 };
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "tests/support/MessageFixture.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/tnef/VoMsgTnefMessage.h"
@@ -118,14 +118,7 @@ struct ReadMessage {
   VoErrorCode code;
 };
 
-inline std::string bytesOf(const VoMsgResourceLocator& resource) {
-  const std::unique_ptr<VoMsgBufferedReader> reader(resource.getInputStream(VoMsgResourceLocator::dataPart));
-  std::string bytes(reader ? reader->getSize() : 0, '\0');
-  if (reader) reader->read(bytes.data(), static_cast<unsigned>(bytes.size()));
-  return bytes;
-}
-
-// What the getters and the writer give, or the code as "81011006".
+// What the getters give, or the code as "81011006".
 inline std::string codeText(VoErrorCode code) {
   char text[9];
   std::snprintf(text, sizeof text, "%.8X", code);
@@ -138,17 +131,12 @@ inline std::string contentOf(VoMsgEntity* entity) {
   const VoMsgResourceLocator* const given = entity->getContent(code, &target);
   const VoMsgResourceLocator* const content = entity->getContent(code, nullptr);
   if (!content) return given ? "(only into a target)" : codeText(static_cast<VoErrorCode>(code));
-  return given && bytesOf(*given) == bytesOf(*content) ? bytesOf(*content) : "(not into a target)";
-}
-inline std::string written(VoMsgMailMessage& message) {
-  VoMsgMemoryResource target(0, nullptr, nullptr);
-  const VoErrorCode code = message.writeTo(&target);
-  return voFailed(code) ? codeText(code) : bytesOf(target);
+  return given && bytesOf(given) == bytesOf(content) ? bytesOf(content) : "(not into a target)";
 }
 
 inline std::unique_ptr<VoMsgMemoryResource> resourceOf(const std::string& bytes, const char* name = nullptr) {
   return std::make_unique<VoMsgMemoryResource>(const_cast<char*>(bytes.data()), static_cast<unsigned>(bytes.size()),
-                                               static_cast<signed char>(1), name, nullptr);
+                                               static_cast<signed char>(1), name, "utf-8");
 }
 
 }  // namespace vomsg::test

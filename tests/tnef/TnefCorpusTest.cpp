@@ -6,37 +6,34 @@
 
 #include "tests/support/Tools.h"
 #include "tests/tnef/StreamBuilder.h"
-#include "vomsg/foundation/VoMsgFileResource.h"
 
 namespace vomsg::test {
 namespace {
 
 using Files = std::map<std::string, std::string>;
 
-std::vector<std::filesystem::path> corpus() {
-  std::vector<std::filesystem::path> paths;
+Files filesIn(const std::string& folder) {
+  Files files;
   std::error_code ignored;
-  for (const auto& entry : std::filesystem::directory_iterator(VOMSG_TEST_CORPUS "/tnef", ignored))
-    paths.push_back(entry.path());
-  return paths;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, ignored))
+    files[entry.path().filename()] = readFile(entry.path());
+  return files;
 }
 
+Files corpus() { return filesIn(VOMSG_TEST_CORPUS "/tnef"); }
+
 // What the witness unpacks; the formatted text as "BODY.rtf".
-Files unpackedByTool(const std::string& path) {
+Files unpackedByTool(const std::string& stream) {
   const ScratchDirectory scratch;
-  runTool("tnef --ignore-cruft --overwrite --save-body=BODY --body-pref=R -C " + scratch.path + " -f " + path, "");
-  Files files;
-  for (const auto& entry : std::filesystem::directory_iterator(scratch.path))
-    files[entry.path().filename().string()] = readFile(entry.path().string());
-  return files;
+  runTool("tnef --ignore-cruft --overwrite --save-body=BODY --body-pref=R -C " + scratch.path, stream);
+  return filesIn(scratch.path);
 }
 
 Files unpackedByUs(VoMsgTnefMessage& message) {
   Files files;
   for (VoMsgEntity* child = message.getChildEntity(); child; child = child->getNextSiblingEntity()) {
-    const char* const name = child->getFileName("utf-8");
+    const char* const name = child->isContentType("text", "rtf") ? "BODY.rtf" : child->getFileName("utf-8");
     const std::string content = contentOf(child);
-    if (child->isContentType("text", "rtf")) files["BODY.rtf"] = content;
     if (name) files[name] = content == codeText(kVoNoContent) ? "" : content;
   }
   return files;
@@ -56,12 +53,12 @@ TEST(TnefCorpus, OpensAsAnIndependentProgramSees) {
   if (corpus().empty()) GTEST_SKIP() << "no real streams here";
   if (!hasTool("tnef")) GTEST_SKIP() << "the program tnef is not installed";
   int attachments = 0;
-  for (const auto& path : corpus()) {
-    SCOPED_TRACE(path.filename());
-    VoMsgTnefMessage message;
-    EXPECT_EQ(message.readFrom(new VoMsgFileResource(path.c_str(), nullptr, nullptr)), kVoSuccess);
-    Files ours = unpackedByUs(message);
-    Files theirs = unpackedByTool(path.string());
+  for (const auto& [file, bytes] : corpus()) {
+    SCOPED_TRACE(file);
+    ReadMessage read(bytes);
+    EXPECT_EQ(read.code, kVoSuccess);
+    Files ours = unpackedByUs(read.message);
+    Files theirs = unpackedByTool(bytes);
     // The compressed size that the format gives covers four bytes more than are decoded, so the text may end a few
     // characters earlier, but never before its last brace. The witness adds a NUL.
     if (theirs.count("BODY.rtf")) {
@@ -80,9 +77,8 @@ TEST(TnefCorpus, OpensAsAnIndependentProgramSees) {
 
 TEST(TnefCorpus, ComesBackUnchangedAndEditedInOneRecord) {
   if (corpus().empty()) GTEST_SKIP() << "no real streams here";
-  for (const auto& path : corpus()) {
-    SCOPED_TRACE(path.filename());
-    const std::string bytes = readFile(path.string());
+  for (const auto& [file, bytes] : corpus()) {
+    SCOPED_TRACE(file);
     ReadMessage read(bytes);
     EXPECT_EQ(written(read.message), bytes);
     for (unsigned i = 0; i < read.message.countChildEntity(); ++i) {
@@ -91,11 +87,10 @@ TEST(TnefCorpus, ComesBackUnchangedAndEditedInOneRecord) {
       const std::string old = contentOf(child);
       if (child->getTnefEntityType() != VoMsgTnefEntity::kRecord || old.size() < 20) continue;
       const std::string before = record(0x800F, old);
-      const std::string after = record(0x800F, "replaced");
       const std::size_t at = bytes.find(before);
       ASSERT_NE(at, bytes.npos);
       EXPECT_EQ(child->replaceContent(resourceOf("replaced").get(), nullptr), kVoSuccess);
-      const std::string want = bytes.substr(0, at) + after + bytes.substr(at + before.size());
+      const std::string want = bytes.substr(0, at) + record(0x800F, "replaced") + bytes.substr(at + before.size());
       EXPECT_EQ(written(edited.message), want);
       ReadMessage again(want);
       EXPECT_EQ(contentOf(again.child(i)), "replaced");

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/support/WindowStreams.h"
 #include "tests/tnef/StreamBuilder.h"
 #include "vomsg/tnef/VoMsgMapiAttachment.h"
@@ -27,90 +29,81 @@ std::string writtenBy(VoMsgMapiProperty& one, VoMsgBufferedReader& source, unsig
 
 struct Form {
   const char* name;
-  unsigned type;
+  std::vector<unsigned> types;
   std::string value;
   std::uint32_t size;
   std::uint32_t padding;
-  bool isCounted;
 };
 
 const Form kForms[] = {
-    {"I2", 0x0002, "ab\xEE\xEE", 2, 2, false},
-    {"long", 0x0003, "abcd", 4, 0, false},
-    {"R4", 0x0004, "abcd", 4, 0, false},
-    {"double", 0x0005, "abcdefgh", 8, 0, false},
-    {"currency", 0x0006, "abcdefgh", 8, 0, false},
-    {"apptime", 0x0007, "abcdefgh", 8, 0, false},
-    {"error", 0x000A, "abcd", 4, 0, false},
-    {"boolean", 0x000B, "abcd", 4, 0, false},
-    {"object of 16", 0x000D, prefixed(kInterfaceId), 16, 0, true},
-    {"object of 19", 0x000D, prefixed(kInterfaceId + "xyz"), 19, 1, true},
-    {"object of 21", 0x000D, prefixed(kInterfaceId + "xyzzy"), 21, 3, true},
-    {"empty object", 0x000D, le32(0), 0, 0, true},
-    {"I8", 0x0014, "abcdefgh", 8, 0, false},
-    {"systime", 0x0040, "abcdefgh", 8, 0, false},
-    {"clsid", 0x0048, "0123456789abcdef", 16, 0, false},
-    {"empty text", 0x001E, le32(0), 0, 0, true},
-    {"text", 0x001E, prefixed(std::string("ab\0", 3)), 3, 1, true},
-    {"unicode", 0x001F, prefixed(wide("abc")), 8, 0, true},
-    {"binary 5", 0x0102, prefixed(std::string("\0\xFFxyz", 5)), 5, 3, true},
-    {"binary 6", 0x0102, prefixed("binary"), 6, 2, true},
-    {"binary 8", 0x0102, prefixed("eight by"), 8, 0, true},
+    {"I2", {0x0002}, "ab\xEE\xEE", 2, 2},
+    {"long, R4, error, boolean", {0x0003, 0x0004, 0x000A, 0x000B}, "abcd", 4, 0},
+    {"double, currency, apptime, I8, systime", {0x0005, 0x0006, 0x0007, 0x0014, 0x0040}, "abcdefgh", 8, 0},
+    {"clsid", {0x0048}, "0123456789abcdef", 16, 0},
+    {"object of 16", {0x000D}, prefixed(kInterfaceId), 16, 0},
+    {"object of 19", {0x000D}, prefixed(kInterfaceId + "xyz"), 19, 1},
+    {"object of 21", {0x000D}, prefixed(kInterfaceId + "xyzzy"), 21, 3},
+    {"empty", {0x000D, 0x001E, 0x001F, 0x0102}, le32(0), 0, 0},
+    {"of 5", {0x001E, 0x001F, 0x0102}, prefixed(std::string("\0\xFFxyz", 5)), 5, 3},
+    {"of 6", {0x001E, 0x001F, 0x0102}, prefixed("binary"), 6, 2},
+    {"of 7", {0x001E, 0x001F, 0x0102}, prefixed(std::string("abcdef\0", 7)), 7, 1},
+    {"of 8", {0x001E, 0x001F, 0x0102}, prefixed("eight by"), 8, 0},
 };
 
-// Every form, alone and several times, over readers that show everything or single bytes; the value's last byte is the
-// last of the data.
+// A form alone or several times, over readers that show everything or single bytes; the value's last byte is the last
+// of the data. Texts, binaries and objects always have a count, numbers when they are multi-valued, but booleans and
+// errors not even then.
+void expectReadAndWritten(const Form& form, unsigned base, bool several) {
+  const bool hasLength = base == 0x000D || base == 0x001E || base == 0x001F || base == 0x0102;
+  const bool isCounted = hasLength || (several && base != 0x000A && base != 0x000B);
+  const unsigned type = several ? base | 0x1000 : base;
+  const Values values(several && isCounted ? 3 : 1, form.value);
+  const std::string bytes = isCounted ? counted(type, 0x3333, values) : property(type, 0x3333, form.value);
+  for (const std::size_t window : {std::size_t{1}, bytes.size()}) {
+    WindowReader reader(bytes, window);
+    VoMsgMapiProperty one;
+    ASSERT_EQ(readProperty(one, reader), kVoSuccess);
+    EXPECT_EQ(reader.getOffset(), bytes.size());
+    ASSERT_EQ(one.countMapiData(), values.size());
+    EXPECT_EQ(one.getMapiDataAt(0)->getDataSize(), form.size);
+    EXPECT_EQ(one.getMapiDataAt(0)->getPaddingSize(), form.padding);
+    EXPECT_EQ(one._isMultipleValue(), isCounted);
+    EXPECT_EQ(one._getSize(), bytes.size());
+    VoMsgMapiProperty copied;
+    ASSERT_TRUE(copied.copy(one));
+    unsigned short sum = 0;
+    EXPECT_EQ(writtenBy(copied, reader, &sum), bytes);
+    EXPECT_EQ(sum, sumOf(bytes));
+    if (base != 0x000D && form.size > 0) {
+      EXPECT_EQ(std::string(one.getMapiDataAt(0)->getData(), form.size),
+                form.value.substr(hasLength ? 4 : 0, form.size));
+    }
+  }
+}
+
 TEST(MapiProperty, ReadsEveryFormAndWritesItBack) {
   for (const Form& form : kForms)
-    for (const bool several : {false, true}) {
-      if (several && form.type == 0x000D) continue;
-      SCOPED_TRACE(form.name);
-      const unsigned type = several ? form.type | 0x1000 : form.type;
-      // Numbers have a count only when they are multi-valued; booleans and errors have none even then.
-      const bool isCounted = form.isCounted || (several && form.type != 0x000A && form.type != 0x000B);
-      const Values values(several && isCounted ? 3 : 1, form.value);
-      const std::string bytes = isCounted ? counted(type, 0x3333, values) : property(type, 0x3333, form.value);
-      for (const std::size_t window : {std::size_t{1}, bytes.size()}) {
-        WindowReader reader(bytes, window);
-        VoMsgMapiProperty one;
-        ASSERT_EQ(readProperty(one, reader), kVoSuccess);
-        EXPECT_EQ(reader.getOffset(), bytes.size());
-        ASSERT_EQ(one.countMapiData(), values.size());
-        EXPECT_EQ(one.getMapiDataAt(0)->getDataSize(), form.size);
-        EXPECT_EQ(one.getMapiDataAt(0)->getPaddingSize(), form.padding);
-        EXPECT_EQ(one._isMultipleValue(), isCounted);
-        EXPECT_EQ(one._getSize(), bytes.size());
-        VoMsgMapiProperty copied;
-        ASSERT_TRUE(copied.copy(one));
-        unsigned short sum = 0;
-        EXPECT_EQ(writtenBy(copied, reader, &sum), bytes);
-        EXPECT_EQ(sum, sumOf(bytes));
-        if (form.type != 0x000D && form.size > 0) {
-          const std::size_t skip = form.isCounted ? 4 : 0;
-          EXPECT_EQ(std::string(one.getMapiDataAt(0)->getData(), form.size), form.value.substr(skip, form.size));
-        }
+    for (const unsigned type : form.types)
+      for (const bool several : {false, true}) {
+        if (several && type == 0x000D) continue;  // there is no such type
+        SCOPED_TRACE(std::string(form.name) + " as " + std::to_string(type) + (several ? ", several" : ""));
+        expectReadAndWritten(form, type, several);
       }
-    }
 }
 
 TEST(MapiProperty, ReadsNamesOfBothKinds) {
-  struct Row {
-    unsigned id;
-    unsigned kind;
-    std::string name;
-  };
-  const Row rows[] = {{0x8000, 1, ""},        {0x8000, 1, "n"},          {0x8000, 1, wide("")}, {0xFFFF, 1, "odd"},
-                      {0x8001, 1, wide("n")}, {0x8000, 0, le32(0x8554)}, {0xFFFF, 7, le32(5)}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(&row - rows);
+  const std::tuple<unsigned, unsigned, std::string> rows[] = {
+      {0x8000, 1, ""},        {0x8000, 1, "n"},          {0x8000, 1, wide("")}, {0xFFFF, 1, "odd"},
+      {0x8001, 1, wide("n")}, {0x8000, 0, le32(0x8554)}, {0xFFFF, 7, le32(5)}};
+  for (const auto& [id, kind, name] : rows) {
+    SCOPED_TRACE(name);
     const std::string set = "the property set";
-    ExactReader exact(le16(0x0003) + le16(row.id) + set + le32(row.kind) +
-                      (row.kind == 1 ? prefixed(row.name) : row.name) + "abcd");
+    ExactReader exact(le16(0x0003) + le16(id) + set + le32(kind) + (kind == 1 ? prefixed(name) : name) + "abcd");
     VoMsgMapiProperty one;
     ASSERT_EQ(readProperty(one, exact.reader), kVoSuccess);
     EXPECT_EQ(std::string(one.getPropertySet(), 16), set);
-    EXPECT_EQ(one.getNameKind(), row.kind);
-    EXPECT_EQ(row.kind == 1 ? one.getNameText() : le32(one.getNameNumber()), row.name);
+    EXPECT_EQ(one.getNameKind(), kind);
+    EXPECT_EQ(kind == 1 ? one.getNameText() : le32(one.getNameNumber()), name);
     EXPECT_EQ(std::string(one.getMapiDataAt(0)->getData(), 4), "abcd");
     EXPECT_EQ(writtenBy(one, exact.reader), exact.bytes());
   }
@@ -160,35 +153,25 @@ TEST(MapiProperty, FailsWithACodeForEachFault) {
 }
 
 TEST(MapiProperty, SetsAndGetsTexts) {
-  struct Row {
-    unsigned type;
-    std::string stored;
-    const char* want;  // null: no text
-  };
-  const Row rows[] = {
+  const std::tuple<unsigned, std::string, const char*> rows[] = {
       {0x001E, std::string("up to\0here", 10), "up to"}, {0x001E, "no NUL", "no NUL"},   {0x001E, "", ""},
-      {0x101E, "first of several", "first of several"},  {0x001F, wide("wide"), "wide"}, {0x0102, "binary", nullptr},
+      {0x101E, "first of several", "first of several"},  {0x001F, wide("wide"), "wide"}, {0x0102, "no text", nullptr},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.stored);
-    ExactReader exact(counted(row.type, 0x3707, {prefixed(row.stored)}));
+  for (const auto& [type, stored, text] : rows) {
+    SCOPED_TRACE(stored);
+    ExactReader exact(counted(type, 0x3707, {prefixed(stored)}));
     VoMsgMapiProperty one;
     ASSERT_EQ(readProperty(one, exact.reader), kVoSuccess);
-    EXPECT_EQ(one.getStringData() == nullptr, row.want == nullptr);
+    EXPECT_STREQ(one.getStringData(), text);
     EXPECT_EQ(one.setStringData(nullptr), kVoBadArgument);
     EXPECT_FALSE(one.isModified());
-    if (!row.want) {
-      EXPECT_EQ(one.setStringData("x"), kVoNotSupported);
-      EXPECT_FALSE(one.isModified());
-      continue;
-    }
-    EXPECT_STREQ(one.getStringData(), row.want);
-    EXPECT_EQ(one.setStringData("new"), kVoSuccess);
-    EXPECT_STREQ(one.getStringData(), "new");
-    EXPECT_TRUE(one.isModified());
-    const std::string stored = row.type == 0x001F ? wide("new") : std::string("new\0", 4);
-    EXPECT_EQ(writtenBy(one, exact.reader), counted(row.type, 0x3707, {prefixed(stored)}));
-    EXPECT_EQ(one._getSize(), 12 + padded(stored).size());
+    EXPECT_EQ(one.setStringData("new"), text ? kVoSuccess : kVoNotSupported);
+    EXPECT_EQ(one.isModified(), text != nullptr);
+    EXPECT_STREQ(one.getStringData(), text ? "new" : nullptr);
+    const std::string changed = type == 0x001F ? wide("new") : std::string("new\0", 4);
+    const std::string want = counted(type, 0x3707, {prefixed(text ? changed : stored)});
+    EXPECT_EQ(writtenBy(one, exact.reader), want);
+    EXPECT_EQ(one._getSize(), want.size());
   }
 }
 
@@ -210,13 +193,10 @@ TEST(MapiAttachment, ReadsAListAndRegeneratesItWhenChanged) {
     ASSERT_EQ(result, static_cast<int>(kVoSuccess));
     EXPECT_EQ(exact.reader.getOffset(), bytes.size() - 11);
     EXPECT_EQ(one.getCheckSum(), 0xBEEF);
-    EXPECT_EQ(one.countProperties(), 3u);
     EXPECT_STREQ(one.getFileName(), "old.txt");
     EXPECT_STREQ(one.getContentType(), "text/x-old");
     EXPECT_EQ(one.getMapiTypeID(), 0x001E);
-    EXPECT_FALSE(one.hasContent());
     EXPECT_FALSE(one._isModified());
-    EXPECT_EQ(one.getMapiPropertyByName(0x9999), nullptr);
 
     one.getMapiPropertyByName(0x3707)->setStringData("a longer name.txt");
     const std::unique_ptr<VoMsgTnefAttribute> copied(one.copy(nullptr));

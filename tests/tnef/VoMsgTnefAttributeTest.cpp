@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/support/WindowStreams.h"
 #include "tests/tnef/StreamBuilder.h"
 #include "vomsg/tnef/VoMsgTnefAttachData.h"
@@ -63,13 +65,9 @@ TEST(TnefAttribute, ReadsAndWritesBackWhateverTheSum) {
 }
 
 TEST(TnefAttribute, RefusesRecordsBeyondTheEnd) {
-  struct Row {
-    std::uint32_t length;
-    VoErrorCode inMemory;     // measured against the whole source
-    VoErrorCode byReference;  // measured against what is left
-  };
-  // The source has 20 bytes, and 3 are left behind the length field.
-  const Row rows[] = {
+  // The source has 20 bytes, and 3 are left behind the length field. A record in memory is measured against the whole
+  // source, one by reference against what is left.
+  const std::tuple<std::uint32_t, VoErrorCode, VoErrorCode> rows[] = {
       {3, kVoSuccess, kVoSuccess},
       {4, kVoSuccess, kVoReadFailed},
       {20, kVoSuccess, kVoReadFailed},
@@ -77,21 +75,20 @@ TEST(TnefAttribute, RefusesRecordsBeyondTheEnd) {
       {1u << 31, kVoReadFailed, kVoReadFailed},
       {0xFFFFFFF5, kVoReadFailed, kVoReadFailed},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.length);
-    ExactReader exact(std::string(13, 'j') + le32(row.length) + "abc");
+  for (const auto& [length, inMemory, byReference] : rows) {
+    SCOPED_TRACE(length);
+    ExactReader exact(std::string(13, 'j') + le32(length) + "abc");
     Pair pair;
-    EXPECT_EQ(readAt(pair.inMemory, exact.reader, 8), row.inMemory);
-    EXPECT_EQ(readAt(pair.byReference, exact.reader, 8), row.byReference);
-    if (row.inMemory == kVoSuccess) {
-      EXPECT_EQ(std::string(pair.inMemory.getData(), row.length), "abc" + std::string(row.length - 3, '\0'));
-    }
-    for (VoMsgTnefAttribute* one : pair.both) {
-      int result = 0;
-      one->readData(result, nullptr, nullptr);
-      EXPECT_EQ(result, static_cast<int>(kVoReadFailed));
+    EXPECT_EQ(readAt(pair.inMemory, exact.reader, 8), inMemory);
+    EXPECT_EQ(readAt(pair.byReference, exact.reader, 8), byReference);
+    if (inMemory == kVoSuccess) {
+      EXPECT_EQ(std::string(pair.inMemory.getData(), length), "abc" + std::string(length - 3, '\0'));
     }
   }
+  int result = 0;
+  EXPECT_EQ(Pair().inMemory.readData(result, nullptr, nullptr), nullptr);
+  EXPECT_EQ(Pair().byReference.readData(result, nullptr, nullptr), nullptr);
+  EXPECT_EQ(result, static_cast<int>(kVoReadFailed));
 }
 
 TEST(TnefAttribute, TakesNewData) {
@@ -139,28 +136,24 @@ TEST(TnefAttachData, FetchesContentOnceAndOnDemand) {
   VoMsgMemoryResource target(0, nullptr, nullptr);
   const VoMsgResourceLocator* given = &target;
   EXPECT_EQ(one.getContent(&reader, given), kVoSuccess);
-  EXPECT_EQ(bytesOf(target), data);
+  EXPECT_EQ(bytesOf(&target), data);
   EXPECT_EQ(one.getContent(&reader, kept), kVoSuccess);
-  EXPECT_EQ(bytesOf(*kept), data);
+  EXPECT_EQ(bytesOf(kept), data);
   const VoMsgResourceLocator* again = nullptr;
   EXPECT_EQ(one.getContent(nullptr, again), kVoSuccess);
   EXPECT_EQ(again, kept);
 }
 
 TEST(TnefAttachData, KnowsAStreamInside) {
-  struct Row {
-    std::string data;
-    bool is;
-    unsigned position;
-  };
-  const Row rows[] = {{le32(kVoTnefSignature) + "xy", true, 13}, {"abcdefgh", false, 19}, {"abc", false, 0}};
-  for (const Row& row : rows) {
-    ExactReader exact(record(0x800F, row.data) + "x");
+  const std::tuple<std::string, bool, unsigned> rows[] = {
+      {le32(kVoTnefSignature) + "xy", true, 13}, {"abcdefgh", false, 19}, {"abc", false, 0}};
+  for (const auto& [data, isStream, position] : rows) {
+    ExactReader exact(record(0x800F, data) + "x");
     VoMsgTnefAttachData one(2, 6, 0x800F);
     readAt(one, exact.reader, 0);
     exact.reader.rseek(0, 0);
-    EXPECT_EQ(one.hasTnefMessage(&exact.reader), row.is) << row.data;
-    EXPECT_EQ(exact.reader.getOffset(), row.position) << row.data;
+    EXPECT_EQ(one.hasTnefMessage(&exact.reader), isStream) << data;
+    EXPECT_EQ(exact.reader.getOffset(), position) << data;
   }
 }
 

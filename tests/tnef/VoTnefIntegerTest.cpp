@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/support/WindowStreams.h"
 #include "tests/tnef/StreamBuilder.h"
 #include "vomsg/tnef/VoMsgTnefText.h"
@@ -41,12 +43,7 @@ TEST(TnefInteger, WritesAndSumsBytesAsUnsigned) {
 }
 
 TEST(TnefText, ConvertsBetweenUtf16AndUtf8) {
-  struct Row {
-    std::string utf16;
-    std::string utf8;
-    bool back;
-  };
-  const Row rows[] = {
+  const std::tuple<std::string, std::string, bool> rows[] = {
       {"", "", true},
       {le16('z') + le16(0xE9) + le16(0x20AC), "z\xC3\xA9\xE2\x82\xAC", true},
       {le16(0xD83D) + le16(0xDE00), "\xF0\x9F\x98\x80", true},
@@ -56,9 +53,9 @@ TEST(TnefText, ConvertsBetweenUtf16AndUtf8) {
       {le16(0xD83D) + le16('z'), "\xEF\xBF\xBDz", false},                // half a pair
       {le16(0xDE00) + le16(0xD83D), "\xEF\xBF\xBD\xEF\xBF\xBD", false},  // the other half first
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(detail::utf8FromUtf16(row.utf16), row.utf8);
-    EXPECT_EQ(detail::utf16FromUtf8(row.utf8) == row.utf16, row.back) << row.utf8;
+  for (const auto& [utf16, utf8, isSameBack] : rows) {
+    EXPECT_EQ(detail::utf8FromUtf16(utf16), utf8);
+    EXPECT_EQ(detail::utf16FromUtf8(utf8) == utf16, isSameBack) << utf8;
   }
   for (const char* bad : {"\x80", "\xC3", "\xC0\x80", "\xE2\x82", "\xED\xA0\x80", "\xF5\x80\x80\x80", "\xFF"})
     EXPECT_EQ(detail::utf16FromUtf8(bad).substr(0, 2), le16(0xFFFD)) << bad;
