@@ -13,6 +13,7 @@
 #include "vomsg/encoding/VoHexChar.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
 #include "vomsg/encoding/VoUUEncode.h"
+#include "vomsg/foundation/VoMsgCString.h"
 #include "vomsg/foundation/VoMsgFileResource.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
@@ -20,6 +21,7 @@
 namespace {
 
 using namespace vomsg::test;
+using vomsg::detail::CString;
 using Resource = std::unique_ptr<VoMsgResourceLocator>;
 
 // Complete lines that end in CR LF.
@@ -106,6 +108,37 @@ TEST(Codecs, DecodeWhatTheyEncoded) {
       ASSERT_EQ(decoded(codec, *reader, isFile), content) << size;
       ASSERT_EQ(decoded(codec, narrow), content) << size;
     }
+  }
+}
+
+// In base64, padding does not end the open group; a decoded NUL ends the string.
+TEST(Codecs, Strings) {
+  using Rows = std::vector<std::pair<const char*, const char*>>;
+  const std::pair<char* (*)(const char*), Rows> forms[] = {
+      {voDecodeBase64,
+       {{"QQ==", "A"},
+        {"QQ==QQ==", "A\x04\x10"},
+        {"QUI", "AB"},
+        {"Q\x7FUJD", "ABC"},
+        {"Q", ""},
+        {"====", ""},
+        {"AAAA", ""}}},
+      {voEncodeBase64, {{"A", "QQ=="}, {"AB", "QUI="}, {"\xFB\xFF\xBF", "+/+/"}}},
+      {voDecodeQuotedPrintable,
+       {{"a=\r\nb", "ab"},
+        {"a= \r\nb", "ab"},
+        {"=ZZ x\r\ny", "ZZxy"},
+        {"a=41", "aA"},
+        {"=c3=A9", "\xC3\xA9"},
+        {"a=\nbc", "ab"},
+        {"=", ""},
+        {"=00x", ""}}},
+      {voEncodeQuotedPrintable, {{"a \r\n", "a=20\r\n"}, {"a", "a\r\n"}, {"\r", "=0D\r\n"}, {".", ".\r\n"}}},
+  };
+  for (const auto& [form, rows] : forms) {
+    EXPECT_EQ(form(nullptr), nullptr);
+    for (const auto& [text, expected] : rows) EXPECT_STREQ(CString(form(text)).get(), expected) << text;
+    EXPECT_STREQ(CString(form("")).get(), "");
   }
 }
 

@@ -101,30 +101,6 @@ TEST(Base64, TakesExactlyItsLengthAndMakesUpForAShortSource) {
   EXPECT_EQ(decode(second, 4104), slowDecode(chunks + "CCCC"));
 }
 
-TEST(Base64, Strings) {
-  struct Row {
-    const char *text, *result;
-  };
-  constexpr Row kDecoded[] = {
-      {"QQ==", "A"},       {"QQ==QQ==", "A\x04\x10"},  // padding does not end the open group
-      {"Q", ""},           {"", ""},
-      {"====", ""},        {"QUI", "AB"},
-      {"AAAA", ""},  // a decoded NUL ends the string
-      {"Q\x7FUJD", "ABC"},
-  };
-  for (const Row& row : kDecoded) {
-    const std::unique_ptr<char, decltype(&free)> decoded(voDecodeBase64(row.text), &free);
-    EXPECT_STREQ(decoded.get(), row.result) << row.text;
-  }
-  constexpr Row kEncoded[] = {{"", ""}, {"A", "QQ=="}, {"AB", "QUI="}, {"ABC", "QUJD"}, {"\xFB\xFF\xBF", "+/+/"}};
-  for (const Row& row : kEncoded) {
-    const std::unique_ptr<char, decltype(&free)> encoded(voEncodeBase64(row.text), &free);
-    EXPECT_STREQ(encoded.get(), row.result) << row.text;
-  }
-  EXPECT_EQ(voDecodeBase64(nullptr), nullptr);
-  EXPECT_EQ(voEncodeBase64(nullptr), nullptr);
-}
-
 TEST(Base64, WritesLinesOf76) {
   const std::string whole(57, '\xFF');
   for (const bool lineBreaks : {false, true}) {

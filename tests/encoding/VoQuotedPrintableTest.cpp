@@ -179,26 +179,6 @@ TEST(QuotedPrintable, EncodesAsTheSlowOneDoesOrExactly) {
   }
 }
 
-TEST(QuotedPrintable, Strings) {
-  struct Row {
-    const char *text, *result;
-  };
-  constexpr Row kDecoded[] = {{"a=\r\nb", "ab"},     {"a= \r\nb", "ab"}, {"a=41", "aA"}, {"=ZZ x\r\ny", "ZZxy"},
-                              {"a=\nbc", "ab"},      {"", ""},           {"=", ""},      {"=00x", ""},
-                              {"=c3=A9", "\xC3\xA9"}};
-  for (const Row& row : kDecoded) {
-    const std::unique_ptr<char, decltype(&free)> decoded(voDecodeQuotedPrintable(row.text), &free);
-    EXPECT_STREQ(decoded.get(), row.result) << row.text;
-  }
-  constexpr Row kEncoded[] = {{"a \r\n", "a=20\r\n"}, {"a", "a\r\n"}, {"\r", "=0D\r\n"}, {"", ""}, {".", ".\r\n"}};
-  for (const Row& row : kEncoded) {
-    const std::unique_ptr<char, decltype(&free)> encoded(voEncodeQuotedPrintable(row.text), &free);
-    EXPECT_STREQ(encoded.get(), row.result) << row.text;
-  }
-  EXPECT_EQ(voDecodeQuotedPrintable(nullptr), nullptr);
-  EXPECT_EQ(voEncodeQuotedPrintable(nullptr), nullptr);
-}
-
 TEST(QuotedPrintable, EncodesEveryDotWhenAsked) {
   const int before = VoMsgExtraOption;
   VoMsgSetEncodeDot(1);
