@@ -77,12 +77,13 @@ TEST(VoMsgWriters, SmallAndLargeStretchesKeepTheirOrder) {
   WriterAccess::expect(file, 1000);
   WriterAccess::expect(memory, 130000);
   const char* const reserved = memory.getData();
-  for (const std::size_t size : {0u, 1u, 63u, 64u, 65u, 32767u, 32768u, 10u, 20000u, 3u}) {
+  for (const std::size_t size : {0u, 1u, 63u, 64u, 65u, 32767u, 10u, 32769u, 20000u, 3u}) {
     const std::string piece = patternOf(size);
     want += piece;
     for (VoMsgBufferedWriter* const writer :
          {static_cast<VoMsgBufferedWriter*>(&memory), static_cast<VoMsgBufferedWriter*>(&file)})
       EXPECT_TRUE(size % 2 == 0 ? put(*writer, piece) : WriterAccess::writeThrough(*writer, piece.data(), size));
+    if (size != 64 && size != 3) continue;
     ASSERT_TRUE(memory.flush());
     ASSERT_TRUE(std::string(memory.getData(), memory.getLength() + 1) == want + '\0');
   }

@@ -108,7 +108,8 @@ TEST(HeaderBlockWriter, WritesAnew) {
       {"From: =?utf-8?q?a?= <b@c>, d", "From: =?utf-8?q?a?=\r\n\t<b@c>,\r\n\td"},
       {"To:", "To: "},
       {"To: a\nTo: \"b\nTo: c, d", "To: a,\r\n\t\"b, c, d"},
-      // Structured values.
+      // Structured values; the last Content-Type counts.
+      {"Content-Type: a\nX: y\nContent-Type: b", "X: y\r\nContent-Type: b"},
       {"Content-Type: \"a/b; boundary=x\"", "Content-Type: \"a/b; boundary=x\""},
       {"Content-Type: a ; b=c;d=\"e f\" ;g=\"\\\\\\\"\"",
        "Content-Type: a;\r\n\tb=c;\r\n\td=\"e f\";\r\n\tg=\"\\\\\\\"\""},

@@ -179,16 +179,42 @@ TEST(HeaderSurvey, AgreesWithTheParseOnHostileBlocks) {
   }
 }
 
-TEST(HeaderSurvey, ReadsOffsetsFromTheMiddleOfASource) {
-  const std::string text = "junk\r\nA: b\r\nbad line\r\nContent-Type: a; boundary=a b\r\n\r\nbody";
-  ExactMemoryReader source(text);
-  ASSERT_TRUE(source.seek(6));
+TEST(HeaderSurvey, TellsWhatTheParserCannotKeepAndWhere) {
+  struct Row {
+    std::string text;
+    HeaderMark mark;
+    unsigned offset;
+  };
+  const Row rows[] = {
+      {"no-blank-at-all\nA: b", HeaderMark::none, 0},
+      {"A: b\nno colon\nx y", HeaderMark::droppedLine, 5},
+      {"A: b\nname \n", HeaderMark::droppedLine, 5},
+      {std::string("A\0B c", 5), HeaderMark::none, 0},
+      {" \t\n", HeaderMark::blankTerminator, 0},
+      {"Content-Type: a;boundary=(\nx y", HeaderMark::unquotedBoundary, 0},
+      {"Content-Disposition: a;boundary=/", HeaderMark::unquotedBoundary, 0},
+      {"Content-Type: a\nContent-Type: a;boundary=a b", HeaderMark::repeatedContentType, 16},
+  };
   HeaderSurvey out;
-  surveyHeaderBlock(out, source, false, nullptr);
-  EXPECT_EQ(out.offset, 6u);
-  EXPECT_EQ(out.size, text.size() - 4 - 6);
-  EXPECT_EQ(out.mark, HeaderMark::droppedLine);  // the first reason stays
-  EXPECT_EQ(out.markOffset, text.find("bad"));
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.text);
+    ExactMemoryReader source("junk" + row.text + "\n\nbody"), again("junk" + row.text + "\n\nbody");
+    VoMsgEntityHeader header;
+    ASSERT_TRUE(source.seek(4) && again.seek(4));
+    surveyHeaderBlock(out, source, false, nullptr);
+    EXPECT_EQ(header.parseHeaderPart(&again, nullptr, nullptr), kVoSuccess);
+    const std::unique_ptr<VoMsgEntityHeader> copy(header.newCopy());
+    for (const VoMsgEntityHeader* parsed : {&header, copy.get()}) {
+      EXPECT_EQ(parsed->getMark(), row.mark);
+      EXPECT_EQ(parsed->getMarkOffset(), row.mark == HeaderMark::none ? 0 : 4 + row.offset);
+      EXPECT_EQ(parsed->getHeaderOffset(), 4u);
+      EXPECT_EQ(parsed->getHeaderSize(), out.size);
+      EXPECT_FALSE(parsed->isEdited());
+    }
+    EXPECT_EQ(out.mark, row.mark);
+    EXPECT_EQ(out.markOffset, header.getMarkOffset());
+    EXPECT_EQ(out.offset, 4u);
+  }
 }
 
 TEST(HeaderSurvey, KeepsLittleOfALineThatNobodyWants) {
