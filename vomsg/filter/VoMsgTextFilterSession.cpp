@@ -44,5 +44,5 @@ void VoMsgTextFilterSession::copyText(const char* text, unsigned size) {
   char* const block = room > size ? static_cast<char*>(std::malloc(room)) : nullptr;
   if (block) std::memcpy(block, text, size);
   setRecentContext(block, size);
-  if (block) mCapacity = size;
+  if (block && block == mpRecentContext) mCapacity = size;  // a derived session may have put it elsewhere
 }
