@@ -123,16 +123,25 @@ VoMsgDetectorSession* VoMsgDistributionDetector::handleData(const char* data, un
       counted.totalChars += static_cast<int>(counts.total);
       counted.freqChars += static_cast<int>(counts.frequent);
     }
-    if (machine.currentState == VoMsgCodingStateMachine::kFailed) session->setState(VoMsgDetectorSession::kNotMe);
-    if (machine.currentState == VoMsgCodingStateMachine::kItsMe) session->setState(VoMsgDetectorSession::kFound);
-    if (session->getState() != VoMsgDetectorSession::kDetecting) break;
+    if (machine.currentState == VoMsgCodingStateMachine::kFailed) {
+      session->setState(VoMsgDetectorSession::kNotMe);
+      break;
+    }
+    if (machine.currentState == VoMsgCodingStateMachine::kItsMe) {
+      session->setState(VoMsgDetectorSession::kFound);
+      break;
+    }
     data += strip;
     length -= strip;
   }
-  if (session->getState() == VoMsgDetectorSession::kDetecting && counted.totalChars >= kEnough &&
-      getConfidence(session) >= kSureThing)
-    session->setState(VoMsgDetectorSession::kFound);
+  calculateState(counted);
   return session;
+}
+
+void VoMsgDistributionDetector::calculateState(VoMsgDistributionDetectorSession& counted) {
+  if (counted.getState() == VoMsgDetectorSession::kDetecting && counted.totalChars >= kEnough &&
+      getConfidence(&counted) >= kSureThing)
+    counted.setState(VoMsgDetectorSession::kFound);
 }
 
 const char* VoMsgDistributionDetector::getCharSetName(VoMsgDetectorSession*) { return machineTemplate.model->name; }

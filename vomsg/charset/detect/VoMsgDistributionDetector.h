@@ -40,6 +40,8 @@ class VOMSG_API VoMsgDistributionDetector : public VoMsgCharSetDetector {
   float getConfidence(VoMsgDetectorSession* session) override;
 
  private:
+  void calculateState(VoMsgDistributionDetectorSession& counted);
+
   VoMsgCodingStateMachine machineTemplate;
   std::unique_ptr<const vomsg::detail::MachineSteps> mSteps;  // the machine again, made for long runs
   std::unique_ptr<VoMsgFrequenceTable> table;

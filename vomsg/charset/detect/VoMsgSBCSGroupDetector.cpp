@@ -1,16 +1,43 @@
 #include "vomsg/charset/detect/VoMsgSBCSGroupDetector.h"
 
+#include <algorithm>
+#include <array>
+
+#include "vomsg/charset/detect/VoMsgSequenceCounter.h"
 #include "vomsg/charset/detect/VoMsgSequenceDetector.h"
 
-VoMsgSBCSGroupDetector::VoMsgSBCSGroupDetector() {
-  for (const SequenceModel* model :
-       {&Koi8rModel, &Win1251Model, &Latin5Model, &MacCyrillicModel, &Ibm866Model, &Ibm855Model, &Latin7Model,
-        &Win1253Model, &Latin5BulgarianModel, &Win1251BulgarianModel, &Latin2HungarianModel, &Win1250HungarianModel,
-        &TIS620ThaiModel})
-    addMember(new VoMsgSequenceDetector(model));
+namespace {
+
+using vomsg::detail::SequenceCounter;
+
+constexpr std::array kModels = {
+    &Koi8rModel,           &Win1251Model,          &Latin5Model,     &MacCyrillicModel,     &Ibm866Model,
+    &Ibm855Model,          &Latin7Model,           &Win1253Model,    &Latin5BulgarianModel, &Win1251BulgarianModel,
+    &Latin2HungarianModel, &Win1250HungarianModel, &TIS620ThaiModel,
+};
+static_assert(kModels.size() <= SequenceCounter::kMostModels);
+
+}  // namespace
+
+VoMsgSBCSGroupDetector::VoMsgSBCSGroupDetector() : mCounter(std::make_unique<SequenceCounter>(kModels)) {
+  for (const SequenceModel* model : kModels) addMember(new VoMsgSequenceDetector(model));
 }
 
+VoMsgSBCSGroupDetector::~VoMsgSBCSGroupDetector() = default;
+
+// Each member learns what was counted for it; the empty chunk behind all that makes them decide.
 VoMsgDetectorSession* VoMsgSBCSGroupDetector::handleData(const char* data, unsigned length,
                                                          VoMsgDetectorSession* session) {
-  return VoMsgGroupDetector::handleData(data, length, session);
+  if (!session) return nullptr;
+  const auto& sessions = static_cast<VoMsgGroupDetectorSession*>(session)->getSessions();
+  for (unsigned done = 0, strip; done < length; done += strip) {
+    strip = std::min(length - done, SequenceCounter::kMostBytes);
+    std::array<vomsg::detail::SequenceCounts, kModels.size()> counts;
+    mCounter->count(data + done, strip, counts);
+    auto next = sessions.begin();  // one for each member, but for those whose session memory did not suffice for
+    for (std::size_t m = 0; m < kModels.size() && next != sessions.end(); ++m)
+      if ((*next)->getDetector() == getMembers()[m])
+        static_cast<const VoMsgSequenceDetector*>(getMembers()[m])->learn(data + done, strip, counts[m], *next++);
+  }
+  return VoMsgGroupDetector::handleData(data, 0, session);
 }

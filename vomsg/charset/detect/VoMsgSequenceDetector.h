@@ -2,13 +2,11 @@
 // in it.
 #pragma once
 
-#include <memory>
-
 #include "vomsg/charset/detect/VoMsgCharSetDetector.h"
 #include "vomsg/charset/detect/tables/VoMsgSequenceModels.h"
 
 namespace vomsg::detail {
-class SequenceTables;
+struct SequenceCounts;
 }
 
 class VOMSG_API VoMsgSequenceDetectorSession : public VoMsgDetectorSession {
@@ -17,7 +15,7 @@ class VOMSG_API VoMsgSequenceDetectorSession : public VoMsgDetectorSession {
 
  private:
   friend class VoMsgSequenceDetector;
-  int totalSeqs = 0;  // pairs of frequent letters; all counters stop at 2^30 bytes
+  int totalSeqs = 0;  // pairs of frequent letters; no counter goes far beyond 2^30
   int totalChar = 0;  // bytes of an order below 250
   int freqChar = 0;   // frequent letters
   unsigned char lastOrder = 255;
@@ -28,9 +26,7 @@ class VOMSG_API VoMsgSequenceDetector : public VoMsgCharSetDetector {
  public:
   static constexpr int kEnough = 1025;  // counted pairs, below which nothing is decided
 
-  // `model` is borrowed for good. Throws std::bad_alloc.
-  explicit VoMsgSequenceDetector(const SequenceModel* model);
-  ~VoMsgSequenceDetector() override;
+  explicit VoMsgSequenceDetector(const SequenceModel* model);  // borrowed for good
 
   // Never rules its charset out: an unlikely text stays undecided.
   VoMsgDetectorSession* handleData(const char* data, unsigned length, VoMsgDetectorSession* session) override;
@@ -39,9 +35,15 @@ class VOMSG_API VoMsgSequenceDetector : public VoMsgCharSetDetector {
   // The share of likely pairs and of letters, against what is usual; 0.01 before any pair.
   float getConfidence(VoMsgDetectorSession* session) override;
 
+  // For a group that counts for all its members at once: puts what the `length` bytes at `data`, at least one, say into
+  // `session` without deciding anything. `rest` is what was counted of all bytes but the first.
+  void learn(const char* data, unsigned length, const vomsg::detail::SequenceCounts& rest,
+             VoMsgDetectorSession* session) const;
   const SequenceModel* getModel() const { return model; }
 
  private:
+  void learnByte(unsigned char byte, VoMsgSequenceDetectorSession& counted) const;
+  void calculateState(VoMsgSequenceDetectorSession& counted);
+
   const SequenceModel* model;
-  std::unique_ptr<const vomsg::detail::SequenceTables> mTables;
 };
