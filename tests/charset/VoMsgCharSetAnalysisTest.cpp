@@ -6,10 +6,10 @@
 #include <memory>
 #include <random>
 
+#include "SlowAnalysis.h"
 #include "tests/support/Tools.h"
 #include "vomsg/charset/convert/VoMsgIcuHandle.h"
 #include "vomsg/charset/detect/VoMsgCharSetAnalysis.h"
-#include "vomsg/charset/detect/VoMsgCharSetDetectorFacade.h"
 #include "vomsg/filter/VoMsgPlainTextFilter.h"
 #include "vomsg/filter/VoMsgTextFormatFilterPool.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
@@ -21,8 +21,12 @@ using vomsg::test::readFile;
 
 struct Result {
   std::string charset = "unknown";
-  unsigned bytes = 0;
+  std::size_t bytes = 0;
+  bool operator==(const Result&) const = default;
 };
+std::ostream& operator<<(std::ostream& out, const Result& result) {
+  return out << result.charset << " after " << result.bytes;
+}
 
 Result analyse(const std::string& text, const char* format = "text/plain") {
   const auto block = std::make_unique<char[]>(text.size());
@@ -34,10 +38,21 @@ Result analyse(const std::string& text, const char* format = "text/plain") {
   EXPECT_EQ(VoMsgCharSetAnalysis::getInstance()->analysisText(reader.get(), format, name, evidence), name);
   const std::unique_ptr<char, decltype(&std::free)> owner(name, &std::free);
   EXPECT_EQ(evidence.detector != nullptr, name != nullptr);
-  Result result;
-  if (name) result.charset = name;
-  result.bytes = evidence.bytes;
-  return result;
+  return {name ? name : "unknown", evidence.bytes};
+}
+
+// In blocks of 4096 bytes; the name of a single-byte charset waits for the first byte above ASCII.
+Result analyseSlowly(const std::string& text) {
+  vomsg::test::SlowFacade tree;
+  const vomsg::test::SlowMember* const single = tree.members.back().get();
+  bool isAscii = true;
+  for (std::size_t at = 0; at < text.size(); at += 4096) {
+    const std::string block = text.substr(at, 4096);
+    for (const char c : block) isAscii = isAscii && (c & 0x80) == 0;
+    if (tree.state == 0) tree.feed(block);
+    if (tree.state == 1 && !(isAscii && tree.choice == single)) return {tree.charset, at + block.size()};
+  }
+  return {"unknown", text.size()};
 }
 
 std::string inCharset(const std::string& text, const char* charset) {
@@ -88,8 +103,10 @@ TEST(CharSetAnalysis, RecognisesRealTexts) {
       {"greek", "windows-1253", "ISO-8859-7"},
       {"hungarian", "windows-1250", "ISO-8859-2"},
       {"russian", "x-mac-cyrillic", "windows-1251"},
-      // Models that real texts do not reach, and a language without one that is taken for another.
+      // A letter misses what the Thai model asks for by one pair in 1287, the minutes of a meeting have it.
       {"thai", "tis-620", "unknown"},
+      {"thai_report", "tis-620", "TIS-620"},
+      // A language without a model, taken for another.
       {"french", "windows-1252", "ISO-8859-2"},
   };
   for (const Row& row : kRows) {
@@ -97,10 +114,13 @@ TEST(CharSetAnalysis, RecognisesRealTexts) {
     const std::string text = readFile(std::string(VOMSG_TEST_DATA "/texts/") + row.language + ".txt");
     ASSERT_FALSE(text.empty());
     // Four times, because some texts alone have too few characters.
-    const Result result = analyse(repeated(inCharset(text, row.charset), 4));
-    EXPECT_EQ(result.charset, row.want);
-    if (result.charset != "unknown") {
-      EXPECT_EQ(result.bytes, 4096u);
+    const std::string bytes = repeated(inCharset(text, row.charset), 4);
+    EXPECT_EQ(analyse(bytes), (Result{row.want, std::strcmp(row.want, "unknown") == 0 ? bytes.size() : 4096}));
+    // The end of a block cuts the text's beginning in all places, then something in its middle, and nothing changes.
+    for (std::size_t before = 4080; before <= 4097; ++before) {
+      const std::string later = std::string(before, '1') + bytes;
+      EXPECT_EQ(analyse(later), analyseSlowly(later)) << before;
+      vomsg::test::compareTrees(bytes, [&] { return before - 3000; });
     }
   }
 }
@@ -118,6 +138,8 @@ TEST(CharSetAnalysis, KnowsItsLimits) {
       {"nothing", "", "unknown"},
       {"ASCII", ascii, "unknown"},
       {"Hungarian letters without accents", plainHungarian, "unknown"},
+      {"as they were taken for Hungarian before the first other byte", ascii + "\u00E9\u00E9\u00E9\u00E9\u00E9",
+       "ISO-8859-2"},
       {"a byte-order mark", "\xFF\xFEh", "UTF-16LE"},
       {"the other one", "\xFE\xFFh", "UTF-16BE"},
       {"half a byte-order mark", "\xFE", "unknown"},
@@ -144,24 +166,13 @@ TEST(CharSetAnalysis, KnowsItsLimits) {
   EXPECT_EQ(VoMsgCharSetAnalysis::getInstance()->analysisText(nullptr, "text/plain", charset), nullptr);
 }
 
-// UTF-8 decides whatever part of a character the edge of a block cuts off.
-TEST(CharSetAnalysis, DecidesAcrossBlocks) {
-  const std::string word = "\u00E9\u20AC\u00FC\u4E2D\u00E0";
-  for (std::size_t before = 4096 - word.size() - 1; before <= 4097; ++before) {
-    const Result result = analyse(std::string(before, 'x') + word);
-    EXPECT_EQ(result.charset, "utf-8") << before;
-    EXPECT_EQ(result.bytes, before + word.size()) << before;
-  }
-}
-
-TEST(CharSetAnalysis, SurvivesRandomBytes) {
+TEST(CharSetAnalysis, KnowsRandomBytes) {
   std::minstd_rand random(7);
   for (unsigned round = 0; round < 300; ++round) {
     std::string text(random() % 20000, '\0');
     const unsigned low = round % 3 == 0 ? 0 : 0x80;
     for (char& c : text) c = static_cast<char>(low + random() % (256 - low));
-    const Result result = analyse(text);
-    EXPECT_LE(result.bytes, text.size());
+    EXPECT_EQ(analyse(text), analyseSlowly(text));
   }
 }
 
