@@ -260,10 +260,14 @@ VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const 
     body = encodedBody(TransferEncoding::base64, *content, nullptr, lineEnd, code);
   }
   if (!body) return code;
-  std::unique_ptr<VoMsgEntityHeader> former(getEntityHeader()->newCopy());
+  std::unique_ptr<VoMsgEntityHeader> copy(getEntityHeader()->newCopy());
+  if (!copy) return kVoNoMemory;
+  VoObjectStub<VoMsgEntityHeader> former;  // so that putting it back takes no memory
+  former.setNewObject(copy.get());
+  static_cast<void>(copy.release());
   code = _describeContent(content, contentType, encoding, takeName);
   if (voFailed(code)) {
-    mHeader.setNewObject(former.release());
+    mHeader = former;
     return code;
   }
   _freeTree();
