@@ -60,6 +60,12 @@ TEST(DisclaimerInText, KnownShapes) {
       {"", "no type \xC3\xA4", "D", "utf-8", 0, 2, "no type \xC3\xA4\r\nD\r\n", "utf-8"},
       {"", "\x1B$BF|K\\\x1B(B", "\xE6\x97\xA5", "utf-8", 0, 2, "\x1B$BF|K\\\x1B(B\r\n\x1B$BF|\x1B(B\r\n\x1B(B",
        "iso-2022-jp"},
+      {"Content-Type: text/plain; charset=utf-16\r\nContent-Transfer-Encoding: base64\r\n", "//7kAAoA", "D", "utf-8", 0,
+       2, "\xC3\xA4\nD\r\n", "utf-8"},
+      {"Content-Type: text/plain; charset=UTF-16\r\nContent-Transfer-Encoding: base64\r\n", "4wQKAA==", "D", "utf-8", 0,
+       1, "D\r\n\xD3\xA3\n", "utf-8"},
+      {"Content-Type: text/plain; charset=utf-32be\r\nContent-Transfer-Encoding: base64\r\n", "AAH2AAAAAAo=", "D",
+       "utf-8", 0, 2, "\xF0\x9F\x98\x80\nD\r\n", "utf-8"},
       {"Content-Type: text/plain\r\nContent-Transfer-Encoding: quoted-printable\r\n", "a=0Ab=\r\n", "D", "utf-8", 0, 2,
        "a\nb\r\nD\r\n", nullptr},
   };

@@ -39,6 +39,11 @@ EditUndo::~EditUndo() {
   mEntity.mChildrenChanged = mChildrenChanged;
 }
 
+std::string_view ContentEditor::lineEnd() const {
+  const OpenSource source(mEntity.mMessageSource.getObject());
+  return mEntity._lineEnd(source.reader());
+}
+
 VoErrorCode ContentEditor::makeMultipart(std::unique_ptr<VoMsgEntityHeader> header) {
   EditUndo undo(mEntity);
   mEntity.mHeader.setNewObject(header.get());

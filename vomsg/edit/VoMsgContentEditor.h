@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
@@ -39,6 +40,8 @@ class ContentEditor {
  public:
   explicit ContentEditor(VoMsgRfc822Entity& entity) : mEntity(entity) {}
 
+  // What ends the lines of the message around the entity.
+  std::string_view lineEnd() const;
   // Moves everything that is content, with the Content-* fields, into a new first part of a new multipart/mixed.
   VoErrorCode moveContentToPart() { return mEntity._changeSingleToMulti(); }
   // Becomes a multipart/mixed without parts under `header`, which declares no content. The old content goes. A failure

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
-#include "vomsg/charset/convert/VoMsgConverterFactory.h"
+#include "vomsg/charset/convert/VoMsgTextConversion.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
@@ -37,25 +37,24 @@ bool isUtf8(std::string_view text) {
   return true;
 }
 
-// Converters take a NUL for the end of the text, so what lies between the NULs goes through by itself.
-bool convert(std::string_view in, const char* to, const char* from, std::string& out) {
-  VoMsgConverterFactory* const factory = VoMsgConverterFactory::getInstance();
-  const auto giveBack = [factory](VoMsgCharsetConverter* converter) { factory->destoryConverter(converter); };
-  const std::unique_ptr<VoMsgCharsetConverter, decltype(giveBack)> converter(factory->createConverter(to, from, 0, '?'),
-                                                                             giveBack);
-  if (!converter) return false;
-  out.clear();
-  std::string piece;
-  std::string converted;
-  while (true) {
-    const std::size_t nul = in.find('\0');
-    piece.assign(in.substr(0, nul));
-    if (voFailed(converter->convert(converted, piece))) return false;
-    out += converted;
-    if (nul == in.npos) return true;
-    out += '\0';
-    in.remove_prefix(nul + 1);
+// UTF-16 or UTF-32 in the order that the text speaks for: where characters below U+0100 have their NUL bytes. Null when
+// it speaks against the name, as text in another charset under a wrong label does.
+const char* wideCharset(const char* charset, std::string_view text) {
+  const std::string_view name = charset;
+  const std::size_t width = name.find("32") == name.npos ? 2 : 4;
+  constexpr std::string_view kMark("\xFF\xFE\0\0\xFE\xFF", 6);
+  const std::string_view start = text.substr(0, width);
+  if (start == kMark.substr(0, width) || start == kMark.substr(kMark.size() - width)) return charset;
+  std::size_t leading = 0;
+  std::size_t trailing = 0;
+  for (std::size_t i = 0; i + width <= text.size(); i += width) {
+    leading += text[i] == '\0';
+    trailing += text[i + width - 1] == '\0';
   }
+  const bool isLittle = trailing > leading;
+  if (leading == trailing || endsWithNoCase(name, isLittle ? "be" : "le")) return text.empty() ? charset : nullptr;
+  if (width == 2) return isLittle ? "utf-16le" : "utf-16be";
+  return isLittle ? "utf-32le" : "utf-32be";
 }
 
 bool isUtf8Name(const char* charset) { return voIsEqualCharsetName(charset, "utf-8"); }
@@ -90,8 +89,9 @@ bool decodeExactly(std::string_view bytes, const char* charset, std::string& utf
     utf8 = bytes;
     return isUtf8(bytes);
   }
+  if (voIsUnicode(charset) && !(charset = wideCharset(charset, bytes))) return false;
   const auto substitutes = [](std::string_view text) { return std::count(text.begin(), text.end(), '\x1A'); };
-  return convert(bytes, "utf-8", charset, utf8) && utf8.find(kReplacement) == utf8.npos &&
+  return convertWholeText("utf-8", charset, false, bytes, utf8) && utf8.find(kReplacement) == utf8.npos &&
          substitutes(utf8) == substitutes(bytes) && isUtf8(utf8);
 }
 
@@ -101,7 +101,8 @@ bool encodeExactly(std::string_view utf8, const char* charset, std::string& byte
     return isUtf8(utf8);
   }
   std::string again;
-  return convert(utf8, charset, "utf-8", bytes) && decodeExactly(bytes, charset, again) && again == utf8;
+  return convertWholeText(charset, "utf-8", false, utf8, bytes) && decodeExactly(bytes, charset, again) &&
+         again == utf8;
 }
 
 bool isPlainSuperset(const char* charset) {
@@ -109,7 +110,7 @@ bool isPlainSuperset(const char* charset) {
   if (!voIsSinglebyteCharset(charset)) return false;
   constexpr std::string_view kProbe = "\t\r\n !\"'-./0129:;<=>ABXYZ\\abxyz";  // EBCDIC has them elsewhere
   std::string converted;
-  return convert(kProbe, "utf-8", charset, converted) && converted == kProbe;
+  return convertWholeText("utf-8", charset, false, kProbe, converted) && converted == kProbe;
 }
 
 bool isAscii(std::string_view text) {

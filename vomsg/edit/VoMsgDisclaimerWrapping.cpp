@@ -72,7 +72,7 @@ VoErrorCode createDisclaimerPart(VoMsgRfc822Message& message, VoMsgResourceLocat
   EncodedText content;
   // Bytes that are no text for anybody here must not be taken for lines.
   const BoundaryTable delimiters = delimitersAround(message);
-  if (!encodeForTransfer(text, {disclaimer.isDecoded ? nullptr : "base64", false, delimiters}, content))
+  if (!encodeForTransfer(text, {disclaimer.isDecoded ? nullptr : "base64", "\r\n", delimiters}, content))
     return kVoDisclaimerCopyFailed;
   if (!content.encoding) content.encoding = disclaimer.isDecoded ? "7bit" : "base64";
 

@@ -55,14 +55,6 @@ std::string charsetOf(VoMsgRfc822Entity& entity, std::string_view text) {
   return !isAscii(text) && decodeExactly(text, "utf-8", unused) ? "utf-8" : found.name;
 }
 
-// Whether lines of the encoded content end in LF alone.
-bool liesWithBareLf(VoMsgRfc822Entity& entity) {
-  int err = 0;
-  std::string raw;
-  const VoMsgResourceLocator* const content = entity._getRawContent(err, nullptr);
-  return content && !voFailed(readBytes(*content, raw)) && holdsBareLf(raw);
-}
-
 // One text and what goes into it.
 class Insertion {
  public:
@@ -144,8 +136,7 @@ VoErrorCode prepareText(VoMsgRfc822Entity& entity, const TextKind& kind, const D
     return kVoConversionFailed;
   }
   if (!insertion.hasPlace) return kVoDisclaimerRefused;
-  const bool bareLf = codec != TransferEncoding::quotedPrintable || liesWithBareLf(entity);
-  const TransferRules rules{encoding, bareLf, delimiters};
+  const TransferRules rules{encoding, ContentEditor(entity).lineEnd(), delimiters};
   return encodeForTransfer(insertion.edited, rules, out.content) ? kVoSuccess : kVoEncodeFailed;
 }
 

@@ -4,8 +4,6 @@
 #include <memory>
 
 #include "vomsg/edit/VoMsgDisclaimerText.h"
-#include "vomsg/encoding/VoBase64.h"
-#include "vomsg/encoding/VoQuotedPrintable.h"
 #include "vomsg/entity/VoMsgEntity.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgTransferEncoding.h"
@@ -60,15 +58,17 @@ bool decodesTo(std::string_view encoded, TransferEncoding encoding, std::string_
          !voFailed(readBytes(target, decoded)) && decoded == text;
 }
 
-// Encodes `text` with `encode`, and decodes it again.
-template <class Encode>
-bool encodeExactlyAs(TransferEncoding encoding, std::string_view text, std::string& out, Encode&& encode) {
+// Encodes `text`, and decodes it again.
+bool encodesExactly(std::string_view text, TransferEncoding encoding, std::string_view lineEnd, std::string& out) {
   std::string block(text);
-  VoMsgMemoryReader source(reinterpret_cast<unsigned char*>(block.data()), static_cast<unsigned>(block.size()));
+  const VoMsgMemoryResource source(block.data(), static_cast<unsigned>(block.size()), nullptr, nullptr);
   VoMsgMemoryResource target(0u, nullptr, nullptr);
-  const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(VoMsgResourceLocator::dataPart));
-  return source.open() && writer && encode(*writer, source) && !voFailed(readBytes(target, out)) &&
-         decodesTo(out, encoding, text);
+  {
+    const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(VoMsgResourceLocator::dataPart));
+    if (!writer || voFailed(encodeTransfer(encoding, *writer, source, nullptr, lineEnd)) || !writer->flush())
+      return false;
+  }
+  return !voFailed(readBytes(target, out)) && decodesTo(out, encoding, text);
 }
 
 }  // namespace
@@ -77,12 +77,6 @@ bool isIdentityEncoding(const char* encoding) {
   if (!encoding) return true;
   for (const char* name : {"7bit", "8bit", "binary"})
     if (equalNoCase(encoding, name)) return true;
-  return false;
-}
-
-bool holdsBareLf(std::string_view text) {
-  for (std::size_t at = text.find('\n'); at != text.npos; at = text.find('\n', at + 1))
-    if (at == 0 || text[at - 1] != '\r') return true;
   return false;
 }
 
@@ -105,17 +99,13 @@ bool encodeForTransfer(std::string_view text, const TransferRules& rules, Encode
     out.bytes = text;
     return true;
   }
-  const std::string_view lineEnd = rules.hasBareLf ? "\n" : "\r\n";  // any other CR or LF is encoded
-  if (differs(kBase64) &&
-      encodeExactlyAs(TransferEncoding::quotedPrintable, text, out.bytes,
-                      [lineEnd](auto& to, auto& from) { return encodeQuotedPrintableExactly(to, from, lineEnd); }) &&
+  if (differs(kBase64) && encodesExactly(text, TransferEncoding::quotedPrintable, rules.lineEnd, out.bytes) &&
       !holdsDelimiter(out.bytes, rules.delimiters)) {
     out.encoding = differs(kQuotedPrintable);
     return true;
   }
   out.encoding = differs(kBase64);
-  return encodeExactlyAs(TransferEncoding::base64, text, out.bytes,
-                         [](auto& to, auto& from) { return !voFailed(encodeBase64(to, from, true)); });
+  return encodesExactly(text, TransferEncoding::base64, rules.lineEnd, out.bytes);
 }
 
 }  // namespace vomsg::detail

@@ -13,7 +13,7 @@ namespace vomsg::detail {
 // What the place of a text demands.
 struct TransferRules {
   const char* declared;             // the encoding that the part names, null for none
-  bool hasBareLf;                   // messages lie here with LF alone; elsewhere servers refuse or repair one
+  std::string_view lineEnd;         // in the message around it; elsewhere a bare LF is refused or repaired
   const BoundaryTable& delimiters;  // what no line may look like, or the part ends there
 };
 
@@ -27,7 +27,6 @@ struct EncodedText {
 };
 
 bool isIdentityEncoding(const char* encoding);  // null is one
-bool holdsBareLf(std::string_view text);        // one without CR before it
 
 // An identity encoding is kept while it can hold the text: what is outside of ASCII needs 8bit, no line may pass 998
 // bytes or look like a delimiter. False when no encoding gives the same text back.
