@@ -6,6 +6,7 @@
 #include "tests/support/MessageFixture.h"
 #include "tests/support/RememberingLog.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
+#include "vomsg/header/VoMsgUserAddress.h"
 
 namespace {
 
@@ -170,6 +171,16 @@ TEST(MessageRead, TruncatedAndMutatedSamplesComeOutAsTheyCameIn) {
       mutant[random() % mutant.size()] = kBytes[random() % (sizeof kBytes - 1)];
       surviveUnchanged(mutant);
     }
+  }
+}
+
+// Blocks without a charset of their own inherit that of the part around them for 8-bit names.
+TEST(MessageRead, NamesAreReadInTheCharsetOfThePartAround) {
+  for (const char* type : {"message/rfc822; charset=iso-8859-2", "message/rfc822"}) {
+    MessageFixture message(std::string("Content-Type: ") + type + "\r\n\r\nFrom: \xA3uk <l@x.org>\r\n\r\nx");
+    VoMsgUserAddress* const from = entitiesOf(*message)[1]->getUserAddressAt("From", 0);
+    ASSERT_NE(from, nullptr);
+    EXPECT_EQ(std::string(from->getName("utf-8")) == "\xC5\x81uk", std::string(type).size() > 14) << type;
   }
 }
 

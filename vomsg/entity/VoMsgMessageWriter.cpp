@@ -6,6 +6,7 @@
 #include "vomsg/entity/VoMsgMessageWriter.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
@@ -225,6 +226,7 @@ VoErrorCode MessageWriter::afterChild(OpenMultipart& open) {
     open.position = std::uint64_t{child.mBodyOffset} + child.mBodySize;
   }
   if (open.seenInPlace) return kVoSuccess;  // what follows brings its line end
+  if (!open.next && open.position >= open.end && open.close.empty()) return kVoSuccess;  // as does what is around
   const VoErrorCode code = put(open.lineEnd);
   if (voFailed(code) || !open.firstInPlace) return code;
   std::string delimiter = "--" + open.boundary;
@@ -248,7 +250,7 @@ VoErrorCode MessageWriter::afterLastChild(OpenMultipart& open) {
     if (!voFailed(code)) code = open.behind->_writeToResource(&mOut);
     open.position = std::uint64_t{offset} + size;
   }
-  if (!voFailed(code) && !open.isNew) code = copyGap(open, open.end);
+  if (!voFailed(code) && !open.isNew) code = copyLastGap(open);
   return voFailed(code) ? code : put(open.close);
 }
 
@@ -295,6 +297,21 @@ VoErrorCode MessageWriter::copyGap(OpenMultipart& open, std::uint64_t end) {
   return code;
 }
 
+// Where parts were removed and no delimiter follows, the line end before theirs goes too: the part that is the last one
+// now ends as the removed one did.
+VoErrorCode MessageWriter::copyLastGap(OpenMultipart& open) {
+  const std::size_t next = open.nextRemoved;
+  if (next < open.removed.size() && open.removed.back().isPart && open.removed.back().end >= open.end) {
+    std::uint64_t until = delimiterBefore(open, std::max<std::uint64_t>(open.position, open.removed[next].begin));
+    until -= lineEndBefore(open, until);
+    const VoErrorCode code = until > open.position ? separate(open) : kVoSuccess;
+    if (voFailed(code)) return code;
+    open.nextRemoved = open.removed.size();
+    return copyDelimiters(open, std::exchange(open.position, open.end), until);
+  }
+  return copyGap(open, open.end);
+}
+
 // Copies [begin, end) of the source; where a caller changed the boundary, with the delimiter lines of the new one.
 VoErrorCode MessageWriter::copyDelimiters(OpenMultipart& open, std::uint64_t begin, std::uint64_t end) {
   if (open.boundary == open.sourceBoundary || open.sourceBoundary.empty() || open.boundary.empty() || begin >= end)
@@ -324,11 +341,7 @@ VoErrorCode MessageWriter::copyDelimiters(OpenMultipart& open, std::uint64_t beg
 std::uint64_t MessageWriter::delimiterBefore(OpenMultipart& open, std::uint64_t offset) {
   constexpr std::uint64_t kStep = 4096;
   const std::uint64_t floor = open.position;
-  const std::string tail = sourceBytes(*open.entity, offset - std::min<std::uint64_t>(2, offset - floor), offset);
-  if (tail == "\r\n")
-    offset -= 2;
-  else if (!tail.empty() && isLineEnd(tail.back()))
-    offset -= 1;
+  offset -= lineEndBefore(open, offset);
   while (offset > floor) {
     const std::uint64_t begin = offset - std::min(kStep, offset - floor);
     const std::string bytes = sourceBytes(*open.entity, begin, offset);
@@ -337,6 +350,14 @@ std::uint64_t MessageWriter::delimiterBefore(OpenMultipart& open, std::uint64_t 
     offset = begin;
   }
   return floor;
+}
+
+// The bytes of the line end right before `offset`, as far as they were not written yet.
+std::uint64_t MessageWriter::lineEndBefore(OpenMultipart& open, std::uint64_t offset) {
+  const std::uint64_t length = std::min<std::uint64_t>(2, offset - open.position);
+  const std::string tail = sourceBytes(*open.entity, offset - length, offset);
+  if (tail.empty() || !isLineEnd(tail.back())) return 0;
+  return tail == "\r\n" ? 2 : 1;
 }
 
 std::uint64_t MessageWriter::behindLineEnd(OpenMultipart& open, std::uint64_t offset) {

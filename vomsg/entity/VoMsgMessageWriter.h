@@ -61,8 +61,10 @@ class MessageWriter {
   VoErrorCode gotoInsertionPoint(OpenMultipart& open);
 
   VoErrorCode copyGap(OpenMultipart& open, std::uint64_t end);
+  VoErrorCode copyLastGap(OpenMultipart& open);
   VoErrorCode copyDelimiters(OpenMultipart& open, std::uint64_t begin, std::uint64_t end);
   std::uint64_t delimiterBefore(OpenMultipart& open, std::uint64_t offset);
+  std::uint64_t lineEndBefore(OpenMultipart& open, std::uint64_t offset);
   std::uint64_t behindLineEnd(OpenMultipart& open, std::uint64_t offset);
 
   VoMsgBufferedReader* readerOf(const VoMsgRfc822Entity& entity);

@@ -341,6 +341,9 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
   VoMsgEntity* added = child;
   if (child->getEntityTypeID() & kVoEntityIsMessage) added = child->createWrapperEntity();
   if (!added) return kVoNoMemory;
+  std::uint32_t offset, size;
+  const bool hasEpilogue = isEpilogueEntity(mpLastChild, offset, size);  // stands behind all parts, and stays there
+  if (hasEpilogue) i = std::min(i, countChildEntity() - 1);
   if (i == kAtEnd || (i == 1 && !hasChildEntity()))
     _appendChild(added);
   else

@@ -85,10 +85,14 @@ std::string_view VoMsgRfc822Entity::_declaredBoundary() const {
 }
 
 // A child that was made elsewhere may hold multiparts with the boundary of one around it, as when a message is
-// attached to its own copy; its delimiters would then end the outer one's parts.
+// attached to its own copy; its delimiters would then end the outer one's parts. So would a delimiter that is added
+// behind a part whose multipart has the same boundary and no end.
 VoErrorCode VoMsgRfc822Entity::_separateBoundaries(VoMsgEntity* child) {
-  const auto present = boundariesIn(child);
   VoErrorCode code = kVoSuccess;
+  if (!mChildrenChanged)
+    for (VoMsgEntity* part = getChildEntity(); part && !voFailed(code); part = part->getNextSiblingEntity())
+      if (boundariesIn(part).contains(_declaredBoundary())) code = _editMultipartHeaderParameter();
+  const auto present = boundariesIn(child);
   if (present.empty()) return code;
   for (VoMsgEntity* up = this; up && !voFailed(code); up = up->getParentEntity())
     if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(up))
