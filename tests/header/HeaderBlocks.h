@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-#include <random>
 #include <string>
 #include <string_view>
 
@@ -33,12 +32,6 @@ inline std::unique_ptr<VoMsgEntityHeader> parseBlock(std::string_view text, VoEr
   const VoErrorCode result = header->parseHeaderPart(&source, "us-ascii", nullptr);
   if (code) *code = result;
   return header;
-}
-
-// One of the texts that stand in `pieces`, each behind and before a "|".
-inline std::string_view anyPiece(std::string_view pieces, std::mt19937& random) {
-  const std::size_t at = pieces.rfind('|', random() % (pieces.size() - 1));
-  return pieces.substr(at + 1, pieces.find('|', at + 1) - at - 1);
 }
 
 // The block written anew.

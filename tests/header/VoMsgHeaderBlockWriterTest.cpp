@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 
 #include "tests/header/HeaderBlocks.h"
@@ -59,20 +58,6 @@ TEST(HeaderLineWriter, FoldsAt76Columns) {
   unsigned column = 0;
   LimitedWriter full(3, 1);
   EXPECT_EQ(vomsg::detail::WriteLine76(&full, "abcdef", 6, column, false), kVoWriteFailed);
-}
-
-TEST(HeaderLineWriter, NeverWritesASecondFieldAndNeverHangs) {
-  constexpr std::string_view kPieces =
-      "|a| |\t|\r|\n|\r\n|,|=?u?q?|?=|\"|X: y|              |aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa|";
-  std::mt19937 random(7);
-  for (int round = 0; round < 20000; ++round) {
-    std::string text = "a";
-    for (auto n = random() % 20; n > 0; --n) text += vomsg::test::anyPiece(kPieces, random);
-    const std::string out = folded(text, static_cast<unsigned>(random() % 100), random() % 2 == 0);
-    for (std::size_t at = out.find_first_of("\r\n"); at != out.npos; at = out.find_first_of("\r\n", at + 3))
-      ASSERT_EQ(out.substr(at, 3), "\r\n\t") << testing::PrintToString(text);
-    ASSERT_TRUE(out.empty() || (out.back() != '\r' && out.back() != '\n'));
-  }
 }
 
 TEST(HeaderBlockWriter, WritesAnew) {

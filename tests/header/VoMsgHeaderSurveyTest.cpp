@@ -118,6 +118,11 @@ constexpr std::string_view kPieces =
     "|\r\n|\n|\r|\r\n\t|\n |--b|--b--|,|;|=|\"|text/plain|x|boundary|boundary=b b|<|>|\n\n|?|\0|Content-Type: a;b=c\r\n"
     "|To: a, b;c\r\n|x: y\r\n|Content-Transfer-Encoding: z;b=c;d=e\n|"sv;
 
+std::string_view anyPiece(std::mt19937& random) {
+  const std::size_t at = kPieces.rfind('|', random() % (kPieces.size() - 1));
+  return kPieces.substr(at + 1, kPieces.find('|', at + 1) - at - 1);
+}
+
 TEST(HeaderSurvey, AgreesWithTheParseOnHostileBlocks) {
   const KeepOptions keep;
   const std::uint32_t seed = 20261;
@@ -130,7 +135,7 @@ TEST(HeaderSurvey, AgreesWithTheParseOnHostileBlocks) {
     const bool isLong = random() % 16 == 0;
     std::string text;
     for (auto n = random() % 14; n > 0; --n) {
-      text += test::anyPiece(kPieces, random);
+      text += anyPiece(random);
       if (isLong && random() % 3 == 0) text.append(3000 + random() % 3000, " ab:"[random() % 4]);
     }
     const bool hasLimits = random() % 2 == 0;
@@ -198,22 +203,21 @@ TEST(HeaderSurvey, TellsWhatTheParserCannotKeepAndWhere) {
   HeaderSurvey out;
   for (const Row& row : rows) {
     SCOPED_TRACE(row.text);
-    ExactMemoryReader source("junk" + row.text + "\n\nbody"), again("junk" + row.text + "\n\nbody");
-    VoMsgEntityHeader header;
-    ASSERT_TRUE(source.seek(4) && again.seek(4));
+    ExactMemoryReader source("junk" + row.text + "\n\nbody");
+    ASSERT_TRUE(source.seek(4));
     surveyHeaderBlock(out, source, false, nullptr);
-    EXPECT_EQ(header.parseHeaderPart(&again, nullptr, nullptr), kVoSuccess);
-    const std::unique_ptr<VoMsgEntityHeader> copy(header.newCopy());
-    for (const VoMsgEntityHeader* parsed : {&header, copy.get()}) {
-      EXPECT_EQ(parsed->getMark(), row.mark);
-      EXPECT_EQ(parsed->getMarkOffset(), row.mark == HeaderMark::none ? 0 : 4 + row.offset);
-      EXPECT_EQ(parsed->getHeaderOffset(), 4u);
-      EXPECT_EQ(parsed->getHeaderSize(), out.size);
-      EXPECT_FALSE(parsed->isEdited());
-    }
     EXPECT_EQ(out.mark, row.mark);
-    EXPECT_EQ(out.markOffset, header.getMarkOffset());
+    EXPECT_EQ(out.markOffset, row.mark == HeaderMark::none ? 0 : 4 + row.offset);
     EXPECT_EQ(out.offset, 4u);
+
+    VoMsgEntityHeader header;
+    ASSERT_EQ(source.rseek(4, 0), 4);
+    EXPECT_EQ(header.parseHeaderPart(&source, nullptr, nullptr), kVoSuccess);
+    const std::unique_ptr<VoMsgEntityHeader> copy(header.newCopy());
+    EXPECT_EQ(copy->getMark(), out.mark);
+    EXPECT_EQ(copy->getMarkOffset(), out.markOffset);
+    EXPECT_EQ(copy->getHeaderOffset(), 4u);
+    EXPECT_FALSE(copy->isEdited());
   }
 }
 
