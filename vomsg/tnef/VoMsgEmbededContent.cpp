@@ -113,18 +113,20 @@ std::unique_ptr<VoMsgMultiEmbededEntity> cutText(VoMsgBufferedReader& reader, st
   return whole;
 }
 
-bool isEmlName(const char* name) {
-  const std::string_view text = viewOf(name);
-  return text.size() >= 5 && endsWithNoCase(text, ".eml");
+bool isEmlName(std::string_view name) {
+  name = name.substr(0, name.find('\0'));
+  return name.size() >= 5 && endsWithNoCase(name, ".eml");
 }
 
 // Reads the attachments that are named as messages. One that cannot be read as such stays an attachment.
-void readNestedMessages(VoMsgEntity& whole) {
+void readNestedMessages(VoMsgMultiEmbededEntity& whole) {
+  const OpenSource open(whole.textSource());  // once for all names: there may be a million
+  std::string name;
   for (VoMsgEntity* piece = whole.getChildEntity(); piece; piece = piece->getNextSiblingEntity()) {
-    if (!piece->getEncoding() || !isEmlName(piece->getFileName(nullptr))) continue;
+    const auto& block = dynamic_cast<VoMsgEmbededEntity&>(*piece);
+    if (voFailed(block.readName(name)) || !isEmlName(name)) continue;
     if (static_cast<int>(piece->getNestingLevel()) >= VoMsgMailMessage::getMaxExtractLevel()) return;
-    std::unique_ptr<VoMsgResourceLocator> content(
-        VoMsgResourceManager::createTmpResource(dynamic_cast<VoMsgEmbededEntity&>(*piece).getBodySize()));
+    std::unique_ptr<VoMsgResourceLocator> content(VoMsgResourceManager::createTmpResource(block.getBodySize()));
     int err = 0;
     if (!content || !piece->_getContent(err, content.get()) || content->getSize(VoMsgResourceLocator::dataPart) == 0)
       continue;

@@ -166,27 +166,33 @@ const char* VoMsgEmbededEntity::getEncoding() const {
   return nullptr;
 }
 
+VoErrorCode VoMsgEmbededEntity::readName(std::string& name) const {
+  name.clear();
+  if (!isBlock()) return kVoSuccess;
+  return guarded([&] {
+    return withBytes([&](VoMsgBufferedReader& reader, std::uint32_t size) -> VoErrorCode {
+      if (mPiece.kind == EmbeddedKind::binHex) {
+        BinHexSummary summary;
+        const VoErrorCode surveyed = surveyBinHex(reader, size, summary);
+        name = summary.name;
+        return surveyed;
+      }
+      std::string line;
+      walkLine(reader, size, [&](std::string_view stretch, bool) {
+        line.append(stretch.substr(0, kLongestName - line.size()));
+        return true;
+      });
+      std::string_view found;
+      if (isUUEncodeBegin(line, found)) name = found;
+      return kVoSuccess;
+    });
+  });
+}
+
 const char* VoMsgEmbededEntity::rawName() const {
   if (!isBlock()) return nullptr;
   State& own = state();
-  if (own.hasName) return own.name.c_str();
-  const VoErrorCode code = withBytes([&](VoMsgBufferedReader& reader, std::uint32_t size) -> VoErrorCode {
-    if (mPiece.kind == EmbeddedKind::binHex) {
-      BinHexSummary summary;
-      const VoErrorCode surveyed = surveyBinHex(reader, size, summary);
-      own.name = summary.name;
-      return surveyed;
-    }
-    std::string line;
-    walkLine(reader, size, [&](std::string_view stretch, bool) {
-      line.append(stretch.substr(0, kLongestName - line.size()));
-      return true;
-    });
-    std::string_view name;
-    if (isUUEncodeBegin(line, name)) own.name = name;
-    return kVoSuccess;
-  });
-  own.hasName = !voFailed(code);
+  if (!own.hasName) own.hasName = !voFailed(readName(own.name));
   return own.hasName ? own.name.c_str() : nullptr;
 }
 

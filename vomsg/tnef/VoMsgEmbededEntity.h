@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "vomsg/tnef/VoMsgEmbededScanner.h"
 #include "vomsg/tnef/VoMsgHeaderlessEntity.h"
@@ -22,6 +23,8 @@ class VOMSG_API VoMsgEmbededEntity : public VoMsgHeaderlessEntity {
   // Where the piece lies in the text it was found in.
   unsigned getBodyOffset() const { return mPiece.offset; }
   unsigned getBodySize() const { return mPiece.size; }
+  // The file name in the block, which is read again each time and not kept; empty for text.
+  VoErrorCode readName(std::string& name) const;
 
   const char* getContentType() const override;  // "text/plain" or "application/octet-stream"
   const char* getCharset() const override;      // of a stretch of text: as of the whole text; else null
