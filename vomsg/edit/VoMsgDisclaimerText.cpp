@@ -4,16 +4,14 @@
 #include <memory>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
-#include "vomsg/charset/convert/VoMsgTextConversion.h"
+#include "vomsg/charset/convert/VoMsgWholeText.h"
 #include "vomsg/foundation/VoMsgAscii.h"
-#include "vomsg/foundation/VoMsgBufferedReader.h"
-#include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoMsgResourceBytes.h"
 
 namespace vomsg::detail {
 
 namespace {
 
-constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
@@ -59,29 +57,7 @@ const char* wideCharset(const char* charset, std::string_view text) {
 
 bool isUtf8Name(const char* charset) { return voIsEqualCharsetName(charset, "utf-8"); }
 
-std::string withCrLf(std::string_view text) {
-  std::string out;
-  out.reserve(text.size() + text.size() / 16);
-  while (!text.empty()) {
-    const std::size_t end = text.find_first_of("\r\n");
-    out += text.substr(0, end);
-    if (end == text.npos) break;
-    out += "\r\n";
-    text.remove_prefix(end + (text.substr(end, 2) == "\r\n" ? 2 : 1));
-  }
-  return out;
-}
-
 }  // namespace
-
-VoErrorCode readBytes(const VoMsgResourceLocator& resource, std::string& bytes) {
-  bytes.assign(resource.getSize(kData), '\0');
-  const std::unique_ptr<VoMsgBufferedReader> reader(resource.getInputStream(kData));
-  if (!reader) return kVoReadFailed;
-  const unsigned wanted = static_cast<unsigned>(bytes.size());
-  bytes.resize(wanted > 0 ? reader->read(bytes.data(), wanted) : 0);
-  return bytes.size() == wanted ? kVoSuccess : kVoReadFailed;
-}
 
 // Converters stand U+FFFD in for what is invalid, some of them U+001A, so more of these than there were are a loss.
 bool decodeExactly(std::string_view bytes, const char* charset, std::string& utf8) {
@@ -111,10 +87,6 @@ bool isPlainSuperset(const char* charset) {
   constexpr std::string_view kProbe = "\t\r\n !\"'-./0129:;<=>ABXYZ\\abxyz";  // EBCDIC has them elsewhere
   std::string converted;
   return convertWholeText("utf-8", charset, false, kProbe, converted) && converted == kProbe;
-}
-
-bool isAscii(std::string_view text) {
-  return std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
 }
 
 bool endsLine(std::string_view text) { return !text.empty() && isLineEnd(text.back()); }

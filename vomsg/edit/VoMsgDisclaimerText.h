@@ -10,8 +10,6 @@ class VoMsgResourceLocator;
 
 namespace vomsg::detail {
 
-VoErrorCode readBytes(const VoMsgResourceLocator& resource, std::string& bytes);
-
 // The text of `bytes` in UTF-8. False when some of it is invalid in `charset`, or nobody can convert it.
 bool decodeExactly(std::string_view bytes, const char* charset, std::string& utf8);
 // The other way. False when decoding the result would not give the same text again.
@@ -20,7 +18,6 @@ bool encodeExactly(std::string_view utf8, const char* charset, std::string& byte
 // Whether bytes below 0x80 are ASCII characters wherever they stand, so that text can be edited without decoding it.
 bool isPlainSuperset(const char* charset);
 
-bool isAscii(std::string_view text);
 bool endsLine(std::string_view text);
 
 struct Disclaimer {

@@ -7,8 +7,10 @@
 #include "vomsg/edit/VoMsgContentEditor.h"
 #include "vomsg/entity/VoMsgTextCharset.h"
 #include "vomsg/entity/VoMsgTransferEncoding.h"
+#include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/foundation/VoMsgResourceBytes.h"
 
 namespace vomsg::detail {
 

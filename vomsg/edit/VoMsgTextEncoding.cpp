@@ -11,6 +11,7 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/foundation/VoMsgResourceBytes.h"
 
 namespace vomsg::detail {
 

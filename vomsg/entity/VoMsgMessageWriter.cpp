@@ -18,7 +18,7 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgLog.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"
-#include "vomsg/foundation/VoMsgResourceManager.h"
+#include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/header/VoMsgHeaderSurvey.h"
 
@@ -156,8 +156,7 @@ VoErrorCode MessageWriter::writeChild(VoMsgRfc822Entity& entity, VoMsgEntity& ch
   const TransferEncoding encoding = encodingForChild(entity, child);
   mLineIsEnded = false;
   if (encoding == TransferEncoding::identity) return child._writeToResource(&mOut);
-  const std::unique_ptr<VoMsgResourceLocator> content(
-      VoMsgResourceManager::createTmpResource(std::max(1u, entity.mBodySize)));
+  const std::unique_ptr<VoMsgResourceLocator> content = temporaryResource(entity.mBodySize);
   if (!content) return kVoNoMemory;
   {
     const std::unique_ptr<VoMsgBufferedWriter> writer(content->getOutputStream(VoMsgResourceLocator::dataPart));

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
-#include "vomsg/charset/convert/VoMsgTextConversion.h"
+#include "vomsg/charset/convert/VoMsgWholeText.h"
 #include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
@@ -21,7 +21,7 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
-#include "vomsg/foundation/VoMsgResourceManager.h"
+#include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
 namespace {
@@ -30,30 +30,6 @@ using namespace vomsg::detail;
 
 constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
 constexpr std::size_t kLongestLine = 998;  // RFC 5322, section 2.1.1
-
-bool readAll(const VoMsgResourceLocator& resource, std::string& text) {
-  const std::unique_ptr<VoMsgBufferedReader> reader(resource.getInputStream(kData));
-  text.resize(resource.getSize(kData));
-  if (!reader) return text.empty();
-  text.resize(reader->read(text.data(), static_cast<unsigned>(text.size())));
-  return true;
-}
-
-VoErrorCode writeAll(const VoMsgResourceLocator& target, std::string_view text) {
-  const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(kData));
-  if (!writer) return kVoWriteFailed;
-  return writer->write(text.data(), static_cast<unsigned>(text.size())) && writer->flush() ? kVoSuccess
-                                                                                           : kVoWriteFailed;
-}
-
-std::unique_ptr<VoMsgResourceLocator> temporaryResource(std::uint64_t size) {
-  return std::unique_ptr<VoMsgResourceLocator>(
-      VoMsgResourceManager::createTmpResource(static_cast<unsigned>(std::clamp<std::uint64_t>(size, 1, 0xFFFFFFFFu))));
-}
-
-bool isAscii(std::string_view text) {
-  return std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-}
 
 bool isTextType(const char* type) { return !type || startsWithNoCase(type, "text/"); }
 
@@ -66,19 +42,6 @@ bool isMailText(std::string_view text) {
     text.remove_prefix(end + 1);
   }
   return true;
-}
-
-std::string withCrLf(std::string_view text) {
-  std::string out;
-  out.reserve(text.size() + text.size() / 16);
-  while (!text.empty()) {
-    const std::size_t end = text.find_first_of("\r\n");
-    out += text.substr(0, end);
-    if (end == text.npos) break;
-    out += "\r\n";
-    text.remove_prefix(end + (text.substr(end, 2) == "\r\n" ? 2 : 1));
-  }
-  return out;
 }
 
 // Whether the encoded `body` holds a delimiter line of a multipart around `entity`.
@@ -169,17 +132,17 @@ const VoMsgResourceLocator* VoMsgRfc822Entity::_getTextContent(int& err, const V
     }
     std::string text;
     std::string converted;
-    const bool isConverted =
-        isWanted && readAll(*content, text) && convertWholeText(charset, from.name.c_str(), true, text, converted);
+    const bool isConverted = isWanted && !voFailed(readBytes(*content, text)) &&
+                             convertWholeText(charset, from.name.c_str(), true, text, converted);
     if (!target && !isConverted) return kVoSuccess;
-    if (!isConverted && !readAll(*content, converted)) return kVoReadFailed;
+    if (!isConverted && voFailed(readBytes(*content, converted))) return kVoReadFailed;
     if (target) {
       result = target;
-      return writeAll(*target, converted);
+      return writeBytes(*target, converted);
     }
     std::unique_ptr<VoMsgResourceLocator> kept = temporaryResource(converted.size());
     if (!kept) return kVoWriteFailed;
-    const VoErrorCode written = writeAll(*kept, converted);
+    const VoErrorCode written = writeBytes(*kept, converted);
     if (!voFailed(written)) result = body.keepText(std::move(kept), conversion);
     return written;
   });
@@ -322,7 +285,7 @@ VoErrorCode VoMsgRfc822Entity::_setTextContent(VoMsgResourceLocator* content, co
   if (isMultipartEntity() || startsWithNoCase(viewOf(contentType), "multipart/")) return kVoNoContent;
   std::string text;
   std::string converted;
-  if (!readAll(*content, text)) return kVoReadFailed;
+  if (voFailed(readBytes(*content, text))) return kVoReadFailed;
   std::string label(viewOf(getCharset()));
   std::string source = charset ? charset : label;
   if (decodeWideText(source.c_str(), text, converted)) {

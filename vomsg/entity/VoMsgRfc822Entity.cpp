@@ -34,10 +34,6 @@ bool isAddressHeader(std::string_view name) {
   return equalNoCase(name, "From") || equalNoCase(name, "To") || equalNoCase(name, "Cc") || equalNoCase(name, "Bcc");
 }
 
-bool isAscii(std::string_view text) {
-  return std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-}
-
 // An address list with its display names encoded; what stands in angle brackets is never touched. An encoded word
 // must not take an address in (RFC 2047, section 5).
 VoErrorCode encodeAddressNames(const char* field, const char* value, const char* srcCharset, const char* dstCharset,
@@ -77,7 +73,8 @@ VoMsgRfc822Entity::VoMsgRfc822Entity()
       mIsMarked(false),
       mSubtreeMarked(false),
       mMayBePartial(false),
-      mInPlace(false) {}
+      mInPlace(false),
+      mBoundaryIsAlone(false) {}
 
 VoMsgRfc822Entity::~VoMsgRfc822Entity() = default;
 

@@ -173,4 +173,5 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   bool mSubtreeMarked : 1;       // so does a block in the subtree, down to nested messages
   bool mMayBePartial : 1;        // the block declares some message/* type
   bool mInPlace : 1;             // lies between the delimiters of its parent's source
+  bool mBoundaryIsAlone : 1;     // no multipart below has the same boundary
 };

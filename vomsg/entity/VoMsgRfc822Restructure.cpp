@@ -89,9 +89,10 @@ std::string_view VoMsgRfc822Entity::_declaredBoundary() const {
 // behind a part whose multipart has the same boundary and no end.
 VoErrorCode VoMsgRfc822Entity::_separateBoundaries(VoMsgEntity* child) {
   VoErrorCode code = kVoSuccess;
-  if (!mChildrenChanged)
+  if (!mBoundaryIsAlone)
     for (VoMsgEntity* part = getChildEntity(); part && !voFailed(code); part = part->getNextSiblingEntity())
       if (boundariesIn(part).contains(_declaredBoundary())) code = _editMultipartHeaderParameter();
+  mBoundaryIsAlone = !voFailed(code);
   const auto present = boundariesIn(child);
   if (present.empty()) return code;
   for (VoMsgEntity* up = this; up && !voFailed(code); up = up->getParentEntity())

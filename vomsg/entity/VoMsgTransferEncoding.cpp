@@ -11,7 +11,7 @@
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
-#include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
 namespace vomsg::detail {
@@ -35,24 +35,6 @@ const NamedEncoding* findEncoding(const char* name) {
     if (equalNoCase(row.name, viewOf(name))) return &row;
   return nullptr;
 }
-
-// Takes everything and keeps the number of bytes.
-class CountingWriter : public VoMsgBufferedWriter {
- public:
-  CountingWriter() : VoMsgBufferedWriter(0) {}
-  bool open() override { return true; }
-  bool close() override { return true; }
-  bool isOpen() override { return true; }
-  bool writeBuffer() override {
-    mCount += mUsed;
-    mUsed = 0;
-    return true;
-  }
-  std::uint64_t count() const { return mCount + mUsed; }
-
- private:
-  std::uint64_t mCount = 0;
-};
 
 VoErrorCode copyBytes(VoMsgBufferedReader& source, VoMsgBufferedWriter& target, std::uint32_t length) {
   const VoErrorCode code = copyRange(source, target, source.getOffset(), length);

@@ -1,4 +1,4 @@
-// Case-insensitive comparison that knows ASCII only, whatever the host's locale; and character classes.
+// Case-insensitive comparison that knows ASCII only, whatever the host's locale; and classes of characters.
 #pragma once
 
 #include <cstddef>
@@ -25,6 +25,12 @@ constexpr bool endsWithNoCase(std::string_view text, std::string_view suffix) no
 
 constexpr bool isBlank(char c) noexcept { return c == ' ' || c == '\t'; }
 constexpr bool isLineEnd(char c) noexcept { return c == '\r' || c == '\n'; }
+
+constexpr bool isAscii(std::string_view text) noexcept {
+  for (const char c : text)
+    if (static_cast<unsigned char>(c) >= 0x80) return false;
+  return true;
+}
 
 // A string_view of a C string that may be null.
 constexpr std::string_view viewOf(const char* text) noexcept {

@@ -35,10 +35,6 @@ bool isOneOf(std::string_view name, std::initializer_list<std::string_view> name
   return std::any_of(names.begin(), names.end(), [name](std::string_view other) { return equalNoCase(name, other); });
 }
 
-bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 // A decoded NUL would end the text and take the rest of the value with it.
 bool holdsNul(const EncodedWordSpan& word) {
   if (toLower(word.encoding) == 'q') return word.text.find("=00") != word.text.npos;

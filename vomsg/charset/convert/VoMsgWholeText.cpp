@@ -1,4 +1,4 @@
-#include "vomsg/charset/convert/VoMsgTextConversion.h"
+#include "vomsg/charset/convert/VoMsgWholeText.h"
 
 #include <cstdint>
 #include <memory>
