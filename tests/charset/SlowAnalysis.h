@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "vomsg/charset/detect/VoMsgCharSetDetectorFacade.h"
+#include "vomsg/charset/detect/tables/VoMsgSequenceModels.h"
 
 namespace vomsg::test {
 
@@ -196,6 +197,33 @@ struct SlowGroup : SlowMember {
   SlowMember* choice = nullptr;
 };
 
+// The single-byte models: the record, its tables and their files, and what they report.
+struct SequenceRow {
+  const SequenceModel* model;
+  const unsigned char (&orders)[256];
+  const unsigned char (&pairs)[4096];
+  const char *map, *language;
+  float ratio;
+  const char* name;
+};
+#define SEQUENCE_ROW(model, map, language) &model, map##CharToOrderMap, language##LangModel, #map, #language
+constexpr SequenceRow kSequences[] = {
+    {SEQUENCE_ROW(Koi8rModel, KOI8R_, Russian), 0.976601f, "KOI8-R"},
+    {SEQUENCE_ROW(Win1251Model, win1251_, Russian), 0.976601f, "windows-1251"},
+    {SEQUENCE_ROW(Latin5Model, latin5_, Russian), 0.976601f, "ISO-8859-5"},
+    {SEQUENCE_ROW(MacCyrillicModel, macCyrillic_, Russian), 0.976601f, "x-mac-cyrillic"},
+    {SEQUENCE_ROW(Ibm866Model, IBM866_, Russian), 0.976601f, "IBM866"},
+    {SEQUENCE_ROW(Ibm855Model, IBM855_, Russian), 0.976601f, "IBM855"},
+    {SEQUENCE_ROW(Latin7Model, Latin7_, Greek), 0.982851f, "ISO-8859-7"},
+    {SEQUENCE_ROW(Win1253Model, win1253_, Greek), 0.982851f, "windows-1253"},
+    {SEQUENCE_ROW(Latin5BulgarianModel, Latin5_Bulgarian, Bulgarian), 0.969392f, "ISO-8859-5"},
+    {SEQUENCE_ROW(Win1251BulgarianModel, win1251Bulgarian, Bulgarian), 0.969392f, "windows-1251"},
+    {SEQUENCE_ROW(Latin2HungarianModel, Latin2_Hungarian, Hungarian), 0.947368f, "ISO-8859-2"},
+    {SEQUENCE_ROW(Win1250HungarianModel, win1250Hungarian, Hungarian), 0.947368f, "windows-1250"},
+    {SEQUENCE_ROW(TIS620ThaiModel, TIS620, Thai), 0.926386f, "TIS-620"},
+};
+#undef SEQUENCE_ROW
+
 inline int inRows(int lead, int b0, int b1) { return 94 * (b0 - lead) + b1 - 0xA1; }
 
 // The whole tree.
@@ -219,19 +247,7 @@ struct SlowFacade : SlowGroup {
       return row < 0 ? -1 : 188 * row + b1 - 0x40 - (b1 >= 0x80);
     });
     auto single = std::make_unique<SlowGroup>();
-    single->add<SlowSequence>("KOI8R_", "Russian", 0.976601f, "KOI8-R");
-    single->add<SlowSequence>("win1251_", "Russian", 0.976601f, "windows-1251");
-    single->add<SlowSequence>("latin5_", "Russian", 0.976601f, "ISO-8859-5");
-    single->add<SlowSequence>("macCyrillic_", "Russian", 0.976601f, "x-mac-cyrillic");
-    single->add<SlowSequence>("IBM866_", "Russian", 0.976601f, "IBM866");
-    single->add<SlowSequence>("IBM855_", "Russian", 0.976601f, "IBM855");
-    single->add<SlowSequence>("Latin7_", "Greek", 0.982851f, "ISO-8859-7");
-    single->add<SlowSequence>("win1253_", "Greek", 0.982851f, "windows-1253");
-    single->add<SlowSequence>("Latin5_Bulgarian", "Bulgarian", 0.969392f, "ISO-8859-5");
-    single->add<SlowSequence>("win1251Bulgarian", "Bulgarian", 0.969392f, "windows-1251");
-    single->add<SlowSequence>("Latin2_Hungarian", "Hungarian", 0.947368f, "ISO-8859-2");
-    single->add<SlowSequence>("win1250Hungarian", "Hungarian", 0.947368f, "windows-1250");
-    single->add<SlowSequence>("TIS620", "Thai", 0.926386f, "TIS-620");
+    for (const auto& row : kSequences) single->add<SlowSequence>(row.map, row.language, row.ratio, row.name);
     add<SlowScheme>();
     members.push_back(std::move(multi));
     members.push_back(std::move(single));
@@ -254,20 +270,30 @@ inline void expectSame(VoMsgDetectorSession& session, const SlowMember& slow) {
   for (std::size_t i = 0; i < sessions.size(); ++i) expectSame(*sessions[i], *group->members[i]);
 }
 
-// `nextSize` says how long the next chunk is. Goes on until the tree has decided.
+// Feeds both the text until they decide; `nextSize` says how long the next chunk is.
 template <class NextSize>
-void compareTrees(const std::string& text, NextSize nextSize) {
-  static VoMsgCharSetDetectorFacade facade;
-  Session session(facade.createSession());
-  SlowFacade slow;
+void compare(VoMsgCharSetDetector& detector, SlowMember&& slow, const std::string& text, NextSize nextSize) {
+  const Session session(detector.createSession());
   for (std::size_t at = 0; at < text.size() && slow.state == 0;) {
     const std::string chunk = text.substr(at, nextSize());
     const std::vector<char> block(chunk.begin(), chunk.end());  // of its exact size
-    ASSERT_EQ(facade.handleData(block.data(), static_cast<unsigned>(block.size()), session.get()), session.get());
+    ASSERT_EQ(detector.handleData(block.data(), static_cast<unsigned>(block.size()), session.get()), session.get());
     slow.feed(chunk);
     ASSERT_NO_FATAL_FAILURE(expectSame(*session, slow)) << at;
     at += chunk.size();
   }
+}
+
+template <class NextSize>
+void compareTrees(const std::string& text, NextSize nextSize) {
+  static VoMsgCharSetDetectorFacade facade;
+  compare(facade, SlowFacade(), text, nextSize);
+}
+
+inline std::string times(const std::string& text, unsigned count) {
+  std::string all;
+  while (count-- > 0) all += text;
+  return all;
 }
 
 }  // namespace vomsg::test

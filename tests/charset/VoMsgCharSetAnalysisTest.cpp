@@ -17,7 +17,7 @@
 
 namespace {
 
-using vomsg::test::readFile;
+using namespace vomsg::test;
 
 struct Result {
   std::string charset = "unknown";
@@ -43,8 +43,8 @@ Result analyse(const std::string& text, const char* format = "text/plain") {
 
 // In blocks of 4096 bytes; the name of a single-byte charset waits for the first byte above ASCII.
 Result analyseSlowly(const std::string& text) {
-  vomsg::test::SlowFacade tree;
-  const vomsg::test::SlowMember* const single = tree.members.back().get();
+  SlowFacade tree;
+  const SlowMember* const single = tree.members.back().get();
   bool isAscii = true;
   for (std::size_t at = 0; at < text.size(); at += 4096) {
     const std::string block = text.substr(at, 4096);
@@ -63,12 +63,6 @@ std::string inCharset(const std::string& text, const char* charset) {
   vomsg::detail::substituteInIcu(*to, '?');
   EXPECT_EQ(vomsg::detail::transcodeWithIcu(*from, *to, text, out), kVoSuccess) << charset;
   return out;
-}
-
-std::string repeated(const std::string& text, unsigned times) {
-  std::string all;
-  while (times-- > 0) all += text;
-  return all;
 }
 
 TEST(CharSetAnalysis, RecognisesRealTexts) {
@@ -114,13 +108,13 @@ TEST(CharSetAnalysis, RecognisesRealTexts) {
     const std::string text = readFile(std::string(VOMSG_TEST_DATA "/texts/") + row.language + ".txt");
     ASSERT_FALSE(text.empty());
     // Four times, because some texts alone have too few characters.
-    const std::string bytes = repeated(inCharset(text, row.charset), 4);
+    const std::string bytes = times(inCharset(text, row.charset), 4);
     EXPECT_EQ(analyse(bytes), (Result{row.want, std::strcmp(row.want, "unknown") == 0 ? bytes.size() : 4096}));
     // The end of a block cuts the text's beginning in all places, then something in its middle, and nothing changes.
     for (std::size_t before = 4080; before <= 4097; ++before) {
       const std::string later = std::string(before, '1') + bytes;
       EXPECT_EQ(analyse(later), analyseSlowly(later)) << before;
-      vomsg::test::compareTrees(bytes, [&] { return before - 3000; });
+      compareTrees(bytes, [&] { return before - 3000; });
     }
   }
 }
@@ -131,9 +125,9 @@ TEST(CharSetAnalysis, KnowsItsLimits) {
     std::string text;
     const char* want;
   };
-  const std::string ascii = repeated("Just a line of plain text that any language could hold.\r\n", 2000);
+  const std::string ascii = times("Just a line of plain text that any language could hold.\r\n", 2000);
   const std::string hungarianAscii = inCharset(readFile(VOMSG_TEST_DATA "/texts/hungarian.txt"), "us-ascii");
-  const std::string plainHungarian = repeated(hungarianAscii, 20);
+  const std::string plainHungarian = times(hungarianAscii, 20);
   const Row rows[] = {
       {"nothing", "", "unknown"},
       {"ASCII", ascii, "unknown"},

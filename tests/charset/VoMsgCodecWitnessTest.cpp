@@ -20,16 +20,6 @@ std::string fromHex(std::string_view hex) {
   return bytes;
 }
 
-std::string toHex(std::string_view bytes) {
-  std::string hex;
-  for (const char byte : bytes) {
-    char digits[3];
-    std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(byte));
-    hex += digits;
-  }
-  return hex;
-}
-
 // What the witness says, by kind; empty without Python.
 std::map<std::string, std::vector<Fields>> witness() {
   std::map<std::string, std::vector<Fields>> kinds;
@@ -125,7 +115,8 @@ TEST(CodecWitness, AgreesOnEveryCharacter) {
       const std::string& to = fields[static_cast<std::size_t>(check.toColumn)];
       const std::string got = run(*converter, from).text;
       if (got == to && (!check.thereAndBack || run(*back, got).text == from)) continue;
-      EXPECT_TRUE(isMeant(check, fields[0])) << toHex(from) << " gives " << toHex(got) << ", not " << toHex(to);
+      EXPECT_TRUE(isMeant(check, fields[0])) << testing::PrintToString(from) << " gives " << testing::PrintToString(got)
+                                             << ", not " << testing::PrintToString(to);
     }
   }
   for (const Difference& difference : kDifferences) EXPECT_GT(difference.met, 0) << difference.reason;
