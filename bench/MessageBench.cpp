@@ -5,8 +5,10 @@
 #include <malloc.h>
 
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <random>
@@ -87,14 +89,28 @@ const std::string& message(int shape) {
   return text;
 }
 
-std::string fileOf(int shape) {
-  static std::array<std::string, kShapes> paths;
-  std::string& path = paths[static_cast<std::size_t>(shape)];
-  if (path.empty()) {
-    path = "vomsg-bench-" + std::to_string(shape) + ".eml";
-    std::ofstream(path, std::ios::binary) << message(shape);
+// Files of the messages, gone when the program ends.
+class Files {
+ public:
+  ~Files() {
+    for (const std::string& path : mPaths) std::remove(path.c_str());
   }
-  return path;
+  const std::string& of(int shape) {
+    std::string& path = mPaths[static_cast<std::size_t>(shape)];
+    if (path.empty()) {
+      path = std::filesystem::temp_directory_path() / ("vomsg-bench-" + std::to_string(shape) + ".eml");
+      std::ofstream(path, std::ios::binary) << message(shape);
+    }
+    return path;
+  }
+
+ private:
+  std::array<std::string, kShapes> mPaths;
+};
+
+const std::string& fileOf(int shape) {
+  static Files files;
+  return files.of(shape);
 }
 
 VoMsgResourceLocator* memorySource(const std::string& text) {
