@@ -123,6 +123,18 @@ TEST(EmbeddedContent, NewPiecesKeepToTheLinesAroundThem) {
   EXPECT_EQ(contentOf(*piecesOf(*again)[3]), "three");
 }
 
+TEST(EmbeddedContent, TheRestOfAQuotedPrintableTextStaysWhatItWas) {
+  for (const std::string lineEnd : {"\r\n", "\n"}) {
+    const std::string head = "Content-Transfer-Encoding: quoted-printable" + lineEnd + lineEnd;
+    MessageFixture message(head + "caf=C3=A9" + lineEnd + "=0A=0D" + lineEnd + uuencode("one", "1"));
+    const std::string before = contentOf(*piecesOf(*message)[0]);
+    ASSERT_EQ(replace(*piecesOf(*message)[1], "two"), kVoSuccess);
+    EXPECT_TRUE(written(*message).starts_with(head + "caf=C3=A9" + lineEnd));
+    MessageFixture again(written(*message));
+    EXPECT_EQ(contentOf(*piecesOf(*again)[0]), before);
+  }
+}
+
 TEST(EmbeddedContent, SettersRefuseWhatABlockCannotHold) {
   MessageFixture message(header("8bit") + mixedText());
   const auto pieces = piecesOf(*message);
@@ -135,6 +147,9 @@ TEST(EmbeddedContent, SettersRefuseWhatABlockCannotHold) {
   EXPECT_EQ(pieces[0]->setFileName("x"), kVoNotSupported);
   EXPECT_EQ(message->getChildEntity()->removeChildEntityAt(5), kVoOutOfRange);
   EXPECT_FALSE(message->isModified());
+  ASSERT_EQ(replace(*pieces[3], std::string(300, '\0')), kVoSuccess);  // which BinHex cannot say
+  EXPECT_EQ(contentOf(*pieces[3]), std::string(300, '\0'));
+  EXPECT_STREQ(pieces[3]->getEncoding(), "x-uuencode");
   std::string named = "content";
   VoMsgMemoryResource content(named.data(), 7, "from\r\nresource", "us-ascii");
   ASSERT_EQ(pieces[1]->setContent(&content, nullptr, "X-UUEncode"), kVoSuccess);

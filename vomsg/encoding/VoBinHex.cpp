@@ -151,7 +151,8 @@ VoErrorCode surveyBinHex(VoMsgBufferedReader& source, std::uint64_t length, BinH
   return kVoSuccess;
 }
 
-VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name) {
+VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name,
+                         bool* isExact) {
   // A file that cannot be read has no size either; it must not pass for an empty one.
   const std::unique_ptr<VoMsgBufferedReader> data(source.getInputStream(VoMsgResourceLocator::dataPart));
   if (!data) return kVoReadFailed;
@@ -170,6 +171,7 @@ VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator
   VoErrorCode code = writeDataFork(q, *data, header);
   if (!voFailed(code)) code = writeResourceFork(q, source, header);
   if (voFailed(code)) return code;
+  if (isExact) *isExact = q.isExact;
   return writeBinHexFooter(q) && target.flush() ? kVoSuccess : kVoWriteFailed;
 }
 

@@ -41,6 +41,8 @@ struct BinHexSummary {
 };
 // What the header in the next `length` bytes says. Writes nothing.
 VoErrorCode surveyBinHex(VoMsgBufferedReader& source, std::uint64_t length, BinHexSummary& summary);
-// voEncodeBinHex() under another name than the resource's; null leaves that.
-VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name);
+// voEncodeBinHex() under another name than the resource's; null leaves that. `isExact`, unless null, receives whether
+// decoding gives `source` back: false after 254 equal bytes in a row.
+VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name,
+                         bool* isExact = nullptr);
 }  // namespace vomsg::detail

@@ -183,6 +183,7 @@ bool setq_nocrc(q_data_t& q, unsigned char byte) {
     // coder writes have always seen it do so.
     q.run = 0;
     q.previous = -1;
+    q.isExact = false;
     return setq_raw(q, kRun) && setq_raw(q, 0xFF);
   }
   if (!closeRun(q)) return false;

@@ -27,6 +27,7 @@ struct q_data_t {
   std::uint32_t group = 0;                // bits on their way between bytes and characters
   unsigned groupBits = 0;                 // how many they are
   unsigned column = 0;                    // characters on the current output line
+  bool isExact = true;                    // encoding: no run has been closed with a count too large
   ByteSource* reader = nullptr;           // decoding
   VoMsgBufferedWriter* writer = nullptr;  // encoding
 };

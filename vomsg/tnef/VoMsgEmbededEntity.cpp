@@ -347,7 +347,8 @@ VoErrorCode VoMsgEmbededEntity::kindFor(const char* encoding, EmbeddedKind& kind
 // Writes `content` as a piece of that kind, with the line ends of the one whose place it takes. Stretches of text
 // stay as they are, but a block that follows begins on a line of its own.
 VoErrorCode VoMsgEmbededEntity::encode(const VoMsgResourceLocator& content, EmbeddedKind kind, const char* name,
-                                       VoMsgBufferedWriter& target) const {
+                                       VoMsgBufferedWriter& target, bool& isExact) const {
+  isExact = true;
   LineEnds ends;
   const VoErrorCode looked = withBytes([&](VoMsgBufferedReader& reader, std::uint32_t size) {
     ends = lineEndsOf(reader, size);
@@ -356,7 +357,8 @@ VoErrorCode VoMsgEmbededEntity::encode(const VoMsgResourceLocator& content, Embe
   if (voFailed(looked)) return looked;
   if (kind != EmbeddedKind::text) {
     LineEndFilter lines(target, ends.lineEnd, ends.last || mpSibling);
-    const VoErrorCode code = encodeTransfer(transferEncodingFor(kind), lines, content, name);
+    const VoErrorCode code = kind == EmbeddedKind::binHex ? encodeBinHex(lines, content, name, &isExact)
+                                                          : encodeUUEncode(lines, content, name);
     return voFailed(code) || lines.finish() ? code : kVoWriteFailed;
   }
   const VoErrorCode code = encodeTransfer(TransferEncoding::identity, target, content);
@@ -365,6 +367,20 @@ VoErrorCode VoMsgEmbededEntity::encode(const VoMsgResourceLocator& content, Embe
   const std::unique_ptr<VoMsgBufferedReader> reader(content.getInputStream(kData));
   if (!reader || lineEndsOf(*reader, size).last) return code;
   return target.write(ends.lineEnd.data(), static_cast<unsigned>(ends.lineEnd.size())) ? kVoSuccess : kVoWriteFailed;
+}
+
+// The same into the data part of `bytes`. What BinHex cannot say becomes a uuencode block, and `kind` says so.
+VoErrorCode VoMsgEmbededEntity::encodeInto(const VoMsgResourceLocator& bytes, const VoMsgResourceLocator& content,
+                                           EmbeddedKind& kind, const char* name) const {
+  for (;; kind = EmbeddedKind::uuencode) {
+    const std::unique_ptr<VoMsgBufferedWriter> writer(bytes.getOutputStream(kData));
+    if (!writer) return kVoNoMemory;
+    bool isExact;
+    const VoErrorCode code = encode(content, kind, name, *writer, isExact);
+    if (voFailed(code)) return code;
+    if (!writer->flush()) return kVoWriteFailed;
+    if (isExact) return kVoSuccess;
+  }
 }
 
 // Nothing changes before the new piece is complete.
@@ -377,12 +393,14 @@ VoErrorCode VoMsgEmbededEntity::install(VoMsgResourceLocator* content, const cha
   const std::uint64_t size = content->getSize(kData);
   std::unique_ptr<VoMsgResourceLocator> bytes =
       temporaryResource(isEncoded || kind == EmbeddedKind::text ? size : 2 * size);
-  const std::unique_ptr<VoMsgBufferedWriter> writer(bytes ? bytes->getOutputStream(kData) : nullptr);
-  if (!writer) return kVoNoMemory;
-  code =
-      isEncoded ? encodeTransfer(TransferEncoding::identity, *writer, *content) : encode(*content, kind, name, *writer);
+  if (!bytes) return kVoNoMemory;
+  if (isEncoded) {
+    const std::unique_ptr<VoMsgBufferedWriter> writer(bytes->getOutputStream(kData));
+    code = writer ? encodeTransfer(TransferEncoding::identity, *writer, *content) : kVoNoMemory;
+  } else {
+    code = encodeInto(*bytes, *content, kind, name);
+  }
   if (voFailed(code)) return code;
-  if (!writer->flush()) return kVoWriteFailed;
   auto changed = std::make_unique<State>();
   changed->bytes.setNewObject(bytes.release());
   mpState = std::move(changed);
@@ -481,7 +499,8 @@ VoErrorCode VoMsgEmbededEntity::_writeToResource(VoMsgBufferedWriter* writer) {
       });
     }
     const std::unique_ptr<VoMsgResourceLocator> message = temporaryResource(mPiece.size);
-    if (!message) return kVoNoMemory;
+    const std::unique_ptr<VoMsgResourceLocator> block = temporaryResource(2 * std::uint64_t{mPiece.size});
+    if (!message || !block) return kVoNoMemory;
     {
       const std::unique_ptr<VoMsgBufferedWriter> inner(message->getOutputStream(kData));
       if (!inner) return kVoWriteFailed;
@@ -490,6 +509,8 @@ VoErrorCode VoMsgEmbededEntity::_writeToResource(VoMsgBufferedWriter* writer) {
       if (!inner->flush()) return kVoWriteFailed;
     }
     const std::string name(viewOf(rawName()));
-    return encode(*message, mPiece.kind, name.c_str(), *writer);
+    EmbeddedKind kind = mPiece.kind;
+    const VoErrorCode code = encodeInto(*block, *message, kind, name.c_str());
+    return voFailed(code) ? code : encodeTransfer(TransferEncoding::identity, *writer, *block);
   });
 }

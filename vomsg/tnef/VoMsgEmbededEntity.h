@@ -42,8 +42,9 @@ class VOMSG_API VoMsgEmbededEntity : public VoMsgHeaderlessEntity {
   const VoMsgResourceLocator* getRawContent(int& err, const VoMsgResourceLocator* target) override;
 
   // New content; the text around it stays. Encodings are "uuencode", "x-uuencode" and "mac-binhex40", and for text
-  // "7bit", "8bit" and "binary"; null keeps the piece what it is. The resource's name becomes the file name, except
-  // from replaceContent and replaceTextContent; content types have no place in a block and are ignored.
+  // "7bit", "8bit" and "binary"; null keeps the piece what it is. Content with 254 equal bytes in a row, which BinHex
+  // cannot say, becomes a uuencode block instead. The resource's name becomes the file name, except from replaceContent
+  // and replaceTextContent; content types have no place in a block and are ignored.
   // kVoBadArgument: null; kVoNotSupported: "quoted-printable"; kVoBadEncoding: any other encoding;
   // kVoConversionFailed: the charset of the whole text cannot say the new text.
   VoErrorCode setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding) override;
@@ -79,7 +80,9 @@ class VOMSG_API VoMsgEmbededEntity : public VoMsgHeaderlessEntity {
   VoErrorCode fetch(bool decode, std::unique_ptr<VoMsgResourceLocator>& kept, const VoMsgResourceLocator*& resource);
   VoErrorCode kindFor(const char* encoding, vomsg::detail::EmbeddedKind& kind) const;
   VoErrorCode encode(const VoMsgResourceLocator& content, vomsg::detail::EmbeddedKind kind, const char* name,
-                     VoMsgBufferedWriter& target) const;
+                     VoMsgBufferedWriter& target, bool& isExact) const;
+  VoErrorCode encodeInto(const VoMsgResourceLocator& bytes, const VoMsgResourceLocator& content,
+                         vomsg::detail::EmbeddedKind& kind, const char* name) const;
   VoErrorCode install(VoMsgResourceLocator* content, const char* encoding, bool isEncoded, const char* name);
   VoErrorCode installText(VoMsgResourceLocator* content, const char* charset);
 
