@@ -5,12 +5,11 @@
 namespace {
 
 TEST(VoMsgOptions, NegativeLimitRestoresTheDefaultAndZeroStays) {
-  for (const int value : {100, 7, 0, -5}) {
-    if (value != 100) {
-      VoMsgSetMaxEntityHeaders(value);
-      VoMsgSetMaxHeaderAddress(value);
-      VoMsgSetMaxHeaderParams(value);
-    }
+  EXPECT_TRUE(MaxEntityHeaders == 100 && MaxHeaderAddress == 100 && MaxHeaderParams == 100);
+  for (const int value : {7, 0, -5}) {
+    VoMsgSetMaxEntityHeaders(value);
+    VoMsgSetMaxHeaderAddress(value);
+    VoMsgSetMaxHeaderParams(value);
     for (const int limit : {MaxEntityHeaders, MaxHeaderAddress, MaxHeaderParams})
       EXPECT_EQ(limit, value < 0 ? 100 : value);
   }

@@ -1,4 +1,3 @@
-// What the tokens mean is told by rows; the header's test of structured values walks all short texts with them.
 #include "vomsg/foundation/VoMsgTokenizer.h"
 
 #include <gtest/gtest.h>

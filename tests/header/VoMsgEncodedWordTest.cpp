@@ -163,16 +163,4 @@ TEST(EncodedWord, TellsMixedCharsets) {
   EXPECT_TRUE(hasMixedCharsets("=?utf-8?Q?a?= =?koi8-r?"));  // the charset that would be reported
 }
 
-TEST(EncodedWord, ReadsHostileValuesInOnePass) {
-  std::string words, unclosed, starts;
-  for (int i = 0; i < 100000; ++i) {
-    words += i % 2 ? "=?utf-8?B?w6Q=?=\r\n " : "=?iso-8859-1?Q?=E4?=";
-    unclosed += "=?a?q? x=? ";
-    starts += "=?a b";
-  }
-  EXPECT_EQ(converted("utf-8", words).size(), 200000u);
-  EXPECT_TRUE(converted("utf-8", unclosed) == unclosed);
-  EXPECT_TRUE((reported(starts) == Reported{starts, "a"}));
-}
-
 }  // namespace

@@ -51,23 +51,6 @@ Pieces pieces(const std::string& value) {
   return all;
 }
 
-// Address and name.
-std::pair<std::string, std::string> slowParse(const std::string& raw) {
-  std::string text = raw;
-  for (std::size_t open, close;
-       (open = text.find('(')) != std::string::npos && (close = text.find(')')) != std::string::npos && close > open;)
-    text.erase(open, close - open + 1);
-  text.erase(text.find_last_not_of(" \t") + 1);
-  if (text.empty() || text.back() != '>') return {raw, ""};
-  text.erase(text.rfind('>'));
-  if (text.find('<') == std::string::npos) return {raw, ""};
-  if (text[0] == '<') return {text.substr(1), ""};
-  std::string name = text.substr(0, text.rfind('<'));
-  name.erase(name.find_last_not_of(" \t") + 1);
-  const std::size_t colon = text.find(':');
-  return {text.substr((colon == std::string::npos ? text.rfind('<') : colon) + 1), name.size() < 2 ? "" : name};
-}
-
 TEST(CutAddress, GivesThePiecesOfThePlainRule) {
   for (const char* const alphabet : {"a,\"\\<> ", "a;, \t\r"})
     vomsg::test::forEveryString(alphabet, 6,
@@ -82,34 +65,27 @@ TEST(CutAddress, GivesThePiecesOfThePlainRule) {
   for (const auto& [value, want] : rows) EXPECT_EQ(pieces(value), want) << value;
 }
 
-// Counting quotes or brackets from the start of the piece at every separator would never end here.
-TEST(CutAddress, LongPiecesTakeOnePass) {
-  constexpr std::size_t kCount = 1000000;
-  for (const char* opening : {"\"", "<", "\"\\\"", "\"<>"})
-    EXPECT_EQ(pieces(opening + std::string(kCount, ',')).size(), 1u) << opening;
-  EXPECT_TRUE(pieces(std::string(kCount, ',')).empty());
-}
-
-TEST(UserAddress, ParsesLikeThePlainRule) {
-  const auto check = [](const std::string& text) {
-    VoMsgUserAddress address(text.c_str());
-    ASSERT_EQ(std::make_pair(std::string(address.getAddress()), std::string(address.getRawName())), slowParse(text))
-        << text;
-  };
-  vomsg::test::forEveryString("a()<>: ", 6, check);
-  // Comments only: deep enough for closed ones, open ones and both.
-  vomsg::test::forEveryString("a()", 9, [&](const std::string& text) { check(text + "<b>"); });
-  std::string comments;
-  for (int i = 0; i < 300000; ++i) comments += "(a)";
-  EXPECT_STREQ(VoMsgUserAddress(("Name" + comments + "<b>").c_str()).getRawName(), "Name");
-  EXPECT_STREQ(VoMsgUserAddress((std::string(1000000, '(') + "<b>").c_str()).getAddress(), "b");
+// A comment is erased from the first "(" to the first ")", again and again, while they stand in that order.
+TEST(UserAddress, ErasesComments) {
+  vomsg::test::forEveryString("a()", 9, [](const std::string& text) {
+    std::string want = text + "aa";
+    for (std::size_t open, close;
+         (open = want.find('(')) < want.size() && (close = want.find(')')) < want.size() && close > open;)
+      want.erase(open, close - open + 1);
+    ASSERT_EQ(VoMsgUserAddress((text + "aa<b>").c_str()).getRawName(), want) << text;
+  });
 }
 
 TEST(UserAddress, DecodesNames) {
   constexpr const char* kRows[][4] = {
       {"John (work) <m1>", nullptr, "m1", "John"},
       {"m1", nullptr, "m1", ""},
-      {"<m1>", nullptr, "m1", ""},
+      {"(c)", nullptr, "(c)", ""},
+      {"Jorg m1>", nullptr, "Jorg m1>", ""},
+      {"Jorg <m1> m2", nullptr, "Jorg <m1> m2", ""},
+      {"Jorg \t<m1>> (c) \t", nullptr, "m1>", "Jorg"},
+      {"\"<Jorg>\" <m1>", nullptr, "m1", "<Jorg>"},
+      {"<a:m1>", nullptr, "a:m1", ""},
       {"J <m1>", nullptr, "m1", ""},
       {"\"Doe, \"John\"\" <m1>", nullptr, "m1", "Doe, John"},
       {"\"=?iso-8859-1?Q?J=FCrgen?=\" <m1>", nullptr, "m1", "J\xC3\xBCrgen"},
