@@ -18,6 +18,7 @@ namespace {
 using namespace vomsg::detail;
 
 constexpr char kLogSource[] = "VoMsgRfc822Message";
+constexpr char kFunction[] = "insertDisclaimerMessage";  // for lines from within its lambda
 
 // A part that is, declares or holds a TNEF stream.
 bool isTnefPart(VoMsgEntity& child) {
@@ -134,13 +135,15 @@ VoErrorCode VoMsgRfc822Message::insertDisclaimerMessage(VoMsgDisclaimerPosition_
     const DisclaimerPlan plan = planDisclaimer(option, position, shape);
     MessageSteps steps(*this, plan, disclaimer, srcCharset);
     if (!isTyped) {
-      VO_LOG(9, tag, "content type           : [no content type]");
+      voMessageLog(9, kLogSource, kFunction, __LINE__, tag, "content type           : [no content type]");
       const bool isWrapped = (plan.option & (kVoDisclaimerWrap | kVoDisclaimerAttach)) == kVoDisclaimerWrap;
       const VoErrorCode declared = isWrapped || _isMultiEmbededEntity() ? kVoSuccess : steps.declareType();
       if (voFailed(declared)) return declared;
     } else {
-      if (plan.htmlIsWrapped) VO_LOG(9, tag, "HTML mail is wrapped. Option is automatically Wrap_New.");
-      VO_LOG(9, tag, "content type           : [%s]", getContentType());
+      if (plan.htmlIsWrapped)
+        voMessageLog(9, kLogSource, kFunction, __LINE__, tag,
+                     "HTML mail is wrapped. Option is automatically Wrap_New.");
+      voMessageLog(9, kLogSource, kFunction, __LINE__, tag, "content type           : [%s]", getContentType());
     }
     const VoErrorCode result = dispatchDisclaimer(steps, plan.option, preferCharset);
     if (!voFailed(result)) steps.keepType();

@@ -185,8 +185,7 @@ VoErrorCode VoMsgRfc822Message::_createWrapRfc822MailEntity(std::unique_ptr<VoMs
   header.parameter("Content-Disposition", "filename", "originalmail.eml");
   if (voFailed(header.code)) return header.code;
   auto nested = std::make_unique<VoMsgRfc822Message>(static_cast<VoMsgEntity*>(nullptr));
-  code = nested->readFrom(original.get());
-  if (nested->mSource.getObject()) static_cast<void>(original.release());
+  code = nested->readFrom(original.release());
   if (code == kVoNoMemory || code == kVoReadFailed) return code;  // a malformed message is wrapped as it is
   ContentEditor(*made).holdMessage(std::move(nested), size);
   part = std::move(made);

@@ -54,7 +54,9 @@ VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
     return kVoNoMemory;
   }
   VoErrorCode code = guarded([&]() -> VoErrorCode {
-    mSource.setNewObject(source);
+    std::unique_ptr<VoMsgResourceLocator> owned(source);
+    mSource.setNewObject(owned.get());
+    static_cast<void>(owned.release());
     auto opened = std::make_unique<MessageSource>(mSource);
     mMessageSource.setNewObject(opened.get());
     static_cast<void>(opened.release());
@@ -125,7 +127,7 @@ VoErrorCode VoMsgRfc822Message::writeTo(VoMsgResourceLocator* target) {
   const VoErrorCode code = guarded([&]() -> VoErrorCode {
     const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(kData));
     if (!writer) {
-      VO_DIAGNOSTIC(0, tag, "mail message write error.");
+      voMsgDiagnosticLog(0, kLogSource, "writeTo", __LINE__, tag, "mail message write error.");
       return kVoWriteFailed;
     }
     return _writeToResource(writer.get());

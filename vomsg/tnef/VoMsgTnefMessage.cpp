@@ -67,8 +67,12 @@ VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source) {
     return kVoNoMemory;
   }
   const VoErrorCode taken = guarded([&] {
-    mSource.setNewObject(source);
-    mMessageSource.setNewObject(new MessageSource(mSource));
+    std::unique_ptr<VoMsgResourceLocator> owned(source);
+    mSource.setNewObject(owned.get());
+    static_cast<void>(owned.release());
+    auto opened = std::make_unique<MessageSource>(mSource);
+    mMessageSource.setNewObject(opened.get());
+    static_cast<void>(opened.release());
     return kVoSuccess;
   });
   const OpenSource opened(mMessageSource.getObject());

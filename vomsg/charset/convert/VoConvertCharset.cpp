@@ -14,7 +14,7 @@ int voConvertCharset(char* out, unsigned int outSize, const char* toCharset, con
                      VoErrorCode* err) {
   if (!err) return 0;
   const auto failed = [&](VoErrorCode code) {
-    VO_LOG(1, "", "The text can not be converted: 0x%08X.", code);
+    voMessageLog(1, kLogSource, "voConvertCharset", __LINE__, "", "The text can not be converted: 0x%08X.", code);
     *err = code;
     return 0;
   };
