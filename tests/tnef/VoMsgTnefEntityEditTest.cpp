@@ -166,7 +166,7 @@ TEST(TnefEdit, IsWholeOrRefusedWhereverTheStreamEnds) {
   const std::string inner =
       stream(attachment("in.txt", "inner", {text8(0x3707, "in.txt")}) + record(0x9002, kRender) + title("empty.txt"));
   const std::string bytes =
-      stream(attachment("a", "A") +
+      stream(attachment(std::string(99, 'a'), "A", {text8(0x3704, "a"), text8(0x3707, "a.txt")}) +
              record(0x9003, list({text8(0x1000, "t"), object(0x3701, inner), property(2, 0x3705, "abcd")})) +
              record(0x9002, kRender) + record(0x9005, list({counted(0x0102, 0x3701, {prefixed("data")})})) +
              record(0x9002, kRender) + title("empty.txt") + "\n");

@@ -56,9 +56,7 @@ VoErrorCode VoMsgMapiAttachment::readWith(TnefCursor& cursor, std::uint32_t offs
   finishList(cursor, dataOffset, mLen);
   mCheckSum = cursor.readInt16();
   mSize = static_cast<std::int32_t>(cursor.position() - offset);
-  // A record that ends with the stream but claims to be longer would take what is written behind it for its own.
-  const bool claimsMore = cursor.left() == 0 && std::uint64_t{dataOffset} + mLen > cursor.end();
-  mMissing = std::max(cursor.missing(), claimsMore ? 1u : 0u);
+  mMissing = cursor.missing();
   return kVoSuccess;
 }
 

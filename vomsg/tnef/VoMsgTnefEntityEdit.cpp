@@ -171,12 +171,14 @@ VoErrorCode VoMsgTnefEntity::_setFileName(const char* name) {
     const std::string bytes = inCodepage(name);
     VoMsgMapiAttachment* const list = body->_getAttachment();
     if (list && list->_isBroken() && list->_getFileNameProperty()) return kVoTnefMalformed;
-    if (list && !list->_isBroken()) {
-      VoMsgMapiProperty* property = list->getMapiPropertyByName(kPrAttachLongFilename);
-      if (!property) property = list->getMapiPropertyByName(kPrAttachFilename);
-      const bool isWide = property && (property->getMapiType() & 0x0FFF) == kPtUnicode;
-      const VoErrorCode code = property ? property->setStringData(isWide ? name : bytes.c_str()) : kVoSuccess;
+    // The first that takes the name is where it is looked for first.
+    for (const std::uint16_t id : {kPrAttachLongFilename, kPrAttachFilename}) {
+      VoMsgMapiProperty* const property = list && !list->_isBroken() ? list->getMapiPropertyByName(id) : nullptr;
+      if (!property) continue;
+      const bool isWide = (property->getMapiType() & 0x0FFF) == kPtUnicode;
+      const VoErrorCode code = property->setStringData(isWide ? name : bytes.c_str());
       if (code == kVoNoMemory) return code;
+      if (!voFailed(code)) break;
     }
     VoMsgTnefAttribute* title = body->getTnefObjectByNameID(kAttAttachTitle);
     if (!title || title->_isBroken()) {
