@@ -168,7 +168,8 @@ TEST(TnefEdit, IsWholeOrRefusedWhereverTheStreamEnds) {
   const std::string bytes =
       stream(attachment(std::string(99, 'a'), "A", {text8(0x3704, "a"), text8(0x3707, "a.txt")}) +
              record(0x9003, list({text8(0x1000, "t"), object(0x3701, inner), property(2, 0x3705, "abcd")})) +
-             record(0x9002, kRender) + record(0x9005, list({counted(0x0102, 0x3701, {prefixed("data")})})) +
+             record(0x9002, kRender) +
+             record(0x9005, list({counted(0x0102, 0x3701, {prefixed("data")}), property(3, 0x3705, "abcd")})) +
              record(0x9002, kRender) + title("empty.txt") + "\n");
   int edited = 0;
   for (std::size_t size = 0; size <= bytes.size(); ++size) {
@@ -179,17 +180,19 @@ TEST(TnefEdit, IsWholeOrRefusedWhereverTheStreamEnds) {
     for (std::size_t i = 0; i < count; ++i) {
       ReadMessage read(cut);
       const auto content = resourceOf("NEW", "n");
-      const VoErrorCode code = entitiesOf(read.message)[i]->setContent(content.get(), "a/b", nullptr);
+      VoMsgEntity* const entity = entitiesOf(read.message)[i];
+      const VoErrorCode code = entity->setContent(content.get(), "a/b", nullptr);
       const std::string output = written(read.message);
       if (voFailed(code)) {
         EXPECT_EQ(output, cut);
         continue;
       }
       ReadMessage again(output);
-      const auto entities = entitiesOf(again.message);
-      ASSERT_EQ(entities.size(), count);
-      EXPECT_EQ(contentOf(entities[i]), "NEW");
-      EXPECT_STREQ(entities[i]->getFileName(nullptr), "n");
+      ASSERT_EQ(entitiesOf(again.message).size(), count);
+      for (VoMsgEntity* each : {entity, entitiesOf(again.message)[i]}) {
+        EXPECT_EQ(contentOf(each), "NEW");
+        EXPECT_STREQ(each->getFileName(nullptr), "n");
+      }
       ++edited;
     }
   }
