@@ -507,7 +507,7 @@ VoErrorCode VoMsgRfc822Entity::_readBodyPart(VoMsgBoundaryType& end) {
 }
 
 VoErrorCode VoMsgRfc822Entity::_writeBoundarySeparator(VoMsgBufferedWriter* writer, bool first) {
-  if (!writer) return kVoBadArgument;
+  if (!writer) return _failed(__func__, __LINE__, kVoBadArgument);
   const std::string_view boundary = viewOf(getBoundary());
   const bool written = (first || writer->write("\r\n", 2)) && writer->write("--", 2) &&
                        writer->write(boundary.data(), static_cast<unsigned>(boundary.size()));
@@ -525,7 +525,7 @@ VoErrorCode VoMsgRfc822Entity::_writeBoundaryEnd(VoMsgBufferedWriter* writer) {
 }
 
 VoErrorCode VoMsgRfc822Entity::_writeToResource(VoMsgBufferedWriter* writer) {
-  if (!writer) return kVoBadArgument;
+  if (!writer) return _failed(__func__, __LINE__, kVoBadArgument);
   return guarded([&]() -> VoErrorCode {
     const VoErrorCode code = MessageWriter(*writer).write(*this);
     return voFailed(code) || writer->flush() ? code : kVoWriteFailed;

@@ -136,8 +136,8 @@ VoErrorCode VoMsgRfc822Message::writeTo(VoMsgResourceLocator* target) {
 }
 
 VoErrorCode VoMsgRfc822Message::_writeToResource(VoMsgBufferedWriter* writer) {
-  if (!writer) return kVoBadArgument;
   const char* const tag = _getUUIDString();
+  if (!writer) return logFailure(__func__, tag, kVoBadArgument);
   VO_DIAGNOSTIC(2, tag, mSource.getObject() ? "writing back message." : "writing new composed message.");
   const OpenSource source(mMessageSource.getObject());
   if (mMessageSource.getObject() && (!source.reader() || !mHasHeaderRange)) {  // or it could not be read before
