@@ -55,9 +55,6 @@ TEST(HeaderLineWriter, FoldsAt76Columns) {
       {"=?utf-8?Q" + x(90) + " ", 0, false, "=?utf-8?Q" + x(90) + " "},        // no word
   };
   for (const Row& row : rows) EXPECT_EQ(folded(row.text, row.column, row.isAddressList), row.want) << row.text;
-  unsigned column = 0;
-  LimitedWriter full(3, 1);
-  EXPECT_EQ(vomsg::detail::WriteLine76(&full, "abcdef", 6, column, false), kVoWriteFailed);
 }
 
 TEST(HeaderBlockWriter, WritesAnew) {

@@ -6,6 +6,7 @@
 
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "tests/header/HeaderBlocks.h"
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -32,10 +33,7 @@ std::string show(bool has, const StructuredValue& value) {
   return has ? out + "\n" : "";
 }
 std::string show(VoErrorCode code, std::size_t size, std::size_t after, HeaderMark mark, std::size_t at, bool differ) {
-  std::string out;
-  for (const std::size_t number : {std::size_t{code}, size, after, static_cast<std::size_t>(mark), at})
-    out += std::to_string(number) + " ";
-  return out + (differ ? "differ\n" : "\n");
+  return testing::PrintToString(std::make_tuple(code, size, after, static_cast<int>(mark), at, differ)) + "\n";
 }
 
 std::string fieldsOf(const VoMsgEntityHeader& header) {

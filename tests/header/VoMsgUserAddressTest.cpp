@@ -17,24 +17,19 @@ namespace {
 using Pieces = std::vector<std::string>;
 
 // The rule as it reads: at each separator the whole piece is counted anew.
-bool cutsHere(const std::string& piece) {
-  int quotes = 0;
-  for (std::size_t i = 0; i < piece.size(); ++i) {
-    const bool backslash = i > 0 && piece[i - 1] == '\\';
-    const bool pair = backslash && i > 1 && piece[i - 2] == '\\';
-    if (piece[i] == '"' && (!backslash || pair)) ++quotes;
-  }
-  const std::size_t open = piece.rfind('<');
-  return quotes % 2 == 0 && (open == std::string::npos || piece.find('>', open) != std::string::npos);
-}
-
 Pieces slowPieces(const std::string& value) {
   Pieces pieces;
   std::size_t start = 0;
   for (std::size_t i = 0; i <= value.size(); ++i) {
     std::string piece = value.substr(start, i - start);
     const bool isLast = i == value.size();
-    if (!isLast && ((value[i] != ',' && value[i] != ';') || !cutsHere(piece))) continue;
+    if (!isLast && value[i] != ',' && value[i] != ';') continue;
+    int quotes = 0;
+    for (std::size_t q = piece.find('"'); q < piece.size(); q = piece.find('"', q + 1))
+      if (q == 0 || piece[q - 1] != '\\' || (q > 1 && piece[q - 2] == '\\')) ++quotes;
+    const std::size_t open = piece.rfind('<');
+    const bool isOpen = open < piece.size() && piece.find('>', open) == piece.npos;
+    if (!isLast && (quotes % 2 != 0 || isOpen)) continue;
     piece.erase(0, piece.find_first_not_of(isLast ? " \t\r\n" : " "));
     if (!piece.empty()) pieces.push_back(piece);
     start = i + 1;
