@@ -7,6 +7,7 @@
 
 #include "vomsg/encoding/VoBinHexCoding.h"
 #include "vomsg/encoding/VoCodecSupport.h"
+#include "vomsg/encoding/VoPieceSink.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
@@ -65,21 +66,24 @@ const char* nameOf(const macheader_t& header) {
   return *name ? name : "noname";
 }
 
-VoErrorCode readFork(q_data_t& q, VoMsgResourceLocator& target, Part part, std::uint32_t length) {
-  // Empty data takes the place of what the target held, too: room that was made for it is not content.
-  if (length > 0 || part == VoMsgResourceLocator::dataPart) {
-    const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(part));
-    if (!writer && part == VoMsgResourceLocator::dataPart) return kVoWriteFailed;
-    std::array<char, 4096> bytes;
-    while (length > 0) {
-      const std::uint32_t n = std::min<std::uint32_t>(length, bytes.size());
-      if (!getqbuf(q, bytes.data(), n)) return kVoDecodeFailed;
-      if (writer && !writer->write(bytes.data(), n)) return kVoWriteFailed;
-      length -= n;
-    }
-    if (writer && !writer->flush()) return kVoWriteFailed;
+// Decodes a fork, to nowhere without a `sink`, and compares its CRC.
+VoErrorCode readFork(q_data_t& q, PieceSink* sink, std::uint32_t length) {
+  std::array<char, 4096> bytes;
+  while (length > 0) {
+    const std::uint32_t n = std::min<std::uint32_t>(length, bytes.size());
+    if (!getqbuf(q, bytes.data(), n)) return kVoDecodeFailed;
+    if (sink && !sink->put({bytes.data(), n})) return kVoWriteFailed;
+    length -= n;
   }
   return verify_crc(q) ? kVoSuccess : kVoDecodeFailed;
+}
+
+VoErrorCode readForkInto(q_data_t& q, VoMsgResourceLocator& target, Part part, std::uint32_t length) {
+  const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(part));
+  if (!writer) return part == VoMsgResourceLocator::dataPart ? kVoWriteFailed : readFork(q, nullptr, length);
+  WriterSink sink(*writer);
+  const VoErrorCode code = readFork(q, &sink, length);
+  return voFailed(code) || writer->flush() ? code : kVoWriteFailed;
 }
 
 bool writeText(VoMsgBufferedWriter& target, std::string_view text) {
@@ -135,9 +139,19 @@ VoErrorCode decodeBinHex(VoMsgResourceLocator& target, VoMsgBufferedReader& sour
   target.setFileType(header.type);
   target.setFileCreator(header.creator);
   target.setFinderFlag(header.flags);
-  const VoErrorCode code = readFork(q, target, VoMsgResourceLocator::dataPart, header.dataLength);
+  // Empty data takes the place of what the target held, too: room that was made for it is not content.
+  const VoErrorCode code = readForkInto(q, target, VoMsgResourceLocator::dataPart, header.dataLength);
   if (voFailed(code)) return code;
-  return readFork(q, target, VoMsgResourceLocator::resourceForkPart, header.resourceLength);
+  if (header.resourceLength == 0) return readFork(q, nullptr, 0);
+  return readForkInto(q, target, VoMsgResourceLocator::resourceForkPart, header.resourceLength);
+}
+
+VoErrorCode decodeBinHexTo(PieceSink& sink, VoMsgBufferedReader& source, std::uint64_t length) {
+  if (!skipMarkerLine(source, length)) return kVoDecodeFailed;
+  ByteSource bytes(source, length);
+  q_data_t q;
+  macheader_t header;
+  return readHeader(q, bytes, header) ? readFork(q, &sink, header.dataLength) : kVoDecodeFailed;
 }
 
 VoErrorCode surveyBinHex(VoMsgBufferedReader& source, std::uint64_t length, BinHexSummary& summary) {
@@ -149,6 +163,13 @@ VoErrorCode surveyBinHex(VoMsgBufferedReader& source, std::uint64_t length, BinH
   summary.name = nameOf(header);
   summary.dataSize = header.dataLength;
   return kVoSuccess;
+}
+
+std::uint32_t peekBinHexSize(VoMsgBufferedReader& source, std::uint64_t length) {
+  const std::uint32_t start = source.getOffset();
+  BinHexSummary summary;
+  const VoErrorCode code = surveyBinHex(source, length, summary);
+  return moveTo(source, start) && !voFailed(code) ? summary.dataSize : 0;
 }
 
 VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name,

@@ -31,16 +31,22 @@ VOMSG_API VoErrorCode voDecodeBinHex(VoMsgResourceLocator* target, VoMsgBuffered
 VOMSG_API VoErrorCode voEncodeBinHex(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source);
 
 namespace vomsg::detail {
+class PieceSink;
 // What the line before the encoded data begins with, in any case of letters.
 inline constexpr std::string_view kBinHexMarker = "(This file must be converted with BinHex 4.0)";
 // The same, from the next `length` bytes of `source`.
 VoErrorCode decodeBinHex(VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint64_t length);
+// The data fork alone, into `sink`. kVoWriteFailed: it refused a piece.
+VoErrorCode decodeBinHexTo(PieceSink& sink, VoMsgBufferedReader& source, std::uint64_t length);
 struct BinHexSummary {
   std::string name;
   std::uint32_t dataSize = 0;  // of the data fork
 };
 // What the header in the next `length` bytes says. Writes nothing.
 VoErrorCode surveyBinHex(VoMsgBufferedReader& source, std::uint64_t length, BinHexSummary& summary);
+// The size of the data fork, for whoever makes room for it: run lengths let a short text become a hundred times as
+// long. 0 where there is none. `source` stays where it is.
+std::uint32_t peekBinHexSize(VoMsgBufferedReader& source, std::uint64_t length);
 // voEncodeBinHex() under another name than the resource's; null leaves that. `isExact`, unless null, receives whether
 // decoding gives `source` back: false after 254 equal bytes in a row.
 VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name,

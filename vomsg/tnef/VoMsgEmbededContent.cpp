@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "vomsg/encoding/VoBase64.h"
+#include "vomsg/encoding/VoBinHex.h"
 #include "vomsg/encoding/VoPieceSink.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
 #include "vomsg/encoding/VoUUEncode.h"
@@ -65,6 +66,8 @@ bool mayHoldBlocks(TransferEncoding encoding, VoMsgBufferedReader& reader, std::
       return writer.sink.found;
     }
     case TransferEncoding::binHex:
+      decodeBinHexTo(sink, reader, size);
+      return sink.found;
     case TransferEncoding::identity:
       break;
   }
@@ -79,9 +82,11 @@ std::unique_ptr<VoMsgResourceLocator> decodedBody(TransferEncoding encoding, Mes
     const VoObjectStub<VoMsgResourceLocator>& whole = source.sharedResource();
     return std::make_unique<RangeResource>(whole, offset, size);
   }
-  std::unique_ptr<VoMsgResourceLocator> text(VoMsgResourceManager::createTmpResource(size));
   VoMsgBufferedReader* const reader = source.openReader();
-  if (!text || !reader || !moveTo(*reader, offset)) return nullptr;
+  if (!reader || !moveTo(*reader, offset)) return nullptr;
+  const std::uint32_t room = encoding == TransferEncoding::binHex ? peekBinHexSize(*reader, size) : 0;
+  std::unique_ptr<VoMsgResourceLocator> text(VoMsgResourceManager::createTmpResource(std::max(size, room)));
+  if (!text) return nullptr;
   if (encoding != TransferEncoding::quotedPrintable)
     return voFailed(decodeTransfer(encoding, *text, *reader, size)) ? nullptr : std::move(text);
   const std::unique_ptr<VoMsgBufferedWriter> writer(text->getOutputStream(VoMsgResourceLocator::dataPart));

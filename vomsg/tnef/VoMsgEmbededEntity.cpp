@@ -239,7 +239,8 @@ VoErrorCode VoMsgEmbededEntity::fetch(bool decode, std::unique_ptr<VoMsgResource
     // A caller who passes a target expects its name to be set, as the decoders of these formats do.
     if (resource) return decodeTransfer(encoding, const_cast<VoMsgResourceLocator&>(*resource), reader, size);
     if (!kept) {
-      std::unique_ptr<VoMsgResourceLocator> made = temporaryResource(size);
+      const std::uint32_t room = encoding == TransferEncoding::binHex ? peekBinHexSize(reader, size) : 0;
+      std::unique_ptr<VoMsgResourceLocator> made = temporaryResource(std::max(size, room));
       if (!made) return kVoWriteFailed;
       const VoErrorCode code = decodeTransfer(encoding, *made, reader, size);
       if (voFailed(code)) return code;
