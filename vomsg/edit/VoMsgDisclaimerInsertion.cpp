@@ -63,7 +63,9 @@ class MessageSteps : public DisclaimerSteps {
   VoErrorCode declareType() {
     mUntyped = std::make_unique<EditUndo>(mMessage);
     const std::string charset = charsetOfText(mMessage);
-    const VoErrorCode code = mMessage.setHeaderValue("Content-Type", "text/plain", "us-ascii", nullptr);
+    VoErrorCode code = mMessage.setHeaderValue("Content-Type", "text/plain", "us-ascii", nullptr);
+    if (!voFailed(code) && !mMessage.getHeader("MIME-Version"))
+      code = mMessage.setHeaderValue("MIME-Version", "1.0", "us-ascii", nullptr);
     if (voFailed(code)) return code;
     return mMessage.setHeaderParameterValue("Content-Type", "charset", charset.c_str(), "us-ascii", nullptr);
   }

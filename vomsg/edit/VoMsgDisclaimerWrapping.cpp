@@ -184,7 +184,7 @@ VoErrorCode VoMsgRfc822Message::_createWrapRfc822MailEntity(std::unique_ptr<VoMs
   header.value("Content-Transfer-Encoding", encoding).value("Content-Disposition", "attachment");
   header.parameter("Content-Disposition", "filename", "originalmail.eml");
   if (voFailed(header.code)) return header.code;
-  auto nested = std::make_unique<VoMsgRfc822Message>(static_cast<VoMsgEntity*>(nullptr));
+  auto nested = std::make_unique<VoMsgRfc822Message>(&getUUID());
   code = nested->readFrom(original.release());
   if (code == kVoNoMemory || code == kVoReadFailed) return code;  // a malformed message is wrapped as it is
   ContentEditor(*made).holdMessage(std::move(nested), size);
