@@ -33,12 +33,12 @@ inline const std::vector<int>& numbersIn(const std::string& file) {
 struct SlowMachine {
   explicit SlowMachine(const std::string& model)
       : numbers(&numbersIn("state-machines/" + model + ".txt")), classes((*numbers)[0]), states((*numbers)[1]) {}
-  int classOf(unsigned byte) const { return numbers->at(2 + byte); }
-  int lengthOf(int byteClass) const { return numbers->at(static_cast<unsigned>(258 + states * classes + byteClass)); }
+  int at(int index) const { return numbers->at(static_cast<unsigned>(index)); }
   int step(unsigned char byte) {
-    if (state == 0) length = lengthOf(classOf(byte)), position = 0;
+    const int byteClass = at(2 + byte);
+    if (state == 0) length = at(258 + states * classes + byteClass), position = 0;
     ++position;
-    return state = numbers->at(static_cast<unsigned>(258 + state * classes + classOf(byte)));
+    return state = at(258 + state * classes + byteClass);
   }
 
   const std::vector<int>* numbers;
@@ -146,57 +146,6 @@ struct SlowDistribution : SlowMember {
   int last = 0, total = 0, frequent = 0;
 };
 
-struct SlowSequence : SlowMember {
-  SlowSequence(const std::string& map, const std::string& language, float typical, const char* name)
-      : SlowMember(name),
-        orders(numbersIn("letter-orders/" + map + "CharToOrderMap.txt")),
-        pairs(numbersIn("letter-pairs/" + language + "LangModel.txt")),
-        ratio(typical) {}
-  void feed(const std::string& chunk) override {
-    for (const char c : chunk) {
-      const int order = orders.at(static_cast<unsigned char>(c));
-      chars += order < 250;
-      frequent += order < 64;
-      if (order < 64 && last < 64) ++sequences, likely += pairs.at(static_cast<unsigned>(last * 64 + order)) == 3;
-      last = order;
-    }
-    if (state == 0 && sequences > 1024 && confidence() >= 0.95f) state = 1;
-  }
-  float confidence() const override {
-    if (sequences == 0) return 0.01f;
-    const long double r = static_cast<long double>(1.2f) * likely / sequences / ratio * frequent / chars;
-    return r >= 1.0L ? 0.99f : static_cast<float>(r);
-  }
-
-  const std::vector<int>&orders, &pairs;
-  float ratio;
-  int last = 255, chars = 0, frequent = 0, sequences = 0, likely = 0;
-};
-
-struct SlowGroup : SlowMember {
-  explicit SlowGroup(bool isReducing = false) : SlowMember(""), reduces(isReducing) {}
-  template <class Member, class... Arguments>
-  void add(Arguments&&... arguments) {
-    members.push_back(std::make_unique<Member>(std::forward<Arguments>(arguments)...));
-  }
-  void feed(const std::string& chunk) override {
-    std::string text;
-    for (std::size_t i = 0; i < chunk.size(); ++i)
-      if (!reduces || (chunk[i] & 0x80) != 0 || i == 0 || (chunk[i - 1] & 0x80) != 0) text += chunk[i];
-    for (const auto& member : members) {
-      member->feed(text);
-      if (member->state == 1 && state == 0) choice = member.get(), charset = choice->charset, state = 1;
-    }
-    std::erase_if(members, [](const auto& member) { return member->state == 2; });
-    if (state == 0 && members.empty()) state = 2;
-  }
-  float confidence() const override { return choice ? choice->confidence() : 0.0f; }
-
-  bool reduces;
-  std::vector<std::unique_ptr<SlowMember>> members;
-  SlowMember* choice = nullptr;
-};
-
 // The single-byte models: the record, its tables and their files, and what they report.
 struct SequenceRow {
   const SequenceModel* model;
@@ -224,12 +173,65 @@ constexpr SequenceRow kSequences[] = {
 };
 #undef SEQUENCE_ROW
 
+struct SlowSequence : SlowMember {
+  explicit SlowSequence(const SequenceRow& row)
+      : SlowMember(row.name),
+        orders(numbersIn(std::string("letter-orders/") + row.map + "CharToOrderMap.txt")),
+        pairs(numbersIn(std::string("letter-pairs/") + row.language + "LangModel.txt")),
+        ratio(row.ratio) {}
+  void feed(const std::string& chunk) override {
+    for (const char c : chunk) {
+      const int order = orders.at(static_cast<unsigned char>(c));
+      chars += order < 250;
+      frequent += order < 64;
+      if (order < 64 && last < 64) ++sequences, likely += pairs.at(static_cast<unsigned>(last * 64 + order)) == 3;
+      last = order;
+    }
+    if (state == 0 && sequences > 1024 && confidence() >= 0.95f) state = 1;
+  }
+  float confidence() const override {
+    if (sequences == 0) return 0.01f;
+    const long double r = static_cast<long double>(1.2f) * likely / sequences / ratio * frequent / chars;
+    return r >= 1.0L ? 0.99f : static_cast<float>(r);
+  }
+
+  const std::vector<int>&orders, &pairs;
+  float ratio;
+  int last = 255, chars = 0, frequent = 0, sequences = 0, likely = 0;
+};
+
+struct SlowGroup : SlowMember {
+  explicit SlowGroup(bool isReducing = false) : SlowMember(""), reduces(isReducing) {}
+  template <class Member, class... Arguments>
+  Member* add(Arguments&&... arguments) {
+    members.push_back(std::make_unique<Member>(std::forward<Arguments>(arguments)...));
+    return static_cast<Member*>(members.back().get());
+  }
+  void feed(const std::string& chunk) override {
+    std::string text;
+    for (std::size_t i = 0; i < chunk.size(); ++i)
+      if (!reduces || (chunk[i] & 0x80) != 0 || i == 0 || (chunk[i - 1] & 0x80) != 0) text += chunk[i];
+    for (const auto& member : members) {
+      member->feed(text);
+      if (member->state == 1 && state == 0) choice = member.get(), charset = choice->charset, state = 1;
+    }
+    std::erase_if(members, [](const auto& member) { return member->state == 2; });
+    if (state == 0 && members.empty()) state = 2;
+  }
+  float confidence() const override { return choice ? choice->confidence() : 0.0f; }
+
+  bool reduces;
+  std::vector<std::unique_ptr<SlowMember>> members;
+  SlowMember* choice = nullptr;
+};
+
 inline int inRows(int lead, int b0, int b1) { return 94 * (b0 - lead) + b1 - 0xA1; }
 
 // The whole tree.
 struct SlowFacade : SlowGroup {
   SlowFacade() {
-    auto multi = std::make_unique<SlowGroup>(true);
+    add<SlowScheme>();
+    multi = add<SlowGroup>(true);
     multi->add<SlowUtf8>();
     multi->add<SlowDistribution>("Big5SMModel", "Big5", "Big5", 5376, 1.5f, [](int b0, int b1) {
       return b0 < 0xA4 ? -1 : 157 * (b0 - 0xA4) + (b1 < 0xA1 ? b1 - 0x40 : b1 - 0xA1 + 63);
@@ -246,12 +248,11 @@ struct SlowFacade : SlowGroup {
       const int row = b0 >= 0x81 && b0 <= 0x9F ? b0 - 0x81 : b0 >= 0xE0 && b0 <= 0xEF ? b0 - 0xE0 + 31 : -1;
       return row < 0 ? -1 : 188 * row + b1 - 0x40 - (b1 >= 0x80);
     });
-    auto single = std::make_unique<SlowGroup>();
-    for (const auto& row : kSequences) single->add<SlowSequence>(row.map, row.language, row.ratio, row.name);
-    add<SlowScheme>();
-    members.push_back(std::move(multi));
-    members.push_back(std::move(single));
+    single = add<SlowGroup>(false);
+    for (const SequenceRow& row : kSequences) single->add<SlowSequence>(row);
   }
+
+  SlowGroup *multi, *single;
 };
 
 using Session = std::unique_ptr<VoMsgDetectorSession>;

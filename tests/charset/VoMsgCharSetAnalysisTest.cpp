@@ -45,13 +45,12 @@ Result analyse(const std::string& text, const char* format = "text/plain") {
 // In blocks of 4096 bytes; the name of a single-byte charset waits for the first byte above ASCII.
 Result analyseSlowly(const std::string& text) {
   SlowFacade tree;
-  const SlowMember* const single = tree.members.back().get();
   bool isAscii = true;
   for (std::size_t at = 0; at < text.size(); at += 4096) {
     const std::string block = text.substr(at, 4096);
     for (const char c : block) isAscii = isAscii && (c & 0x80) == 0;
     if (tree.state == 0) tree.feed(block);
-    if (tree.state == 1 && !(isAscii && tree.choice == single)) return {tree.charset, at + block.size()};
+    if (tree.state == 1 && !(isAscii && tree.choice == tree.single)) return {tree.charset, at + block.size()};
   }
   return {"unknown", text.size()};
 }
@@ -66,63 +65,53 @@ std::string inCharset(const std::string& text, const char* charset) {
   return out;
 }
 
-TEST(CharSetAnalysis, RecognisesRealTexts) {
-  struct Row {
-    const char* language;
-    const char* charset;
-    const char* want;
-    bool isReadable = true;  // as the body of a message that declares no charset
-  };
-  constexpr Row kRows[] = {
-      {"russian", "koi8-r", "KOI8-R"},
-      {"russian", "windows-1251", "windows-1251"},
-      {"russian", "iso-8859-5", "ISO-8859-5"},
-      {"russian", "ibm866", "IBM866"},
-      {"russian", "ibm855", "IBM855"},
-      {"russian", "utf-8", "utf-8"},
-      {"bulgarian", "windows-1251", "windows-1251"},
-      {"bulgarian", "iso-8859-5", "ISO-8859-5"},
-      {"greek", "iso-8859-7", "ISO-8859-7"},
-      {"hungarian", "iso-8859-2", "ISO-8859-2"},
-      {"simplified_chinese", "gb18030", "GB18030"},
-      {"simplified_chinese", "hz", "HZ-GB-2312"},
-      {"simplified_chinese", "iso-2022-cn", "ISO-2022-CN", false},
-      {"traditional_chinese", "big5", "Big5"},
-      {"traditional_chinese", "euc-tw", "x-euc-tw"},
-      {"japanese", "euc-jp", "EUC-JP"},
-      {"japanese", "shift_jis", "Shift_JIS"},
-      {"japanese", "iso-2022-jp", "ISO-2022-JP"},
-      {"korean", "euc-kr", "EUC-KR"},
-      {"korean", "iso-2022-kr", "ISO-2022-KR"},
-      {"french", "utf-8", "utf-8"},
-      // Where the letters have the same codes, the earlier member is named.
-      {"greek", "windows-1253", "ISO-8859-7"},
-      {"hungarian", "windows-1250", "ISO-8859-2"},
-      {"russian", "x-mac-cyrillic", "windows-1251", false},
-      // A letter misses what the Thai model asks for by one pair in 1287, the minutes of a meeting have it.
-      {"thai", "tis-620", "unknown", false},
-      {"thai_report", "tis-620", "TIS-620"},
-      // A language without a model, taken for another.
-      {"french", "windows-1252", "ISO-8859-2", false},
-  };
-  for (const Row& row : kRows) {
-    SCOPED_TRACE(std::string(row.language) + " in " + row.charset);
-    const std::string text = readFile(std::string(VOMSG_TEST_DATA "/texts/") + row.language + ".txt");
-    ASSERT_FALSE(text.empty());
-    // Four times, because some texts alone have too few characters.
-    const std::string bytes = times(inCharset(text, row.charset), 4);
-    EXPECT_EQ(analyse(bytes), (Result{row.want, std::strcmp(row.want, "unknown") == 0 ? bytes.size() : 4096}));
-    int code = 0;
-    const bool isRead =
-        bytesOf(MessageFixture("Subject: x\r\n\r\n" + bytes)->getTextContent(code, nullptr, "utf-8")) == times(text, 4);
-    EXPECT_EQ(isRead, row.isReadable);
-    // The end of a block cuts the text's beginning in all places, then something in its middle, and nothing changes.
-    for (std::size_t before = 4080; before <= 4097; ++before) {
-      const std::string later = std::string(before, '1') + bytes;
-      EXPECT_EQ(analyse(later), analyseSlowly(later)) << before;
-      compareTrees(bytes, [&] { return before - 3000; });
-    }
+// `isReadable`: it comes out right as the body of a message that declares no charset.
+void expectRecognised(const std::string& language, const char* charset, const std::string& want,
+                      bool isReadable = true) {
+  SCOPED_TRACE(language + " in " + charset);
+  // Four times, because some texts alone have too few characters.
+  const std::string text = times(readFile(VOMSG_TEST_DATA "/texts/" + language + ".txt"), 4);
+  const std::string bytes = inCharset(text, charset);
+  EXPECT_EQ(analyse(bytes), (Result{want, want == "unknown" ? bytes.size() : 4096}));
+  int code = 0;
+  MessageFixture message("Subject: x\r\n\r\n" + bytes);
+  EXPECT_EQ(bytesOf(message->getTextContent(code, nullptr, "utf-8")) == text, isReadable);
+  // The end of a block cuts the text's beginning in all places, then something in its middle, and nothing changes.
+  for (std::size_t before = 4080; before <= 4097; ++before) {
+    const std::string later = std::string(before, '1') + bytes;
+    EXPECT_EQ(analyse(later), analyseSlowly(later)) << before;
+    compareTrees(bytes, [&] { return before - 3000; });
   }
+}
+
+TEST(CharSetAnalysis, RecognisesRealTexts) {
+  const struct {
+    const char* language;
+    std::vector<const char*> charsets;
+  } kRows[] = {
+      {"russian", {"KOI8-R", "windows-1251", "ISO-8859-5", "IBM866", "IBM855", "utf-8"}},
+      {"bulgarian", {"windows-1251", "ISO-8859-5"}},
+      {"greek", {"ISO-8859-7"}},
+      {"hungarian", {"ISO-8859-2"}},
+      {"thai_report", {"TIS-620"}},
+      {"simplified_chinese", {"GB18030", "HZ-GB-2312"}},
+      {"traditional_chinese", {"Big5"}},
+      {"japanese", {"EUC-JP", "Shift_JIS", "ISO-2022-JP"}},
+      {"korean", {"EUC-KR", "ISO-2022-KR"}},
+      {"french", {"utf-8"}},
+  };
+  for (const auto& row : kRows)
+    for (const char* charset : row.charsets) expectRecognised(row.language, charset, charset);
+  expectRecognised("traditional_chinese", "euc-tw", "x-euc-tw");
+  expectRecognised("simplified_chinese", "ISO-2022-CN", "ISO-2022-CN", false);
+  // Where the letters have the same codes, the earlier member is named.
+  expectRecognised("greek", "windows-1253", "ISO-8859-7");
+  expectRecognised("hungarian", "windows-1250", "ISO-8859-2");
+  expectRecognised("russian", "x-mac-cyrillic", "windows-1251", false);
+  // A letter misses what the Thai model asks for by one pair in 1287; above, the minutes of a meeting have it.
+  expectRecognised("thai", "tis-620", "unknown", false);
+  // A language without a model, taken for another.
+  expectRecognised("french", "windows-1252", "ISO-8859-2", false);
 }
 
 TEST(CharSetAnalysis, KnowsItsLimits) {
@@ -132,14 +121,14 @@ TEST(CharSetAnalysis, KnowsItsLimits) {
     const char* want;
   };
   const std::string ascii = times("Just a line of plain text that any language could hold.\r\n", 2000);
-  const std::string hungarianAscii = inCharset(readFile(VOMSG_TEST_DATA "/texts/hungarian.txt"), "us-ascii");
-  const std::string plainHungarian = times(hungarianAscii, 20);
+  const std::string hungarian = inCharset(readFile(VOMSG_TEST_DATA "/texts/hungarian.txt"), "us-ascii");
   const Row rows[] = {
       {"nothing", "", "unknown"},
       {"ASCII", ascii, "unknown"},
-      {"Hungarian letters without accents", plainHungarian, "unknown"},
+      {"Hungarian letters without accents", times(hungarian, 20), "unknown"},
       {"as they were taken for Hungarian before the first other byte", ascii + "\u00E9\u00E9\u00E9\u00E9\u00E9",
        "ISO-8859-2"},
+      {"an escape after it", ascii + "\x1B$B", "unknown"},
       {"a byte-order mark", "\xFF\xFEh", "UTF-16LE"},
       {"the other one", "\xFE\xFFh", "UTF-16BE"},
       {"half a byte-order mark", "\xFE", "unknown"},
@@ -149,7 +138,6 @@ TEST(CharSetAnalysis, KnowsItsLimits) {
       {"ESC ( B", "\x1B(B", "ISO-2022-CN"},
       {"ESC $ ) A", "\x1B$)A", "ISO-2022-CN"},
       {"ESC $ ) C", "\x1B$)C", "ISO-2022-KR"},
-      {"HZ", "~{<:Ky2;S{#,NpJ)l6HK!#~}", "HZ-GB-2312"},
       {"HZ, its escape cut by the block: \"~}\" comes unexpected", std::string(4095, 'x') + "~{<:~} ~{<:~}", "unknown"},
       {"four characters of UTF-8", "\u00E9 \u00E9 \u00E9 \u00E9", "unknown"},
       {"five", "\u00E9 \u00E9 \u00E9 \u00E9 \u00E9", "utf-8"},
@@ -200,8 +188,6 @@ TEST(TextFilters, APlainTextIsCopied) {
   EXPECT_EQ(session->setRecentContext(::strdup("own"), 3), 0);
   filter.filterText("abc", 3, session.get());
   EXPECT_EQ(std::string(session->getRecentContext(), 3), "abc");
-  EXPECT_EQ(session->releaseRecentContext(), 0);
-  EXPECT_EQ(session->getRecentContext(), nullptr);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "SlowAnalysis.h"
 #include "vomsg/charset/detect/VoMsgDistributionDetector.h"
 #include "vomsg/charset/detect/VoMsgFrequenceTables.h"
+#include "vomsg/charset/detect/VoMsgMBCSGroupDetector.h"
 #include "vomsg/charset/detect/VoMsgSequenceDetector.h"
 
 namespace {
@@ -136,50 +137,35 @@ int stateAfter(VoMsgCharSetDetector& detector, const std::string& text) {
   return session->getState();
 }
 
-// A two-byte character that is counted, and frequent or not.
-std::string characterOf(const VoMsgFrequenceTable& table, const SMModel* model, bool isFrequent) {
-  for (unsigned pair = 0x8140; pair < 0x10000; ++pair) {
-    const std::string c = {static_cast<char>(pair >> 8), static_cast<char>(pair)};
-    VoMsgCodingStateMachine machine(model);
-    machine.nextState(static_cast<unsigned char>(c[0]));
-    const VoMsgCharCounts counts = table.countChars(c.data(), 1);
-    if (machine.currentCharLen == 2 && machine.currentState != 0 &&
-        machine.nextState(static_cast<unsigned char>(c[1])) == 0 && counts.total == 1 &&
-        (counts.frequent == 1) == isFrequent)
-      return c;
-  }
-  return {};
-}
-
-template <class Table>
-void checkTable(const SMModel& model, unsigned frequentToThousandRare) {
-  SCOPED_TRACE(model.name);
-  const Table table;
-  const SlowFacade slow;
-  for (const auto& member : static_cast<const SlowGroup&>(*slow.members[1]).members)
-    for (unsigned pair = 0; pair < 65536 && member->charset == model.name; ++pair) {
-      const char c[] = {static_cast<char>(pair >> 8), static_cast<char>(pair)};
-      const int order = static_cast<const SlowDistribution&>(*member).orderOf(pair >> 8, pair & 0xFF);
-      ASSERT_EQ(table.evaluateChar(c), order) << pair;
-      ASSERT_EQ(table.countChars(c, 1).total, order >= 0 && order < static_cast<int>(table.tableSize)) << pair;
-    }
-  VoMsgDistributionDetector detector(new Table, VoMsgCodingStateMachine(&model));
-  const std::string frequent = characterOf(table, &model, true);
-  const std::string rare = times(characterOf(table, &model, false), 1000);
-  EXPECT_EQ(stateAfter(detector, times(frequent, 1024)), 0);
-  EXPECT_EQ(stateAfter(detector, times(frequent, 1025)), 1);
-  EXPECT_EQ(stateAfter(detector, times(frequent, frequentToThousandRare) + rare), 1);
-  EXPECT_EQ(stateAfter(detector, times(frequent, frequentToThousandRare - 1) + rare), 0);
-  EXPECT_EQ(stateAfter(detector, times(frequent, 2000) + "\xFF\xFF"), 2);
-}
-
 TEST(DistributionDetector, DecidesAtTheNumberAndTheRatioItShould) {
-  checkTable<VoMsgBig5FrequenceTable>(Big5SMModel, 1500);
-  checkTable<VoMsgGB2312FrequenceTable>(GB18030SMModel, 1800);
-  checkTable<VoMsgEUCKRFrequenceTable>(EUCKRSMModel, 6000);
-  checkTable<VoMsgEUCJPFrequenceTable>(EUCJPSMModel, 3000);
-  checkTable<VoMsgEUCTWFrequenceTable>(EUCTWSMModel, 1500);
-  checkTable<VoMsgSJISFrequenceTable>(SJISSMModel, 3000);
+  const std::unique_ptr<VoMsgFrequenceTable> tables[] = {
+      std::make_unique<VoMsgBig5FrequenceTable>(),  std::make_unique<VoMsgGB2312FrequenceTable>(),
+      std::make_unique<VoMsgEUCKRFrequenceTable>(), std::make_unique<VoMsgEUCJPFrequenceTable>(),
+      std::make_unique<VoMsgEUCTWFrequenceTable>(), std::make_unique<VoMsgSJISFrequenceTable>()};
+  constexpr unsigned kFrequentToThousandRare[] = {1500, 1800, 6000, 3000, 1500, 3000};
+  VoMsgMBCSGroupDetector group;
+  const SlowFacade slow;
+  for (std::size_t i = 0; i < std::size(tables); ++i) {
+    const auto& start = static_cast<const SlowDistribution&>(*slow.multi->members[i + 1]);
+    VoMsgCharSetDetector& detector = *group.getMembers()[i + 1];
+    SCOPED_TRACE(start.charset);
+    std::string frequent, rare;
+    for (unsigned pair = 0; pair < 65536; ++pair) {
+      const std::string c = {static_cast<char>(pair >> 8), static_cast<char>(pair)};
+      const int order = start.orderOf(static_cast<int>(pair >> 8), static_cast<int>(pair & 0xFF));
+      ASSERT_EQ(tables[i]->evaluateChar(c.data()), order) << pair;
+      ASSERT_EQ(tables[i]->countChars(c.data(), 1).total, order >= 0 && order < start.tableSize) << pair;
+      SlowDistribution tried = start;
+      tried.feed(c);
+      if (tried.machine.state == 0 && tried.total == 1) (tried.frequent == 1 ? frequent : rare) = c;
+    }
+    EXPECT_EQ(stateAfter(detector, times(frequent, 1024)), 0);
+    EXPECT_EQ(stateAfter(detector, times(frequent, 1025)), 1);
+    const std::string most = times(frequent, kFrequentToThousandRare[i] - 1) + times(rare, 1000);
+    EXPECT_EQ(stateAfter(detector, most), 0);
+    EXPECT_EQ(stateAfter(detector, most + frequent), 1);
+    EXPECT_EQ(stateAfter(detector, times(frequent, 2000) + "\xFF\xFF"), 2);
+  }
 }
 
 TEST(SequenceDetector, DecidesAtTheNumberAndTheShareItShould) {
