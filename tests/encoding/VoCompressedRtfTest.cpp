@@ -76,15 +76,13 @@ TEST(CompressedRtf, RandomStreamsThroughEveryWindowAndInPieces) {
       ASSERT_EQ(expand(bytes, static_cast<long>(bytes.size()), window, state), expected) << round;
     }
   }
-  // Cut where no reference is cut, the pieces give the whole.
-  std::string literals;
-  for (int i = 0; i < 500; ++i) literals += "\x10" + std::string(4, static_cast<char>(i)) + "\x00\x13xyz"s;
+  // Cut among the items of a control byte, though inside no reference, the pieces give the whole.
+  std::string stream, pieces;
+  for (int i = 0; i < 500; ++i) stream += "\x10" + std::string(4, static_cast<char>(i)) + "\0\x13xyz"s;
   LZFu state;
-  std::string pieces;
-  for (std::size_t at = 0, n = 10; at < literals.size(); at += 3 * n)
-    pieces += expand(std::string_view(literals).substr(at, 3 * n),
-                     static_cast<long>(std::min(3 * n, literals.size() - at)), 5, state);
-  EXPECT_EQ(pieces, slowExpand(literals));
+  for (std::size_t at = 0, n = 3; at < stream.size(); at += n, n = 10)
+    pieces += expand(stream.substr(at, n), static_cast<long>(std::min(n, stream.size() - at)), 5, state);
+  EXPECT_EQ(pieces, slowExpand(stream));
 }
 
 TEST(CompressedRtf, AShortSourceReadsAs0xFFWithinReason) {

@@ -113,12 +113,10 @@ TEST(UUEncode, WritesOneBlock) {
                 "\r\n`\r\nend\r\n");
   EXPECT_EQ(encode("", nullptr), "begin 666 unknown\r\n`\r\nend\r\n");
   EXPECT_EQ(encode("", "a\r\nb"), "begin 666 a\r\n`\r\nend\r\n");
-  for (const char* name : {"a b.txt", "", static_cast<const char*>(nullptr)}) {
-    const VoMsgMemoryResource source(0u, name, "us-ascii");
-    LimitedWriter writer;
-    ASSERT_EQ(voEncodeUUEncode(&writer, &source), kVoSuccess);
-    EXPECT_EQ(writer.text, encode("", name && *name ? name : "noname"));
-  }
+  const VoMsgMemoryResource nameless(0u, nullptr, nullptr);
+  LimitedWriter writer;
+  ASSERT_EQ(voEncodeUUEncode(&writer, &nameless), kVoSuccess);
+  EXPECT_EQ(writer.text, encode("", "noname"));
 }
 
 }  // namespace
