@@ -61,7 +61,7 @@ TEST(Machines, StepAsTheirNumbersSay) {
     for (unsigned round = 0; round < 200; ++round) {
       std::string text;
       while (text.size() < 100)
-        text += static_cast<char>(random() % 4 ? random() : "\x1B$()*~{ABGH\x0E\x0F"[random() % 14]);
+        text += random() % 4 ? static_cast<char>(random()) : "\x1B$()*~{ABGH\x0E\x0F"[random() % 14];
       compare(text);
     }
   }
