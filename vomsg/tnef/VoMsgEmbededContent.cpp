@@ -131,7 +131,9 @@ void readNestedMessages(VoMsgMultiEmbededEntity& whole) {
     const auto& block = dynamic_cast<VoMsgEmbededEntity&>(*piece);
     if (voFailed(block.readName(name)) || !isEmlName(name)) continue;
     if (static_cast<int>(piece->getNestingLevel()) >= VoMsgMailMessage::getMaxExtractLevel()) return;
-    std::unique_ptr<VoMsgResourceLocator> content(VoMsgResourceManager::createTmpResource(block.getBodySize()));
+    const unsigned room = viewOf(block.getEncoding()) == "mac-binhex40" ? block.getContentSize() : 0;
+    std::unique_ptr<VoMsgResourceLocator> content(
+        VoMsgResourceManager::createTmpResource(std::max(block.getBodySize(), room)));
     int err = 0;
     if (!content || !piece->_getContent(err, content.get()) || content->getSize(VoMsgResourceLocator::dataPart) == 0)
       continue;
