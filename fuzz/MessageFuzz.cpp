@@ -1,14 +1,17 @@
-// A whole message: read, walk, take every content, write back, edit, read again. What must hold for any bytes:
-// an unedited message without marks comes out as it was; one that is written anew stays as it is from then on;
+// A whole message: read, walk, take every content, write back, edit, read again, edit at random. What must hold for any
+// bytes: an unedited message without marks comes out as it was; one that is written anew stays as it is from then on;
 // bodies lie inside their resource, parts inside their multipart, in order and apart from one another.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "vomsg/entity/VoMsgEntityIterator.h"
+#include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/header/VoMsgHeaderField.h"
@@ -86,6 +89,35 @@ bool walk(VoMsgRfc822Message& message) {
   return marked;
 }
 
+// Edits that the input itself chooses: content, parts that come and go, the message attached to itself.
+void edit(VoMsgRfc822Message& message, std::string_view choices) {
+  for (const char c : choices) {
+    const auto choice = static_cast<unsigned char>(c);
+    std::vector<VoMsgRfc822Entity*> entities;
+    VoMsgEntityIterator all(&message);
+    for (VoMsgEntity* entity = all.first(); entity != nullptr && entities.size() < 100; entity = all.next())
+      if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity)) entities.push_back(mime);
+    VoMsgRfc822Entity& entity = *entities[choice / 4 % entities.size()];
+    const unsigned place = choice % 7;
+    static constexpr char kContent[] = "--b\r\n\0\n text =\r";
+    const VoMsgMemoryResource content(const_cast<char*>(kContent), sizeof kContent, nullptr, nullptr);
+    auto* const resource = const_cast<VoMsgMemoryResource*>(&content);
+    static constexpr const char* kEncodings[] = {"base64", "quoted-printable", "7bit", "x-uuencode", "mac-binhex40"};
+    if (choice % 4 == 0) {
+      entity.setContent(resource, nullptr, kEncodings[choice % 5]);
+    } else if (choice % 4 == 1) {
+      auto part = std::make_unique<VoMsgMimeEntity>();
+      part->setContent(resource, "text/plain", kEncodings[choice % 5]);
+      if (!voFailed(entity.insertChildEntityAt(part.get(), place))) part.release();
+    } else if (choice % 4 == 2) {
+      entity.removeChildEntityAt(place);
+    } else if (entities.size() < 20) {
+      std::unique_ptr<VoMsgMailMessage> copy(message.split());
+      if (!voFailed(entity.appendChildEntity(copy.get()))) copy.release();
+    }
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -111,5 +143,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const char* value = third.getHeaderValue("X-Fuzz", "us-ascii");
     require(value != nullptr && std::string_view(value) == "seen", "an edited field reads back");
   }
+
+  edit(message, source.substr(size - std::min<std::size_t>(size, 4)));
+  const std::string edited = writeOut(message);
+  VoMsgRfc822Message fourth;
+  fourth.readFrom(memory(edited.data(), edited.size(), true));
+  walk(fourth);
   return 0;
 }
