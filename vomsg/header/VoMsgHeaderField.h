@@ -79,7 +79,8 @@ class VOMSG_API VoMsgHeaderField {
   VoErrorCode setParameterValue(const char* name, const char* value, const char* srcCharset, const char* dstCharset);
   // kVoNoSuchHeader: no parameters at all; kVoOutOfRange.
   VoErrorCode removeParameterAt(unsigned i);
-  // Removes the first parameter of that name, or all its RFC 2231 pieces. Succeeds when there is none.
+  // Removes the first parameter of that name, or all its RFC 2231 pieces. Succeeds when there is none among others;
+  // kVoBadArgument: null, or no parameters at all.
   VoErrorCode removeParameter(const char* name);
   bool hasRFC2231(const char* name) const;
 

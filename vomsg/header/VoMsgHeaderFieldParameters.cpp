@@ -213,7 +213,7 @@ bool VoMsgHeaderField::removePieces(const char* name) {
 }
 
 VoErrorCode VoMsgHeaderField::removeParameter(const char* name) {
-  if (!name) return logged(kVoBadArgument, kLogSource, __func__, __LINE__);
+  if (!name || mParameterList.empty()) return logged(kVoBadArgument, kLogSource, __func__, __LINE__);
   bool removed = removePieces(name);
   if (!removed) {
     const auto found = std::find_if(mParameterList.begin(), mParameterList.end(), [&](const auto& parameter) {
