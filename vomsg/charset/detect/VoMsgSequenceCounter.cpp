@@ -1,7 +1,7 @@
 #include "vomsg/charset/detect/VoMsgSequenceCounter.h"
 
-#include <algorithm>
 #include <array>
+#include <iterator>
 #include <map>
 
 #include "vomsg/charset/detect/VoMsgColumnCounts.h"
