@@ -7,6 +7,7 @@
 #include "cli/Failure.h"
 #include "cli/Input.h"
 #include "cli/Output.h"
+#include "vomsg/charset/convert/VoCharsetName.h"
 
 namespace cli {
 
@@ -39,7 +40,13 @@ void check(VoErrorCode code, const std::string& subject) {
   if (voFailed(code)) throw failureOf(code, subject);
 }
 
+void checkCharset(const std::string& name) {
+  if (!voIsRightCharsetName(name.c_str())) throw Failure(kUsage, "there is no charset " + name);
+}
+
 int disclaim(const Options& options) {
+  checkCharset(options.charset);
+  checkCharset(options.prefer);
   const OpenedMessage opened = openMessage(options.in);
   check(opened.code, options.in);
   std::unique_ptr<VoMsgResourceLocator> text = openInput(options.text);

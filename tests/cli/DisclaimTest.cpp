@@ -26,6 +26,8 @@ TEST_F(ProgramTest, DisclaimWrapsOnRequest) {
   EXPECT_NE(get(path("work/out")).find(get(sample("plain.eml"))), std::string::npos);
   EXPECT_EQ(run({"disclaim", sample("plain.eml"), "o2", "--text", text, "--mode", "fold"}).exit, 64);
   EXPECT_EQ(run({"disclaim", sample("plain.eml"), "o2", "--text", path("none")}).exit, 66);
+  for (const char* option : {"--charset", "--prefer"})
+    EXPECT_EQ(run({"disclaim", sample("plain.eml"), "o2", "--text", text, option, "x-none"}).exit, 64);
   EXPECT_EQ(list("work"), std::vector<std::string>{"out"});
 }
 
