@@ -88,62 +88,62 @@ struct SlowScheme : SlowMember {
                                                              {"ISO-2022-KR", SlowMachine("ISO2022KRSMModel")}};
 };
 
-struct SlowUtf8 : SlowMember {
-  SlowUtf8() : SlowMember("utf-8") {}
+// What follows the characters of a machine.
+struct SlowCharacters : SlowMember {
+  SlowCharacters(const char* name, const std::string& model) : SlowMember(name), machine(model) {}
+  virtual void complete(int b0, int b1) = 0;  // the last two bytes of a character
+  virtual bool isSure() const = 0;
   void feed(const std::string& chunk) override {
     for (const char c : chunk) {
+      const int before = std::exchange(last, static_cast<unsigned char>(c));
       const int now = machine.step(static_cast<unsigned char>(c));
-      if (now == 1 || now == 2) {
-        state = 3 - now;
-        break;
-      }
-      characters += now == 0 && machine.length > 1;
+      if (now == 0) complete(before, last);
+      if (now != 1 && now != 2) continue;
+      state = 3 - now;
+      break;
     }
-    if (confidence() >= 0.95f) state = 1;
+    if (isSure()) state = 1;
   }
+
+  SlowMachine machine;
+  int last = 0;
+};
+
+struct SlowUtf8 : SlowCharacters {
+  SlowUtf8() : SlowCharacters("utf-8", "UTF8SMModel") {}
+  void complete(int, int) override { characters += machine.length > 1; }
+  bool isSure() const override { return confidence() >= 0.95f; }
   float confidence() const override { return characters < 6 ? 1.0f - std::ldexp(0.99f, -characters) : 0.99f; }
 
-  SlowMachine machine{"UTF8SMModel"};
   int characters = 0;
 };
 
-struct SlowDistribution : SlowMember {
+struct SlowDistribution : SlowCharacters {
   using Order = int (*)(int b0, int b1);
   SlowDistribution(const std::string& model, const char* name, const std::string& language, int size, float typical,
                    Order order)
-      : SlowMember(name),
-        machine(model),
+      : SlowCharacters(name, model),
         ranks(numbersIn("ranks/" + language + ".txt")),
         tableSize(size),
         ratio(typical),
         orderOf(order) {}
-  void feed(const std::string& chunk) override {
-    for (const char c : chunk) {
-      const int b0 = std::exchange(last, static_cast<unsigned char>(c));
-      const int now = machine.step(static_cast<unsigned char>(c));
-      if (now == 1 || now == 2) {
-        state = 3 - now;
-        break;
-      }
-      if (now != 0 || machine.length != 2) continue;
-      const int order = orderOf(b0, last);
-      if (order < 0 || order >= tableSize) continue;
-      ++total;  // beyond the ranks that are known lie rare characters
-      frequent += order < static_cast<int>(ranks.size()) && ranks[static_cast<unsigned>(order)] < 512;
-    }
-    if (state == 0 && total > 1024 && confidence() >= 0.95f) state = 1;
+  void complete(int b0, int b1) override {
+    const int order = orderOf(b0, b1);
+    if (machine.length != 2 || order < 0 || order >= tableSize) return;
+    ++total;  // beyond the ranks that are known lie rare characters
+    frequent += order < static_cast<int>(ranks.size()) && ranks[static_cast<unsigned>(order)] < 512;
   }
+  bool isSure() const override { return state == 0 && total > 1024 && confidence() >= 0.95f; }
   float confidence() const override {
     if (total == 0) return 0.0f;
     return static_cast<float>(frequent) / static_cast<float>(total - frequent) / ratio >= 1.0f ? 0.99f : 0.01f;
   }
 
-  SlowMachine machine;
   const std::vector<int>& ranks;
   int tableSize;
   float ratio;
   Order orderOf;
-  int last = 0, total = 0, frequent = 0;
+  int total = 0, frequent = 0;
 };
 
 // The single-byte models: the record, its tables and their files, and what they report.

@@ -20,14 +20,7 @@ namespace {
 
 using namespace vomsg::test;
 
-struct Result {
-  std::string charset = "unknown";
-  std::size_t bytes = 0;
-  bool operator==(const Result&) const = default;
-};
-std::ostream& operator<<(std::ostream& out, const Result& result) {
-  return out << result.charset << " after " << result.bytes;
-}
+using Result = std::pair<std::string, std::size_t>;  // the charset, and after how many bytes
 
 Result analyse(const std::string& text, const char* format = "text/plain") {
   const auto block = std::make_unique<char[]>(text.size());
@@ -115,14 +108,13 @@ TEST(CharSetAnalysis, RecognisesRealTexts) {
 }
 
 TEST(CharSetAnalysis, KnowsItsLimits) {
-  struct Row {
+  const std::string ascii = times("Just a line of plain text that any language could hold.\r\n", 2000);
+  const std::string hungarian = inCharset(readFile(VOMSG_TEST_DATA "/texts/hungarian.txt"), "us-ascii");
+  const struct {
     const char* name;
     std::string text;
     const char* want;
-  };
-  const std::string ascii = times("Just a line of plain text that any language could hold.\r\n", 2000);
-  const std::string hungarian = inCharset(readFile(VOMSG_TEST_DATA "/texts/hungarian.txt"), "us-ascii");
-  const Row rows[] = {
+  } kRows[] = {
       {"nothing", "", "unknown"},
       {"ASCII", ascii, "unknown"},
       {"Hungarian letters without accents", times(hungarian, 20), "unknown"},
@@ -144,12 +136,12 @@ TEST(CharSetAnalysis, KnowsItsLimits) {
       {"five, then a wrong byte in the block", "\u00E9\u00E9\u00E9\u00E9\u00E9 \xFF", "utf-8"},
       {"a wrong byte before the fifth", "\u00E9\u00E9\u00E9\u00E9 \xFF \u00E9\u00E9\u00E9", "unknown"},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
-    EXPECT_EQ(analyse(row.text).charset, row.want);
+    EXPECT_EQ(analyse(row.text).first, row.want);
   }
-  EXPECT_EQ(analyse("\u00E9\u00E9\u00E9\u00E9\u00E9", "text/html").charset, "unknown");
-  EXPECT_EQ(analyse("\u00E9\u00E9\u00E9\u00E9\u00E9", nullptr).charset, "unknown");
+  EXPECT_EQ(analyse("\u00E9\u00E9\u00E9\u00E9\u00E9", "text/html").first, "unknown");
+  EXPECT_EQ(analyse("\u00E9\u00E9\u00E9\u00E9\u00E9", nullptr).first, "unknown");
   char* charset = nullptr;
   EXPECT_EQ(VoMsgCharSetAnalysis::getInstance()->analysisText(nullptr, "text/plain", charset), nullptr);
 }
