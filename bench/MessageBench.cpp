@@ -277,6 +277,22 @@ void doubling(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(1));
 }
 
+// Multiparts inside each other, each with a part that becomes a subtree, which must not cost more the deeper it lies.
+void subtreeAtEveryLevel(benchmark::State& state, std::string_view part) {
+  std::string text = "MIME-Version: 1.0\r\n";
+  for (std::int64_t i = 0; i < state.range(0); ++i) {
+    const std::string boundary = "b" + std::to_string(i);
+    const std::string delimiter = "\r\n--" + boundary + "\r\n";
+    text += "Content-Type: multipart/mixed; boundary=" + boundary + "\r\n" + delimiter;
+    text.append(part) += delimiter;
+  }
+  for (auto _ : state) {
+    VoMsgRfc822Message mail;
+    benchmark::DoNotOptimize(mail.readFrom(memorySource(text)));
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
 // Heap that a parsed message keeps, per part.
 void heapPerPart(benchmark::State& state) {
   const std::string& text = message(manyParts);
@@ -309,6 +325,11 @@ BENCHMARK(writeOnly)->Apply(largeShapes);
 BENCHMARK(parseSmallMessages)->Unit(benchmark::kMillisecond);
 BENCHMARK(doubling)->ArgsProduct({{manyParts}, {25000, 50000, 100000, 200000}})->Unit(benchmark::kMillisecond);
 BENCHMARK(doubling)->ArgsProduct({{deepNesting}, {12500, 25000, 50000, 100000}})->Unit(benchmark::kMillisecond);
+#define VOMSG_EVERY_LEVEL(name, part) \
+  BENCHMARK_CAPTURE(subtreeAtEveryLevel, name, part)->Arg(10000)->Arg(20000)->Arg(40000)->Unit(benchmark::kMillisecond)
+VOMSG_EVERY_LEVEL(message, "Content-Type: message/rfc822\r\n\r\nSubject: x\r\n\r\nx");
+VOMSG_EVERY_LEVEL(tnef, "Content-Type: application/ms-tnef\r\n\r\nx\x9F>\"12");
+VOMSG_EVERY_LEVEL(uuencodedMessage, "Content-Type: text/plain\r\n\r\nbegin 644 a.eml\r\n/4W5B:F5C=#H@> H*:&D*\r\n`\r\nend");
 BENCHMARK(heapPerPart);
 
 }  // namespace

@@ -159,7 +159,10 @@ TEST(TnefMessage, StopsAtALimit) {
 TEST(TnefMessage, NestsToTheLimitAndNotBeyond) {
   // In a stream of its own the outermost message does not count as a level.
   const std::string bytes = nestedStreams(25, attachment("deepest", "D"));
+  RememberingLog log;
   ReadMessage read(bytes);
+  EXPECT_EQ(log.count("begin: _parse"), VoMsgMailMessage::getMaxExtractLevel() + 2);
+  EXPECT_EQ(log.count("end  : _parse"), VoMsgMailMessage::getMaxExtractLevel() + 2);
   ASSERT_EQ(read.code, kVoSuccess);
   VoMsgEntity* entity = &read.message;
   while (entity->getChildEntity()) entity = entity->getChildEntity();

@@ -53,13 +53,13 @@ class PositionKeeper {
 
 }  // namespace
 
-MessageParser::MessageParser(VoMsgRfc822Entity& root, const VoObjectStub<MessageSource>& source,
-                             VoMsgBufferedReader& reader)
+MessageParser::MessageParser(VoMsgRfc822Entity& root, const MessagePlace& place,
+                             const VoObjectStub<MessageSource>& source, VoMsgBufferedReader& reader)
     : mRoot(root),
       mSource(source),
       mReader(reader),
-      mTag(root._getUUIDString()),
-      mRootLevel(static_cast<int>(root.getNestingLevel())),
+      mTag(place.tag),
+      mRootLevel(static_cast<int>(place.level)),
       // The tree's root is not counted, so its parts are on its own level.
       mPartLevel(mRootLevel + (root.getParentEntity() ? 1 : 0)) {
   const auto* const part = dynamic_cast<VoMsgRfc822Entity*>(root.getParentEntity());
@@ -299,7 +299,7 @@ VoErrorCode MessageParser::readNested(VoMsgRfc822Entity& entity) {
   if (mPlan.message) return _parseRfc822Message(entity);
   if (mPlan.tnefByType || mPlan.tnefByName) {
     const PositionKeeper keeper(mReader);
-    parseTnefChild(&entity);
+    parseTnefChild(&entity, childPlace());
     if (entity.hasChildEntity() || !mPlan.tnefByType) return kVoSuccess;
     return _parseTextMessage(entity);  // named TNEF, but it is none
   }
@@ -329,7 +329,7 @@ VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
   VoMsgRfc822Message& nested = *message;
   nested.mBelowSigned = entity.mBelowSigned;
   TreeAccess::append(&entity, message.release());
-  const VoErrorCode code = nested.readFrom(content.release());
+  const VoErrorCode code = nested.readFrom(content.release(), childPlace());
   if (voFailed(code)) TreeAccess::removeAt(&entity, 0);
   VO_LOG(9, mTag, "end  : _parseRfc822Message");
   return code;
@@ -338,7 +338,7 @@ VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
 VoErrorCode MessageParser::_parseTextMessage(VoMsgRfc822Entity& entity) {
   VO_LOG(9, mTag, "begin: _parseTextMessage");
   const PositionKeeper keeper(mReader);
-  const VoErrorCode code = scanEmbeddedBlocks(&entity, mSource.getObject(), mPlan.encoding);
+  const VoErrorCode code = scanEmbeddedBlocks(&entity, mSource.getObject(), mPlan.encoding, childPlace());
   VO_LOG(9, mTag, "end  : _parseTextMessage");
   return (code & 0xFFFFu) == (kVoNoContent & 0xFFFFu) ? kVoSuccess : code;
 }
@@ -352,7 +352,7 @@ void MessageParser::closeInnermost(std::uint64_t end) {
   } else if (end > open.epilogueOffset) {
     const PositionKeeper keeper(mReader);
     scanEpilogue(&entity, mSource.getObject(), open.epilogueOffset,
-                 static_cast<std::uint32_t>(end - open.epilogueOffset));
+                 static_cast<std::uint32_t>(end - open.epilogueOffset), childPlace());
   }
   mOpen.pop_back();
 }

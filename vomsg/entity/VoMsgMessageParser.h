@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "vomsg/entity/VoMsgMessageSource.h"
+#include "vomsg/entity/VoMsgNestedContent.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 #include "vomsg/foundation/VoMsgBoundaryTable.h"
 #include "vomsg/header/VoMsgHeaderSurvey.h"
@@ -19,8 +20,10 @@ enum class TransferEncoding : std::uint8_t;
 
 class MessageParser {
  public:
-  // `root` is a message; its entities share `source`, whose opened reader is `reader` and stands at the start.
-  MessageParser(VoMsgRfc822Entity& root, const VoObjectStub<MessageSource>& source, VoMsgBufferedReader& reader);
+  // `root` is the message at `place`; its entities share `source`, whose opened reader is `reader` and stands at the
+  // start.
+  MessageParser(VoMsgRfc822Entity& root, const MessagePlace& place, const VoObjectStub<MessageSource>& source,
+                VoMsgBufferedReader& reader);
 
   // A failure leaves the tree read so far; together its entities still cover the whole source.
   VoErrorCode parse();
@@ -61,6 +64,7 @@ class MessageParser {
   VoErrorCode readNested(VoMsgRfc822Entity& entity);
   VoErrorCode _parseRfc822Message(VoMsgRfc822Entity& entity);
   VoErrorCode _parseTextMessage(VoMsgRfc822Entity& entity);
+  MessagePlace childPlace() const { return {mTag, static_cast<unsigned>(mPartLevel)}; }  // of a message in a part
   void closeInnermost(std::uint64_t end);
   void closeAll(std::uint64_t end);
 

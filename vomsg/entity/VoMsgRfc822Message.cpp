@@ -46,7 +46,11 @@ void VoMsgRfc822Message::setUserData(void* data) { mpUserData = data; }
 // ---- reading
 
 VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
-  const char* const tag = _getUUIDString();
+  return readFrom(source, {_getUUIDString(), getNestingLevel()});
+}
+
+VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source, const MessagePlace& place) {
+  const char* const tag = place.tag;
   VO_DIAGNOSTIC(2, tag, "parsing message.");
   if (!source) return logFailure(__func__, tag, kVoBadArgument);
   if (mSource.getObject()) {
@@ -73,7 +77,7 @@ VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
     VO_DIAGNOSTIC(0, tag, "parse error. (can not read message)");
     return kVoReadFailed;
   }
-  code = guarded([&] { return MessageParser(*this, mMessageSource, *reader).parse(); });
+  code = guarded([&] { return MessageParser(*this, place, mMessageSource, *reader).parse(); });
   mEndPosition = std::max(0, static_cast<int>(reader->getOffset()));
   opened->closeReader();
   if (!voFailed(code)) {

@@ -7,6 +7,9 @@
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 
 class VoMsgMimeEntity;
+namespace vomsg::detail {
+struct MessagePlace;
+}
 
 class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822Entity {
  public:
@@ -19,8 +22,9 @@ class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822
 
   VoMsgMailMessage* split() override;
   VoErrorCode readFrom(VoMsgResourceLocator* source) override;
-  VoErrorCode readMailHeaderFrom(VoMsgResourceLocator* source) override;  // the same as readFrom
-  VoErrorCode readMailBodyFrom(VoMsgResourceLocator* source) override;    // the same as readFrom
+  VoErrorCode readFrom(VoMsgResourceLocator* source, const vomsg::detail::MessagePlace& place);  // whose place is known
+  VoErrorCode readMailHeaderFrom(VoMsgResourceLocator* source) override;                         // the same as readFrom
+  VoErrorCode readMailBodyFrom(VoMsgResourceLocator* source) override;                           // the same as readFrom
   VoErrorCode writeTo(VoMsgResourceLocator* target) override;
   VoMsgMailSessionInfo* getSessionInfo() override;
   void setSessionInfo(VoMsgMailSessionInfo* info) override;

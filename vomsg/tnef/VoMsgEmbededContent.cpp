@@ -124,13 +124,13 @@ bool isEmlName(std::string_view name) {
 }
 
 // Reads the attachments that are named as messages. One that cannot be read as such stays an attachment.
-void readNestedMessages(VoMsgMultiEmbededEntity& whole) {
+void readNestedMessages(VoMsgMultiEmbededEntity& whole, const MessagePlace& place) {
+  if (static_cast<int>(place.level) >= VoMsgMailMessage::getMaxExtractLevel()) return;
   const OpenSource open(whole.textSource());  // once for all names: there may be a million
   std::string name;
   for (VoMsgEntity* piece = whole.getChildEntity(); piece; piece = piece->getNextSiblingEntity()) {
     const auto& block = dynamic_cast<VoMsgEmbededEntity&>(*piece);
     if (voFailed(block.readName(name)) || !isEmlName(name)) continue;
-    if (static_cast<int>(piece->getNestingLevel()) >= VoMsgMailMessage::getMaxExtractLevel()) return;
     const unsigned room = viewOf(block.getEncoding()) == "mac-binhex40" ? block.getContentSize() : 0;
     std::unique_ptr<VoMsgResourceLocator> content(
         VoMsgResourceManager::createTmpResource(std::max(block.getBodySize(), room)));
@@ -140,13 +140,13 @@ void readNestedMessages(VoMsgMultiEmbededEntity& whole) {
     auto message = std::make_unique<VoMsgRfc822Message>(piece);
     VoMsgRfc822Message& nested = *message;
     TreeAccess::append(piece, message.release());
-    if (voFailed(nested.readFrom(content.release()))) TreeAccess::removeAt(piece, 0);
+    if (voFailed(nested.readFrom(content.release(), place))) TreeAccess::removeAt(piece, 0);
   }
 }
 
 // Scans one text and hangs what was found under `parent`.
 VoErrorCode scan(VoMsgEntity& parent, TransferEncoding encoding, MessageSource& source, std::uint32_t offset,
-                 std::uint32_t size, VoMsgMultiEmbededEntity::Epilogue epilogue) {
+                 std::uint32_t size, VoMsgMultiEmbededEntity::Epilogue epilogue, const MessagePlace& place) {
   VoMsgBufferedReader* const reader = source.openReader();
   if (!reader || !moveTo(*reader, offset)) return kVoReadFailed;
   if (!mayHoldBlocks(encoding, *reader, size)) return kVoNoContent;
@@ -170,19 +170,20 @@ VoErrorCode scan(VoMsgEntity& parent, TransferEncoding encoding, MessageSource& 
   whole->setTextSource(textSource);
   VoMsgMultiEmbededEntity& linked = *whole;
   TreeAccess::append(&parent, whole.release());
-  readNestedMessages(linked);
+  readNestedMessages(linked, place);
   return kVoSuccess;
 }
 
 }  // namespace
 
-VoErrorCode scanEmbeddedBlocks(VoMsgRfc822Entity* part, MessageSource* source, TransferEncoding encoding) {
-  return scan(*part, encoding, *source, part->getBodyOffset(), part->getBodySize(), {});
+VoErrorCode scanEmbeddedBlocks(VoMsgRfc822Entity* part, MessageSource* source, TransferEncoding encoding,
+                               const MessagePlace& place) {
+  return scan(*part, encoding, *source, part->getBodyOffset(), part->getBodySize(), {}, place);
 }
 
-VoErrorCode scanEpilogue(VoMsgRfc822Entity* multipart, MessageSource* source, std::uint32_t offset,
-                         std::uint32_t size) {
-  return scan(*multipart, TransferEncoding::identity, *source, offset, size, {offset, size});
+VoErrorCode scanEpilogue(VoMsgRfc822Entity* multipart, MessageSource* source, std::uint32_t offset, std::uint32_t size,
+                         const MessagePlace& place) {
+  return scan(*multipart, TransferEncoding::identity, *source, offset, size, {offset, size}, place);
 }
 
 bool isEpilogueEntity(const VoMsgEntity* entity, std::uint32_t& offset, std::uint32_t& size) {

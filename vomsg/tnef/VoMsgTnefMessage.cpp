@@ -58,12 +58,16 @@ bool VoMsgTnefMessage::isMultipartEntity() const { return true; }
 // --- reading
 
 VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source) {
+  return readFrom(source, {_getUUIDString(), getNestingLevel()});
+}
+
+VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source, const MessagePlace& place) {
   if (!source) {
-    VO_LOG(1, _getUUIDString(), "There is no resource to read from.");
+    VO_LOG(1, place.tag, "There is no resource to read from.");
     return kVoBadArgument;
   }
   if (mSource.getObject()) {
-    VO_LOG(1, _getUUIDString(), "Resource of this message object has already existed.");
+    VO_LOG(1, place.tag, "Resource of this message object has already existed.");
     return kVoNoMemory;
   }
   const VoErrorCode taken = guarded([&] {
@@ -77,22 +81,30 @@ VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source) {
   });
   const OpenSource opened(mMessageSource.getObject());
   if (voFailed(taken) || !opened.reader() || isTooLarge(source, *opened.reader())) {
-    VO_DIAGNOSTIC(0, _getUUIDString(), "parse error. (can not read message)");
+    VO_DIAGNOSTIC(0, place.tag, "parse error. (can not read message)");
     return voFailed(taken) ? taken : kVoReadFailed;
   }
   mStreamSize = opened.reader()->getSize();
-  return _parse(0);
+  return _parse(0, place);
 }
 
 VoErrorCode VoMsgTnefMessage::readMailHeaderFrom(VoMsgResourceLocator*) { return kVoNotSupported; }
 VoErrorCode VoMsgTnefMessage::readMailBodyFrom(VoMsgResourceLocator*) { return kVoNotSupported; }
 VoErrorCode VoMsgTnefMessage::_readEntityBodyPart(VoMsgEntity*, VoMsgBoundaryType&) { return kVoNotSupported; }
 
+void VoMsgTnefMessage::traceParse(const char* tag, const char* line) {
+  voMessageLog(9, kLogSource, "_parse", __LINE__, tag, "%s", line);
+}
+
 VoErrorCode VoMsgTnefMessage::_parse(unsigned int limit) {
-  VO_LOG(9, _getUUIDString(), "begin: _parse");
+  return _parse(limit, {_getUUIDString(), getNestingLevel()});
+}
+
+VoErrorCode VoMsgTnefMessage::_parse(unsigned int limit, const MessagePlace& place) {
+  traceParse(place.tag, "begin: _parse");
   const OpenSource source(mMessageSource.getObject());
   if (!source.reader()) {
-    VO_DIAGNOSTIC(0, _getUUIDString(), "parse error. (can not read message)");
+    VO_DIAGNOSTIC(0, place.tag, "parse error. (can not read message)");
     return kVoReadFailed;
   }
   _freeTree();
@@ -100,13 +112,19 @@ VoErrorCode VoMsgTnefMessage::_parse(unsigned int limit) {
   mpIndex.reset();
   mFirstRecord = kNoRecord;
   mHasSignature = mIsChanged = false;
-  const VoErrorCode code = guarded([&] { return TnefParser(*source.reader()).run(*this, limit); });
-  if (voFailed(code)) VO_LOG(1, _getUUIDString(), "parse error. (error code:%x)", code);
-  VO_LOG(9, _getUUIDString(), "end  : _parse");
+  const VoErrorCode code = guarded([&] { return TnefParser(*source.reader(), place).run(*this, limit); });
+  if (voFailed(code)) VO_LOG(1, place.tag, "parse error. (error code:%x)", code);
+  traceParse(place.tag, "end  : _parse");
   return code;
 }
 
 VoErrorCode VoMsgTnefMessage::_parseTnefMessage(VoMsgEntity* entity, VoMsgBufferedReader*) {
+  if (!entity) return kVoSuccess;
+  const bool isInnerMessage = (entity->getEntityTypeID() & kVoEntityIsMessage) && entity->getParentEntity();
+  return _parseTnefMessage(entity, {entity->_getUUIDString(), entity->getNestingLevel() + (isInnerMessage ? 1 : 0)});
+}
+
+VoErrorCode VoMsgTnefMessage::_parseTnefMessage(VoMsgEntity* entity, const MessagePlace& place) {
   if (!entity) return kVoSuccess;
   guarded([&]() -> VoErrorCode {
     const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(entity);
@@ -114,15 +132,15 @@ VoErrorCode VoMsgTnefMessage::_parseTnefMessage(VoMsgEntity* entity, VoMsgBuffer
     int code = 0;
     if (!content || !entity->getContent(code, content.get()) || voFailed(code)) return kVoNoContent;
     auto message = std::make_unique<VoMsgTnefMessage>(entity);
-    message->readFrom(content.release());
+    message->readFrom(content.release(), place);
     if (message->_hasSignature()) TreeAccess::append(entity, message.release());
     return kVoSuccess;
   });
   return kVoSuccess;
 }
 
-VoErrorCode vomsg::detail::parseTnefChild(VoMsgEntity* part) {
-  return VoMsgTnefMessage::_parseTnefMessage(part, nullptr);
+VoErrorCode vomsg::detail::parseTnefChild(VoMsgEntity* part, const MessagePlace& place) {
+  return VoMsgTnefMessage::_parseTnefMessage(part, place);
 }
 
 VoMsgBufferedReader* VoMsgTnefMessage::getContextSource(int& err) {
@@ -164,7 +182,7 @@ std::unique_ptr<VoMsgTnefBody> VoMsgTnefMessage::readRow(std::uint32_t first, Vo
   auto body = std::make_unique<VoMsgTnefBody>();
   TnefCursor cursor(source);
   cursor.setRange(mStreamOffset, mStreamOffset + mStreamSize);
-  cursor.setReadsStreams(_mayNest(const_cast<VoMsgTnefMessage*>(this)->getNestingLevel()));
+  cursor.setReadsStreams(mReadsStreams);
   const std::size_t end = mpIndex ? mpIndex->rowEnd(first) : first;
   for (std::size_t i = first; i < end; ++i) {
     std::unique_ptr<VoMsgTnefAttribute> record = readRecord(i, cursor);
@@ -359,6 +377,7 @@ VoErrorCode VoMsgTnefMessage::_copyMessage(VoMsgEntity* from) {
 VoErrorCode VoMsgTnefMessage::copyStream(const VoMsgTnefMessage& from) {
   mKey = from.mKey;
   mHasSignature = from.mHasSignature;
+  mReadsStreams = from.mReadsStreams;
   mStreamOffset = from.mStreamOffset;
   mStreamSize = from.mStreamSize;
   mEndPosition = from.mEndPosition;

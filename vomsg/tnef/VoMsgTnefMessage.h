@@ -13,6 +13,7 @@ class VoMsgTnefAttribute;
 class VoMsgTnefBody;
 namespace vomsg::detail {
 class MessageSource;
+struct MessagePlace;
 class TnefCursor;
 class TnefIndex;
 class NestedStreams;
@@ -72,6 +73,8 @@ class VOMSG_API VoMsgTnefMessage : public VoMsgMailMessage, public VoMsgTnefEnti
   // Reads the content of `entity`, a part of an Internet message, as TNEF; on success the message becomes its child.
   // Always success: a damaged part never fails the message around it.
   static VoErrorCode _parseTnefMessage(VoMsgEntity* entity, VoMsgBufferedReader* source);
+  // The same where the place of the new message is known.
+  static VoErrorCode _parseTnefMessage(VoMsgEntity* entity, const vomsg::detail::MessagePlace& place);
 
   // Whether the stream lies, at whatever depth, in a list that could not be read to its end. Such a list is not written
   // anew, so nothing inside can be changed.
@@ -86,6 +89,11 @@ class VOMSG_API VoMsgTnefMessage : public VoMsgMailMessage, public VoMsgTnefEnti
   friend class vomsg::detail::TnefParser;
   friend class vomsg::detail::NestedStreams;
 
+  // The same for a message whose place is known.
+  VoErrorCode readFrom(VoMsgResourceLocator* source, const vomsg::detail::MessagePlace& place);
+  VoErrorCode _parse(unsigned int limit, const vomsg::detail::MessagePlace& place);
+  // A line of _parse.
+  static void traceParse(const char* tag, const char* line);
   // Becomes the message of a stretch of the other's source.
   void shareSource(const VoMsgTnefMessage& other, std::uint32_t offset, std::uint32_t size);
   vomsg::detail::TnefIndex& changeableIndex();
@@ -108,6 +116,7 @@ class VOMSG_API VoMsgTnefMessage : public VoMsgMailMessage, public VoMsgTnefEnti
 
   std::uint16_t mKey = 0;
   bool mHasSignature = false;
+  bool mReadsStreams = false;  // those in its values have been read as messages
   VoObjectStub<vomsg::detail::MessageSource> mMessageSource;
   std::unique_ptr<vomsg::detail::TnefIndex> mpIndex;  // null without records
   std::uint32_t mStreamOffset = 0;

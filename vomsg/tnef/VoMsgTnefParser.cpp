@@ -30,7 +30,7 @@ constexpr std::uint32_t kCheckSumBytes = 2;
 
 VoErrorCode TnefParser::run(VoMsgTnefMessage& message, std::uint32_t limit) {
   if (!mCursor.isReadable()) return kVoReadFailed;
-  VoErrorCode code = enter(message, message.getNestingLevel(), limit);
+  VoErrorCode code = enter(message, mPlace.level, limit);
   if (voFailed(code)) return code;
   for (;;) {
     bool isDone = false;
@@ -40,6 +40,7 @@ VoErrorCode TnefParser::run(VoMsgTnefMessage& message, std::uint32_t limit) {
       isDone = true;
     }
     if (!isDone) continue;
+    if (mLevels.size() > 1) VoMsgTnefMessage::traceParse(mPlace.tag, "end  : _parse");
     mLevels.pop_back();
     if (mLevels.empty()) return code;
     const Level& outer = mLevels.back();
@@ -54,6 +55,7 @@ VoErrorCode TnefParser::enter(VoMsgTnefMessage& message, unsigned nestingLevel, 
   mCursor.setRange(start, end);
   if (mCursor.readInt32() != kVoTnefSignature) return kVoBadFormat;
   message.mHasSignature = true;
+  message.mReadsStreams = VoMsgTnefEntity::_mayNest(nestingLevel);
   message.mKey = mCursor.readInt16();
   message.mEndPosition = static_cast<int>(mCursor.position());
   const std::uint64_t stop = limit == 0 ? end : std::min<std::uint64_t>(std::uint64_t{start} + limit, end);
@@ -122,8 +124,8 @@ VoErrorCode TnefParser::beginValue(Level& level) {
   const VoErrorCode code = readValueHead(mCursor, level.propertyType, level.value);
   if (voFailed(code)) return code;
   --level.valuesLeft;
-  VoMsgTnefEntity* const child = VoMsgTnefEntity::_createValueChild(
-      level.message, level.propertyType, level.propertyId, level.value, VoMsgTnefEntity::_mayNest(level.nestingLevel));
+  VoMsgTnefEntity* const child = VoMsgTnefEntity::_createValueChild(level.message, level.propertyType, level.propertyId,
+                                                                    level.value, level.message->mReadsStreams);
   if (child) level.lastChild = child;
   if (!child || !level.value.holdsStream) return skipValue(mCursor, level.value);
 
@@ -132,6 +134,7 @@ VoErrorCode TnefParser::beginValue(Level& level) {
                       level.value.length - kInterfaceIdBytes);
   VoMsgTnefMessage& message = *nested;
   TreeAccess::append(child, nested.release());
+  VoMsgTnefMessage::traceParse(mPlace.tag, "begin: _parse");
   // The root of a tree does not count as an enclosing message.
   const unsigned inside = level.nestingLevel + (level.message->getParentEntity() ? 1 : 0);
   return enter(message, inside, 0);  // `level` may have moved by now
@@ -163,5 +166,6 @@ VoErrorCode VoMsgTnefEntity::_readNestedMessage(VoMsgBufferedReader& source, con
   nested->mStreamSize = head.length - vomsg::detail::kInterfaceIdBytes;
   VoMsgTnefMessage& message = *nested;
   _appendChild(nested.release());
-  return vomsg::detail::TnefParser(source).run(message, 0);
+  const vomsg::detail::MessagePlace place{message._getUUIDString(), message.getNestingLevel()};
+  return vomsg::detail::TnefParser(source, place).run(message, 0);
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "vomsg/entity/VoMsgNestedContent.h"
 #include "vomsg/foundation/VoErrorCode.h"
 #include "vomsg/tnef/VoMsgMapiList.h"
 #include "vomsg/tnef/VoMsgTnefCursor.h"
@@ -16,7 +17,8 @@ namespace vomsg::detail {
 
 class TnefParser {
  public:
-  explicit TnefParser(VoMsgBufferedReader& source) : mCursor(source) {}
+  // For the outermost message at `place`.
+  TnefParser(VoMsgBufferedReader& source, const MessagePlace& place) : mCursor(source), mPlace(place) {}
 
   // Reads the stream that `message` knows the place of. Codes as VoMsgTnefMessage::_parse.
   VoErrorCode run(VoMsgTnefMessage& message, std::uint32_t limit);
@@ -59,6 +61,7 @@ class TnefParser {
   void own(Level& level, bool isBroken);
 
   TnefCursor mCursor;
+  const MessagePlace& mPlace;
   std::vector<Level> mLevels;
 };
 
