@@ -319,9 +319,9 @@ VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
     content = std::make_unique<RangeResource>(whole, entity.mBodyOffset, entity.mBodySize);
   } else {
     const PositionKeeper keeper(mReader);
-    content.reset(VoMsgResourceManager::createTmpResource(entity.mBodySize));
-    if (!content) return kVoWriteFailed;
     if (!moveTo(mReader, entity.mBodyOffset)) return kVoReadFailed;
+    content.reset(VoMsgResourceManager::createTmpResource(decodedRoom(mPlan.encoding, mReader, entity.mBodySize)));
+    if (!content) return kVoWriteFailed;
     const VoErrorCode code = decodeTransfer(mPlan.encoding, *content, mReader, entity.mBodySize);
     if (voFailed(code)) return code;
   }

@@ -166,8 +166,8 @@ VoErrorCode MessageWriter::writeChild(VoMsgRfc822Entity& entity, VoMsgEntity& ch
     if (!writer->flush()) return kVoWriteFailed;
   }
   const bool isTnef = child.getEntityTypeID() == kVoEntityTnefMessage;
-  const VoErrorCode code =
-      encodeTransfer(encoding, mOut, *content, nullptr, isTnef ? std::string_view() : lineEndOf(entity));
+  const VoErrorCode code = encodeTransfer(encoding, mOut, *content, entity.getFileName("utf-8"),
+                                          isTnef ? std::string_view() : lineEndOf(entity));
   if (voFailed(code)) VO_LOG(1, entity._getUUIDString(), "The function replaceContent failed.");
   return code;
 }

@@ -62,7 +62,8 @@ VoErrorCode VoMsgSingleBody::fetch(VoMsgBufferedReader* reader, TransferEncoding
       // uuencode or BinHex block holds is set on it, which the caller who passed it as a target expects.
       return decodeTransfer(encoding, const_cast<VoMsgResourceLocator&>(*resource), source, length);
     }
-    std::unique_ptr<VoMsgResourceLocator> target(VoMsgResourceManager::createTmpResource(length));
+    std::unique_ptr<VoMsgResourceLocator> target(
+        VoMsgResourceManager::createTmpResource(decodedRoom(encoding, source, length)));
     if (!target) return kVoWriteFailed;
     const VoErrorCode code = decodeTransfer(encoding, *target, source, length);
     if (voFailed(code)) return code;

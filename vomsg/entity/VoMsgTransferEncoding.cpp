@@ -51,6 +51,10 @@ TransferEncoding transferEncodingOf(const char* name) {
 
 bool isKnownEncoding(const char* name) { return !name || findEncoding(name); }
 
+std::uint32_t decodedRoom(TransferEncoding encoding, VoMsgBufferedReader& source, std::uint32_t length) {
+  return encoding == TransferEncoding::binHex ? std::max(length, peekBinHexSize(source, length)) : length;
+}
+
 VoErrorCode decodeTransfer(TransferEncoding encoding, VoMsgResourceLocator& target, VoMsgBufferedReader& source,
                            std::uint32_t length) {
   switch (encoding) {

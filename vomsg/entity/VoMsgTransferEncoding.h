@@ -20,6 +20,8 @@ TransferEncoding transferEncodingOf(const char* name);
 // Whether content can be set with that encoding; null leaves the entity's own.
 bool isKnownEncoding(const char* name);
 
+// The room that a resource for the next `length` bytes of `source`, decoded, should expect.
+std::uint32_t decodedRoom(TransferEncoding encoding, VoMsgBufferedReader& source, std::uint32_t length);
 // Decodes the next `length` bytes of `source` into `target`.
 VoErrorCode decodeTransfer(TransferEncoding encoding, VoMsgResourceLocator& target, VoMsgBufferedReader& source,
                            std::uint32_t length);

@@ -84,8 +84,8 @@ std::unique_ptr<VoMsgResourceLocator> decodedBody(TransferEncoding encoding, Mes
   }
   VoMsgBufferedReader* const reader = source.openReader();
   if (!reader || !moveTo(*reader, offset)) return nullptr;
-  const std::uint32_t room = encoding == TransferEncoding::binHex ? peekBinHexSize(*reader, size) : 0;
-  std::unique_ptr<VoMsgResourceLocator> text(VoMsgResourceManager::createTmpResource(std::max(size, room)));
+  std::unique_ptr<VoMsgResourceLocator> text(
+      VoMsgResourceManager::createTmpResource(decodedRoom(encoding, *reader, size)));
   if (!text) return nullptr;
   if (encoding != TransferEncoding::quotedPrintable)
     return voFailed(decodeTransfer(encoding, *text, *reader, size)) ? nullptr : std::move(text);

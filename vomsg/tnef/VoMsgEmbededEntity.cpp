@@ -5,7 +5,7 @@
 #include <string>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
-#include "vomsg/charset/convert/VoMsgConverterFactory.h"
+#include "vomsg/charset/convert/VoMsgWholeText.h"
 #include "vomsg/encoding/VoBinHex.h"
 #include "vomsg/encoding/VoUUEncode.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
@@ -18,7 +18,7 @@
 #include "vomsg/foundation/VoMsgLineWalk.h"
 #include "vomsg/foundation/VoMsgLog.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
-#include "vomsg/foundation/VoMsgResourceManager.h"
+#include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoObjectStub.h"
 #include "vomsg/tnef/VoMsgLineEndFilter.h"
 #include "vomsg/tnef/VoMsgMultiEmbededEntity.h"
@@ -43,44 +43,12 @@ constexpr TransferEncoding transferEncodingFor(EmbeddedKind kind) {
   return TransferEncoding::identity;
 }
 
-std::unique_ptr<VoMsgResourceLocator> temporaryResource(std::uint64_t size) {
-  return std::unique_ptr<VoMsgResourceLocator>(
-      VoMsgResourceManager::createTmpResource(static_cast<unsigned>(std::clamp<std::uint64_t>(size, 1, 0xFFFFFFFFu))));
-}
-
-bool readAll(const VoMsgResourceLocator& resource, std::string& text) {
-  const std::unique_ptr<VoMsgBufferedReader> reader(resource.getInputStream(kData));
-  text.resize(resource.getSize(kData));
-  if (!reader) return text.empty();
-  text.resize(reader->read(text.data(), static_cast<unsigned>(text.size())));
-  return true;
-}
-
-bool writeAll(const VoMsgResourceLocator& target, std::string_view text) {
-  const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(kData));
-  return writer && WriterAccess::writeThrough(*writer, text.data(), text.size()) && writer->flush();
-}
-
-// Converters take a NUL for the end of the text, so what lies between NULs goes through piece by piece. False without
-// a converter, or when it cannot say something and may not put "?" for it.
+// False without a converter, or when it cannot say something and may not put "?" for it.
 bool convert(std::string& text, const char* to, const char* from, bool substitute) {
   if (voIsEqualCharsetName(to, from)) return true;
-  VoMsgConverterFactory& factory = *VoMsgConverterFactory::getInstance();
-  const auto giveBack = [&](VoMsgCharsetConverter* converter) { factory.destoryConverter(converter); };
-  const std::unique_ptr<VoMsgCharsetConverter, decltype(giveBack)> converter(
-      factory.createConverter(to, from, substitute ? 1 : 0, '?'), giveBack);
-  if (!converter) return false;
-  std::string result, piece, converted;
-  for (std::string_view rest = text;;) {
-    const std::size_t nul = rest.find('\0');
-    piece.assign(rest.substr(0, nul));
-    if (voFailed(converter->convert(converted, piece))) return false;
-    result += converted;
-    if (nul == rest.npos) break;
-    result += '\0';
-    rest.remove_prefix(nul + 1);
-  }
-  text = std::move(result);
+  std::string converted;
+  if (!convertWholeText(to, from, substitute, text, converted)) return false;
+  text.swap(converted);
   return true;
 }
 
@@ -239,8 +207,7 @@ VoErrorCode VoMsgEmbededEntity::fetch(bool decode, std::unique_ptr<VoMsgResource
     // A caller who passes a target expects its name to be set, as the decoders of these formats do.
     if (resource) return decodeTransfer(encoding, const_cast<VoMsgResourceLocator&>(*resource), reader, size);
     if (!kept) {
-      const std::uint32_t room = encoding == TransferEncoding::binHex ? peekBinHexSize(reader, size) : 0;
-      std::unique_ptr<VoMsgResourceLocator> made = temporaryResource(std::max(size, room));
+      std::unique_ptr<VoMsgResourceLocator> made = temporaryResource(decodedRoom(encoding, reader, size));
       if (!made) return kVoWriteFailed;
       const VoErrorCode code = decodeTransfer(encoding, *made, reader, size);
       if (voFailed(code)) return code;
@@ -275,15 +242,15 @@ const VoMsgResourceLocator* VoMsgEmbededEntity::_getTextContent(int& err, const 
     VoMsgRfc822Entity::CharsetOrigin origin;
     const char* const from = part ? part->getTextCharset(origin) : getCharset();
     std::string text;
-    if (!readAll(*result, text)) return kVoReadFailed;
+    if (voFailed(readBytes(*result, text))) return kVoReadFailed;
     const bool converted = from && convert(text, charset, from, true);
     if (target) {
       result = target;
-      return writeAll(*target, text) ? kVoSuccess : kVoWriteFailed;
+      return writeBytes(*target, text);
     }
     if (!converted) return kVoSuccess;
     std::unique_ptr<VoMsgResourceLocator> made = temporaryResource(text.size());
-    if (!made || !writeAll(*made, text)) return kVoWriteFailed;
+    if (!made || voFailed(writeBytes(*made, text))) return kVoWriteFailed;
     state().text = std::move(made);
     result = state().text.get();
     return kVoSuccess;
@@ -414,7 +381,7 @@ VoErrorCode VoMsgEmbededEntity::installText(VoMsgResourceLocator* content, const
   const char* const declared = whole() ? whole()->getCharset() : nullptr;
   const char* const to = declared && *declared && !whole()->isEpilogue() ? declared : "us-ascii";
   std::string text;
-  if (!readAll(*content, text)) return kVoReadFailed;
+  if (voFailed(readBytes(*content, text))) return kVoReadFailed;
   if (charset && !isBlock() && !convert(text, to, charset, false)) return kVoConversionFailed;
   VoMsgMemoryResource converted(text.data(), static_cast<unsigned>(text.size()), nullptr, nullptr);
   const std::string name(viewOf(rawName()));

@@ -5,8 +5,8 @@
 #include "vomsg/encoding/VoCompressedRtf.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
-#include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/tnef/VoTnefInteger.h"
 
@@ -38,24 +38,6 @@ std::uint32_t readValueLength(VoMsgBufferedReader& source, std::uint32_t offset)
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(_tnefGetInt32(&source), left));
 }
 
-// Keeps nothing but the number of bytes.
-class CountingWriter : public VoMsgBufferedWriter {
- public:
-  CountingWriter() : VoMsgBufferedWriter(4096) {}
-  bool open() override { return true; }
-  bool close() override { return true; }
-  bool isOpen() override { return true; }
-  bool writeBuffer() override {
-    mCount += mUsed;
-    mUsed = 0;
-    return true;
-  }
-  std::uint64_t count() const { return mCount + mUsed; }
-
- private:
-  std::uint64_t mCount = 0;
-};
-
 // Moves from the header of a compressed text behind it and tells how many bytes there are to expand. The compressed
 // size counts from behind itself and covers four bytes too many for the decoder; a value may claim far more than it
 // holds, and must not be believed: the decoder would take the end of the data for text.
@@ -76,10 +58,6 @@ OpenReader::OpenReader(VoMsgBufferedReader* reader) : mpReader(reader) {
 
 OpenReader::~OpenReader() {
   if (mIsOpen && !mWasOpen) mpReader->close();
-}
-
-std::unique_ptr<VoMsgResourceLocator> temporaryResource(std::uint32_t size) {
-  return std::unique_ptr<VoMsgResourceLocator>(VoMsgResourceManager::createTmpResource(std::max(size, 1u)));
 }
 
 std::unique_ptr<VoMsgResourceLocator> copyOfResource(const VoMsgResourceLocator& from) {

@@ -26,8 +26,6 @@ class OpenReader {
   bool mWasOpen;
 };
 
-// A temporary resource for about `size` bytes, in memory while that is allowed; null on failure.
-std::unique_ptr<VoMsgResourceLocator> temporaryResource(std::uint32_t size);
 // A temporary resource with the data of another one; null on failure.
 std::unique_ptr<VoMsgResourceLocator> copyOfResource(const VoMsgResourceLocator& from);
 

@@ -12,6 +12,7 @@
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLog.h"
 #include "vomsg/foundation/VoMsgMultiString.h"
+#include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 #include "vomsg/tnef/VoMsgMapiAttachment.h"
 #include "vomsg/tnef/VoMsgMapiList.h"
