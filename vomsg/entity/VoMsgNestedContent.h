@@ -40,7 +40,9 @@ VoErrorCode scanEpilogue(VoMsgRfc822Entity* multipart, MessageSource* source, st
 // Whether `entity` is what scanEpilogue() made, and of which range.
 bool isEpilogueEntity(const VoMsgEntity* entity, std::uint32_t& offset, std::uint32_t& size);
 
-// A copy of a multi-embedded entity with its subtree, for a copy of its message; yours. Null on failure.
+// A copy of a TNEF message or a multi-embedded entity with its subtree, for a copy of the message around it; yours.
+// Null on failure.
+VoMsgEntity* copyTnefTree(VoMsgEntity* from);
 VoMsgEntity* copyEmbeddedTree(VoMsgEntity* from);
 
 }  // namespace vomsg::detail

@@ -214,11 +214,8 @@ VoErrorCode VoMsgRfc822Message::_copyMessage(VoMsgEntity* from) {
         made = std::make_unique<VoMsgRfc822Message>(target);
       } else if (dynamic_cast<VoMsgRfc822Entity*>(source)) {
         made = std::make_unique<VoMsgMimeEntity>();
-      } else if (auto* const message = dynamic_cast<VoMsgMailMessage*>(source)) {
-        made.reset(message->split());
-        descend = false;
       } else {
-        made.reset(copyEmbeddedTree(source));
+        made.reset(_isTnefMessage(source) ? copyTnefTree(source) : copyEmbeddedTree(source));
         descend = false;
       }
       if (!made) return kVoNoMemory;

@@ -200,10 +200,10 @@ VoMsgEntity* copyEmbeddedTree(VoMsgEntity* from) {
   for (VoMsgEntity* piece = from->getChildEntity(); piece; piece = piece->getNextSiblingEntity()) {
     auto made = std::make_unique<VoMsgEmbededEntity>(EmbeddedPiece{});
     if (voFailed(made->copy(piece))) return nullptr;
-    if (auto* const message = dynamic_cast<VoMsgMailMessage*>(piece->getChildEntity())) {
-      VoMsgEntity* const nested = message->split();
-      if (!nested) return nullptr;
-      TreeAccess::append(made.get(), nested);
+    if (auto* const message = dynamic_cast<VoMsgRfc822Message*>(piece->getChildEntity())) {
+      auto nested = std::make_unique<VoMsgRfc822Message>(&message->getUUID());
+      if (voFailed(nested->_copyMessage(message))) return nullptr;
+      TreeAccess::append(made.get(), nested.release());
     }
     TreeAccess::append(whole.get(), made.release());
   }

@@ -353,6 +353,13 @@ VoMsgMailMessage* VoMsgTnefMessage::split() {
   return copied;
 }
 
+VoMsgEntity* vomsg::detail::copyTnefTree(VoMsgEntity* from) {
+  const auto* const message = dynamic_cast<VoMsgTnefMessage*>(from);
+  if (!message) return nullptr;
+  auto other = std::make_unique<VoMsgTnefMessage>(&message->getUUID());
+  return voFailed(other->_copyMessage(from)) ? nullptr : other.release();
+}
+
 VoErrorCode VoMsgTnefMessage::copy(VoMsgEntity* from) {
   auto* const other = dynamic_cast<VoMsgTnefMessage*>(from);
   if (!other || other == this) return kVoBadArgument;
