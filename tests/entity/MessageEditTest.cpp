@@ -295,6 +295,40 @@ TEST(MessageEdit, AMessageCanBeAttachedToItsOwnCopy) {
   EXPECT_EQ(contents, (std::vector<std::string>{"one", "two", "one", "two"})) << written(*message);
 }
 
+// What a caller labelled a multipart is one when it gets children; content it had becomes the first of them.
+TEST(MessageEdit, ALeafLabelledMultipartBecomesOne) {
+  for (const char* start : {"", "Subject: s\n\n", "Content-Transfer-Encoding: base64\n\neA=="}) {
+    MessageFixture message(start);
+    ASSERT_EQ(message->setContentType("multipart/alternative"), kVoSuccess);
+    for (int i = 0; i < 2; ++i) ASSERT_EQ(message->appendChildEntity(newPart("new")), kVoSuccess);
+    MessageFixture again(written(*message));
+    EXPECT_STREQ(again->getContentType(), "multipart/alternative");
+    EXPECT_EQ(again->getEncoding(), nullptr);
+    const unsigned count = message->countChildEntity();
+    ASSERT_EQ(again->countChildEntity(), count) << written(*message);
+    EXPECT_EQ(contentOf(*again->getChildEntityAt(count - 1)), "new");
+    EXPECT_EQ(contentOf(*again->getChildEntityAt(0)), count == 2                                  ? "new"
+                                                      : std::string_view(start).ends_with("eA==") ? "x"
+                                                                                                  : "");
+  }
+  VoMsgRfc822Message composed;
+  ASSERT_EQ(composed.setContentType("multipart/mixed; boundary=b"), kVoSuccess);
+  for (int i = 0; i < 2; ++i) ASSERT_EQ(composed.appendChildEntity(newPart("new")), kVoSuccess);
+  const std::string part = std::string("--b\r\n") + kNewPart + "\r\n";
+  EXPECT_EQ(written(composed),
+            "Content-Type: multipart/mixed;\r\n\tboundary=b\r\n\r\n"
+            "This is a multi-part message in MIME format.\r\n" +
+                part + part + "--b--\r\n");
+}
+
+TEST(MessageEdit, ACopiedPartIsAnAddedOne) {
+  MessageFixture message(kTwoParts);
+  auto* const copy = new VoMsgMimeEntity;
+  ASSERT_EQ(copy->copy(message->getChildEntityAt(0)), kVoSuccess);
+  ASSERT_EQ(message->appendChildEntity(copy), kVoSuccess);
+  EXPECT_EQ(written(*message), replaced(kTwoParts, "two\r\n", "two\r\n--b\r\n\r\none\r\n"));
+}
+
 TEST(MessageEdit, ARelabelledMultipartKeepsItsBytes) {
   MessageFixture message(kTwoParts);
   ASSERT_EQ(message->setHeaderValue("Content-Type", "text/plain", "us-ascii", nullptr), kVoSuccess);

@@ -89,8 +89,7 @@ VoErrorCode MessageWriter::begin(VoMsgRfc822Entity& entity, bool wholeSource) {
   const VoErrorCode code = writeHeader(entity);
   if (voFailed(code)) return code;
   if (!entity.mIsMultipartBody) return writeLeaf(entity, end);
-  openMultipart(entity, end);
-  return kVoSuccess;
+  return openMultipart(entity, end);
 }
 
 VoErrorCode MessageWriter::writeHeader(VoMsgRfc822Entity& entity) {
@@ -98,6 +97,7 @@ VoErrorCode MessageWriter::writeHeader(VoMsgRfc822Entity& entity) {
   if (child && child->getEntityTypeID() == kVoEntityTnefMessage && mEdited.contains(child) &&
       encodingForChild(entity, *child) != transferEncodingOf(entity.getEncoding())) {
     const std::unique_ptr<VoMsgEntityHeader> header(entity.getEntityHeader()->newCopy());
+    if (!header) return kVoNoMemory;
     header->removeHeader("Content-Transfer-Encoding");
     auto field = std::make_unique<VoMsgHeaderField>("Content-Transfer-Encoding", "base64");
     const VoErrorCode code = header->appendHeader(field.get());
@@ -174,7 +174,7 @@ VoErrorCode MessageWriter::writeChild(VoMsgRfc822Entity& entity, VoMsgEntity& ch
 
 // ---- multiparts
 
-void MessageWriter::openMultipart(VoMsgRfc822Entity& entity, std::uint64_t end) {
+VoErrorCode MessageWriter::openMultipart(VoMsgRfc822Entity& entity, std::uint64_t end) {
   OpenMultipart open{};
   open.entity = &entity;
   open.next = entity.getChildEntity();
@@ -194,14 +194,15 @@ void MessageWriter::openMultipart(VoMsgRfc822Entity& entity, std::uint64_t end) 
   for (const VoMsgEntity* child = open.next; child && !open.firstInPlace; child = child->getNextSiblingEntity())
     if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(child); part && part->mInPlace)
       open.firstInPlace = part;
-  mOpen.push_back(std::move(open));
-  if (mOpen.back().isNew) {
-    OpenMultipart& fresh = mOpen.back();
-    put(fresh.close);
-    if (!fresh.close.empty()) put(fresh.lineEnd);
-    fresh.close = "--" + fresh.boundary + "--";
-    fresh.close += fresh.lineEnd;
+  VoErrorCode code = kVoSuccess;
+  if (open.isNew) {
+    if (!open.close.empty()) open.close += open.lineEnd;
+    code = put(open.close);
+    open.close = "--" + open.boundary + "--";
+    open.close += open.lineEnd;
   }
+  mOpen.push_back(std::move(open));
+  return code;
 }
 
 VoErrorCode MessageWriter::beforeChild(OpenMultipart& open, VoMsgRfc822Entity& child) {

@@ -53,7 +53,7 @@ class MessageWriter {
   VoErrorCode writeLeaf(VoMsgRfc822Entity& entity, std::uint64_t end);
   static TransferEncoding encodingForChild(const VoMsgRfc822Entity& entity, const VoMsgEntity& child);
   VoErrorCode writeChild(VoMsgRfc822Entity& entity, VoMsgEntity& child);
-  void openMultipart(VoMsgRfc822Entity& entity, std::uint64_t end);
+  VoErrorCode openMultipart(VoMsgRfc822Entity& entity, std::uint64_t end);
   VoErrorCode beforeChild(OpenMultipart& open, VoMsgRfc822Entity& child);
   VoErrorCode afterChild(OpenMultipart& open);
   VoErrorCode separate(OpenMultipart& open);

@@ -324,12 +324,13 @@ VoErrorCode VoMsgRfc822Entity::appendChildEntity(VoMsgEntity* child) {
 
 VoErrorCode VoMsgRfc822Entity::appendEntity(VoMsgEntity* entity) { return appendChildEntity(entity); }
 
-// A message cannot stand between delimiters as it is, so it gets a part around it.
+// A message cannot stand between delimiters as it is, so it gets a part around it. A leaf that was only labelled a
+// multipart becomes one with its first child.
 VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
   if (!child || child == this || child->getParentEntity()) return kVoBadArgument;
   for (const VoMsgEntity* up = this; up; up = up->getParentEntity())
     if (up == child) return kVoBadArgument;
-  const bool wasMultipart = isMultipartEntity();
+  const bool wasMultipart = isMultipartEntity() && mIsMultipartBody;
   if (i != kAtEnd && (wasMultipart ? i > 0 && !getChildEntityAt(i - 1) : i > 1)) return kVoOutOfRange;
   const VoErrorCode ready = wasMultipart ? _makeMultipartHeader() : _changeSingleToMulti();
   if (voFailed(ready)) return ready;
@@ -338,6 +339,7 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
   VoMsgEntity* added = child;
   if (child->getEntityTypeID() & kVoEntityIsMessage) added = child->createWrapperEntity();
   if (!added) return kVoNoMemory;
+  if (auto* const part = dynamic_cast<VoMsgRfc822Entity*>(added)) part->mInPlace = false;  // a copy of one that was
   std::uint32_t offset, size;
   const bool hasEpilogue = isEpilogueEntity(mpLastChild, offset, size);  // stands behind all parts, and stays there
   if (hasEpilogue) i = std::min(i, countChildEntity() - 1);
@@ -437,7 +439,8 @@ VoMsgEntityBody* VoMsgRfc822Entity::_createEntityBody(bool multipart) {
 
 VoMsgBufferedReader* VoMsgRfc822Entity::getContextSource(int& err) {
   MessageSource* const source = mMessageSource.getObject();
-  VoMsgBufferedReader* const reader = source ? source->openReader() : nullptr;
+  auto* const reader =
+      guardedOr<VoMsgBufferedReader*>(nullptr, [source] { return source ? source->openReader() : nullptr; });
   err = static_cast<int>(source && !reader ? kVoReadFailed : kVoSuccess);
   return reader;
 }

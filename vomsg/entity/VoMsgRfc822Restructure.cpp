@@ -138,16 +138,21 @@ VoErrorCode VoMsgRfc822Entity::_changeSingleToMulti() {
 }
 
 // Moves the Content-* fields to a new first part that shares the body; the children follow once nothing can fail any
-// more. An entity that never had any content just becomes an empty multipart.
+// more. An entity that never had any content just becomes an empty multipart. A multipart type that a caller gave to a
+// leaf stays.
 VoErrorCode VoMsgRfc822Entity::_changeMultipartForEmbeded(std::unique_ptr<VoMsgMimeEntity>& first) {
   VoMsgEntityHeader& header = *getEntityHeader();
   const bool isEmpty = !mHasBodyRange && !hasChildEntity() && !(mBody.getObject() && mBody.getObject()->isNewBody());
   const bool wasEdited = header.isEdited();
+  const bool keepsType = isMultipartEntity() && !mIsMultipartBody;
+  const auto moves = [keepsType](const VoMsgHeaderField& field) {
+    return isContentField(field) && !(keepsType && equalNoCase(viewOf(field.getName()), "Content-Type"));
+  };
   if (!isEmpty) {
     first = std::make_unique<VoMsgMimeEntity>();
     VoMsgEntityHeader& target = *first->getEntityHeader();
     for (unsigned i = 0; i < header.countHeaders(); ++i) {
-      if (!isContentField(*header.getHeaderAt(i))) continue;
+      if (!moves(*header.getHeaderAt(i))) continue;
       std::unique_ptr<VoMsgHeaderField> field(header.getHeaderAt(i)->newCopy());
       if (!field || voFailed(target.appendHeader(field.get()))) return kVoRestructureFailed;
       field.release();
@@ -168,6 +173,6 @@ VoErrorCode VoMsgRfc822Entity::_changeMultipartForEmbeded(std::unique_ptr<VoMsgM
     if (!wasEdited) target.setUnedited();
   }
   for (unsigned i = header.countHeaders(); i-- > 0;)
-    if (isContentField(*header.getHeaderAt(i))) header.removeHeaderAt(i);
+    if (moves(*header.getHeaderAt(i))) header.removeHeaderAt(i);
   return kVoSuccess;
 }
