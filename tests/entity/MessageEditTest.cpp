@@ -295,6 +295,19 @@ TEST(MessageEdit, AMessageCanBeAttachedToItsOwnCopy) {
   EXPECT_EQ(contents, (std::vector<std::string>{"one", "two", "one", "two"})) << written(*message);
 }
 
+// As content, or in the text of a message: wherever they stand, the new part does not end there.
+TEST(MessageEdit, AnAddedPartMayHoldTheDelimitersAroundIt) {
+  for (const char* type : {"text/plain", "message/rfc822", ""}) {
+    MessageFixture message(kTwoParts), text(std::string("Subject: t\r\n\r\n") + kTwoParts);
+    auto* const part = *type ? newPart(kTwoParts) : nullptr;
+    if (part) part->setContentType(type);
+    ASSERT_EQ(message->appendChildEntity(part ? part : static_cast<VoMsgEntity*>(text->split())), kVoSuccess);
+    MessageFixture again(written(*message));
+    ASSERT_EQ(again->countChildEntity(), 3u) << type << ": " << written(*message);
+    EXPECT_NE(written(*again).find(kTwoParts), std::string::npos) << written(*message);
+  }
+}
+
 // What a caller labelled a multipart is one when it gets children; content it had becomes the first of them.
 TEST(MessageEdit, ALeafLabelledMultipartBecomesOne) {
   for (const char* start : {"", "Subject: s\n\n", "Content-Transfer-Encoding: base64\n\neA=="}) {

@@ -44,8 +44,8 @@ class RandomEdits {
 
   VoMsgMimeEntity* part(const std::string& content) {
     auto* const made = new VoMsgMimeEntity;
-    std::string bytes = content;
-    made->setContent(resourceOver(bytes).get(), "text/plain", draw(2) ? "8bit" : "base64");
+    std::string bytes = draw(4) ? content : written(mMessage);
+    made->setContent(resourceOver(bytes).get(), "application/x-part", draw(2) ? "8bit" : "base64");
     return made;
   }
 

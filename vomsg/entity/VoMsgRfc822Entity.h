@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "vomsg/entity/VoMsgEntity.h"
 #include "vomsg/entity/VoMsgEntityBody.h"
@@ -21,6 +22,7 @@ class MessageParser;
 class MessageWriter;
 class ContentEditor;
 class EditUndo;
+class BoundaryTable;
 }  // namespace vomsg::detail
 
 class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
@@ -139,6 +141,7 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   VoErrorCode _editMultipartHeader();
   VoErrorCode _editMultipartHeaderParameter();
   VoErrorCode _separateBoundaries(VoMsgEntity* child);
+  void _findDelimiters(const vomsg::detail::BoundaryTable& boundaries, std::vector<bool>& found, bool isFirst) const;
   VoErrorCode _removeMultipartHeader(std::unique_ptr<VoMsgEntityHeader> former);
   VoErrorCode _changeMultipartForEmbeded(std::unique_ptr<VoMsgMimeEntity>& first);
   static void _createBoundary(char* buffer, unsigned length);

@@ -1,17 +1,26 @@
 // Turning a leaf into a multipart: what the entity was moves, with every Content-* field, into a new first part.
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
+#include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
+#include "vomsg/entity/VoMsgSingleBody.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBoundaryTable.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/header/VoMsgHeaderField.h"
 
 namespace {
@@ -33,6 +42,15 @@ std::unordered_set<std::string_view> boundariesIn(VoMsgEntity* root) {
     if (const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity))
       if (const std::string_view boundary = mime->_declaredBoundary(); !boundary.empty()) boundaries.insert(boundary);
   return boundaries;
+}
+
+// Sets `found[depth]` for each boundary of which a delimiter line starts in [begin, end).
+void findDelimiters(VoMsgBufferedReader* reader, std::uint64_t begin, std::uint64_t end,
+                    const BoundaryTable& boundaries, std::vector<bool>& found) {
+  if (!reader || begin >= end || !moveTo(*reader, begin)) return;
+  for (BodyEnd at = findBodyEnd(*reader, boundaries); at.match.type != kVoBoundaryNone && at.lineOffset < end;
+       at = findBodyEnd(*reader, boundaries))
+    found[at.match.depth] = true;
 }
 
 }  // namespace
@@ -86,19 +104,53 @@ std::string_view VoMsgRfc822Entity::_declaredBoundary() const {
 
 // A child that was made elsewhere may hold multiparts with the boundary of one around it, as when a message is
 // attached to its own copy; its delimiters would then end the outer one's parts. So would a delimiter that is added
-// behind a part whose multipart has the same boundary and no end.
+// behind a part whose multipart has the same boundary and no end; and so would one in a text, or in a message that was
+// set as content.
 VoErrorCode VoMsgRfc822Entity::_separateBoundaries(VoMsgEntity* child) {
   VoErrorCode code = kVoSuccess;
   if (!mBoundaryIsAlone)
     for (VoMsgEntity* part = getChildEntity(); part && !voFailed(code); part = part->getNextSiblingEntity())
       if (boundariesIn(part).contains(_declaredBoundary())) code = _editMultipartHeaderParameter();
   mBoundaryIsAlone = !voFailed(code);
+  std::vector<VoMsgRfc822Entity*> around;
+  for (VoMsgEntity* up = this; up; up = up->getParentEntity())
+    if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(up); mime && !mime->_declaredBoundary().empty())
+      around.push_back(mime);
+  std::reverse(around.begin(), around.end());
   const auto present = boundariesIn(child);
-  if (present.empty()) return code;
-  for (VoMsgEntity* up = this; up && !voFailed(code); up = up->getParentEntity())
-    if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(up))
-      if (present.contains(mime->_declaredBoundary())) code = mime->_editMultipartHeaderParameter();
+  BoundaryTable boundaries;
+  std::vector<bool> clashes;
+  for (const VoMsgRfc822Entity* mime : around) {
+    boundaries.push(mime->_declaredBoundary());
+    clashes.push_back(present.contains(mime->_declaredBoundary()));
+  }
+  VoMsgEntityIterator walk(child);
+  for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
+    if (const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity))
+      mime->_findDelimiters(boundaries, clashes, entity == child);
+  std::unordered_set<std::string> clashing;  // of equal boundaries only the innermost one is found
+  for (std::size_t i = 0; i < around.size(); ++i)
+    if (clashes[i]) clashing.emplace(around[i]->_declaredBoundary());
+  for (std::size_t i = 0; i < around.size() && !voFailed(code); ++i)
+    if (clashing.contains(std::string(around[i]->_declaredBoundary())))
+      code = around[i]->_editMultipartHeaderParameter();
   return code;
+}
+
+// Looks through the bytes that this entity brings along: new content, or the source that it is the first one from.
+void VoMsgRfc822Entity::_findDelimiters(const BoundaryTable& boundaries, std::vector<bool>& found, bool isFirst) const {
+  const VoMsgEntityBody* const body = mBody.getObject();
+  if (body && body->isNewBody() && !body->isMultipart()) {
+    const VoMsgResourceLocator* const content = static_cast<const VoMsgSingleBody*>(body)->getNewContent();
+    const unsigned size = content ? content->getSize(VoMsgResourceLocator::dataPart) : 0;
+    const std::unique_ptr<VoMsgBufferedReader> reader(size > 0 ? content->getInputStream(VoMsgResourceLocator::dataPart)
+                                                               : nullptr);
+    findDelimiters(reader.get(), 0, size, boundaries, found);
+  }
+  if (!mHasBodyRange || !(isFirst || !mInPlace)) return;
+  const OpenSource source(mMessageSource.getObject());
+  findDelimiters(source.reader(), mHasHeaderRange ? mHeaderOffset : mBodyOffset, std::uint64_t{mBodyOffset} + mBodySize,
+                 boundaries, found);
 }
 
 // Puts the fields back that described the leaf, when it could not become a multipart after all.
