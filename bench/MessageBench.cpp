@@ -329,7 +329,8 @@ BENCHMARK(doubling)->ArgsProduct({{deepNesting}, {12500, 25000, 50000, 100000}})
   BENCHMARK_CAPTURE(subtreeAtEveryLevel, name, part)->Arg(10000)->Arg(20000)->Arg(40000)->Unit(benchmark::kMillisecond)
 VOMSG_EVERY_LEVEL(message, "Content-Type: message/rfc822\r\n\r\nSubject: x\r\n\r\nx");
 VOMSG_EVERY_LEVEL(tnef, "Content-Type: application/ms-tnef\r\n\r\nx\x9F>\"12");
-VOMSG_EVERY_LEVEL(uuencodedMessage, "Content-Type: text/plain\r\n\r\nbegin 644 a.eml\r\n/4W5B:F5C=#H@> H*:&D*\r\n`\r\nend");
+VOMSG_EVERY_LEVEL(uuencodedMessage,
+                  "Content-Type: text/plain\r\n\r\nbegin 644 a.eml\r\n/4W5B:F5C=#H@> H*:&D*\r\n`\r\nend");
 BENCHMARK(heapPerPart);
 
 }  // namespace

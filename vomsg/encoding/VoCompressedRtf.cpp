@@ -15,8 +15,7 @@ namespace vomsg::detail {
 
 namespace {
 
-// References copy from it, so every byte stands as the other implementations of this reader have it, odd spellings
-// included.
+// References copy from it, so every byte stands as writers of these streams assume it, odd spellings included.
 constexpr std::string_view kPrefix =
     "{\\rtf1\\ansi\\mac\\deff0\\deftab720{\\fonttbl;}{\\f0\\fnil \\fromen \\fswiss \\fmodern \\fscript .fdecor "
     "MS Sans SerifsymbolArialTimes New RomanCourier{\\colortbl\\red0\\green0\\blue0\r\n"
