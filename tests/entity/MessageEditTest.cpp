@@ -215,6 +215,19 @@ TEST(MessageEdit, AddressesStayOutsideEncodedWords) {
   EXPECT_EQ(written(*message).find("\r\nBcc"), std::string::npos);
 }
 
+// A media type in an encoded word would be none; and a value that cannot be encoded changes nothing.
+TEST(MessageEdit, ParametersAreEncodedWithoutTheirValue) {
+  MessageFixture message("Content-Type: text/plain; x=1\r\n\r\n");
+  const char* const value = "image/png; name=\xc3\xa4; y=2";
+  ASSERT_NE(message->setHeaderValue("Content-Type", value, "utf-8", "no-such"), kVoSuccess);
+  EXPECT_FALSE(message->isModified());
+  ASSERT_EQ(message->setHeaderValue("Content-Type", value, "utf-8", "utf-8"), kVoSuccess);
+  MessageFixture again(written(*message));
+  EXPECT_STREQ(again->getContentType(), "image/png");
+  EXPECT_STREQ(again->getHeaderParameterValue("Content-Type", "name", "utf-8"), "\xc3\xa4");
+  for (const char* name : {"x", "y"}) EXPECT_TRUE(again->getRawHeaderParameterValue("Content-Type", name)) << name;
+}
+
 TEST(MessageEdit, TextKeepsItsCharsetWhenThatLosesNothing) {
   const std::string header = "Content-Type: text/plain; charset=iso-8859-1\r\nContent-Transfer-Encoding: 8bit\r\n\r\n";
   std::string text = "gr\xc3\xbc\xc3\x9f\nnext";

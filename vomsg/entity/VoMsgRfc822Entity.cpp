@@ -146,7 +146,8 @@ const char* VoMsgRfc822Entity::getRawHeaderParameterValue(const char* name, cons
   });
 }
 
-// A structured value may come with its parameters; they are set one by one, and those not named stay.
+// A structured value may come with its parameters; they are set one by one, and those not named stay. Only what is not
+// ASCII is encoded: a media type in an encoded word would be none.
 VoErrorCode VoMsgRfc822Entity::setHeaderValue(const char* name, const char* value, const char* srcCharset,
                                               const char* dstCharset) {
   const VoErrorCode code = guarded([&]() -> VoErrorCode {
@@ -163,17 +164,27 @@ VoErrorCode VoMsgRfc822Entity::setHeaderValue(const char* name, const char* valu
     StructuredValue parts;
     if (structured) parseStructuredValue(parts, value, 0);
     const char* const main = structured && parts.count > 0 ? parts.value.c_str() : value;
+    const auto set = [&](VoMsgHeaderField& field) {
+      const bool isPlain = structured && isAscii(main);
+      VoErrorCode result =
+          field.setFieldValue(main, isPlain ? "us-ascii" : srcCharset, isPlain ? "us-ascii" : dstCharset);
+      for (std::size_t i = 0; i < parts.count && !voFailed(result); ++i) {
+        const std::string& text = parts.parameters[i].value;
+        result =
+            field.setParameterValue(parts.parameters[i].name.c_str(), text.c_str(),
+                                    isAscii(text) ? "us-ascii" : srcCharset, isAscii(text) ? "us-ascii" : dstCharset);
+      }
+      return result;
+    };
 
-    VoMsgHeaderField* field = header.getHeader(name);
-    std::unique_ptr<VoMsgHeaderField> created;
-    if (!field) field = (created = std::make_unique<VoMsgHeaderField>(name, "")).get();
-    VoErrorCode result = field->setFieldValue(main, srcCharset, dstCharset);
-    for (std::size_t i = 0; i < parts.count && !voFailed(result); ++i)
-      result = field->setParameterValue(parts.parameters[i].name.c_str(), parts.parameters[i].value.c_str(), srcCharset,
-                                        dstCharset);
-    if (voFailed(result) || !created) return result;
-    result = header.appendHeader(created.get());
-    if (!voFailed(result)) created.release();
+    VoMsgHeaderField* const field = header.getHeader(name);
+    std::unique_ptr<VoMsgHeaderField> made(field ? field->newCopy() : new VoMsgHeaderField(name, ""));
+    if (!made) return kVoNoMemory;
+    VoErrorCode result = set(*made);  // tried on a copy first, so that a failure changes nothing
+    if (voFailed(result)) return result;
+    if (field) return set(*field);
+    result = header.appendHeader(made.get());
+    if (!voFailed(result)) static_cast<void>(made.release());
     return result;
   });
   return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
@@ -450,7 +461,12 @@ VoErrorCode VoMsgRfc822Entity::copy(VoMsgEntity* from) {
   return guarded([&]() -> VoErrorCode {
     const auto* const other = dynamic_cast<VoMsgRfc822Entity*>(from);
     if (!other) return kVoBadArgument;
-    if (other->mHeader.getObject()) mHeader.setNewObject(other->mHeader.getObject()->newCopy());
+    if (const VoMsgEntityHeader* const block = other->mHeader.getObject()) {
+      std::unique_ptr<VoMsgEntityHeader> header(block->newCopy());
+      if (!header) return kVoNoMemory;
+      mHeader.setNewObject(header.get());
+      static_cast<void>(header.release());
+    }
     mBody = other->mBody;
     mMessageSource = other->mMessageSource;
     mHeaderOffset = other->mHeaderOffset;
