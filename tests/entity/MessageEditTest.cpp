@@ -319,6 +319,11 @@ TEST(MessageEdit, AnAddedPartMayHoldTheDelimitersAroundIt) {
     ASSERT_EQ(again->countChildEntity(), 3u) << type << ": " << written(*message);
     EXPECT_NE(written(*again).find(kTwoParts), std::string::npos) << written(*message);
   }
+  MessageFixture message(kTwoParts);
+  std::string raw = kTwoParts;
+  ASSERT_EQ(message->getChildEntityAt(0)->setRawContent(resourceOver(raw).get(), nullptr, "8bit"), kVoSuccess);
+  MessageFixture again(written(*message));
+  EXPECT_EQ(contentOf(*again->getChildEntityAt(0)), kTwoParts) << written(*message);
 }
 
 // What a caller labelled a multipart is one when it gets children; content it had becomes the first of them.

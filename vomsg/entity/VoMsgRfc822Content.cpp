@@ -206,6 +206,7 @@ VoErrorCode VoMsgRfc822Entity::_checkContentChange(VoMsgResourceLocator* content
 // Installs `content`, encoded as `encoding` says (null: as the entity declares) unless it is already. Nothing changes
 // unless all of it succeeds. Base64 stands in for an encoding that cannot say the content: one that leaves a delimiter
 // line of a multipart around the entity, which would end the part there, and BinHex where its run lengths are off.
+// Where the encoding is not ours to choose, the boundaries around give way.
 VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,
                                            bool isEncoded, bool takeName) {
   VoErrorCode code = _checkContentChange(content, contentType, encoding);
@@ -223,6 +224,7 @@ VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const 
     body = encodedBody(TransferEncoding::base64, *content, nullptr, lineEnd, code);
   }
   if (!body) return code;
+  const bool clashes = isEncoded && holdsDelimiter(*body, *this);
   std::unique_ptr<VoMsgEntityHeader> copy(getEntityHeader()->newCopy());
   if (!copy) return kVoNoMemory;
   VoObjectStub<VoMsgEntityHeader> former;  // so that putting it back takes no memory
@@ -235,7 +237,8 @@ VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const 
   }
   _freeTree();
   static_cast<VoMsgSingleBody*>(_createEntityBody(false))->setNewContent(std::move(body));
-  return kVoSuccess;
+  auto* const around = clashes ? dynamic_cast<VoMsgRfc822Entity*>(getParentEntity()) : nullptr;
+  return around ? around->_separateBoundaries(this) : kVoSuccess;
 }
 
 // Sets a parameter of a field that is there, unless it says the same already.
