@@ -236,6 +236,10 @@ TEST(MessageEdit, TextKeepsItsCharsetWhenThatLosesNothing) {
   EXPECT_STREQ(fits->getCharset(), "iso-8859-1");
   EXPECT_EQ(contentOf(*fits), "gr\xfc\xdf\r\nnext");
   EXPECT_STREQ(fits->getEncoding(), "quoted-printable");
+  text = "\xc3\xbc\nnext\n";  // lines stay lines, whatever ends those of the message
+  MessageFixture lines("Content-Type: text/plain; charset=utf-8\n\n");
+  ASSERT_EQ(lines->setTextContent(resourceOver(text).get(), nullptr, "utf-8"), kVoSuccess);
+  EXPECT_NE(written(*lines).find("=C3=BC\r\nnext\r\n"), std::string::npos) << written(*lines);
   text = "\xe2\x82\xac";
   MessageFixture other(header);
   ASSERT_EQ(other->setTextContent(resourceOver(text).get(), nullptr, "utf-8"), kVoSuccess);

@@ -37,8 +37,8 @@ bool isMailText(std::string_view text) {
   if (!isAscii(text) || text.find('\0') != text.npos) return false;
   while (!text.empty()) {
     const std::size_t end = text.find('\n');
-    if (std::min(end, text.size()) > kLongestLine + 1) return false;
-    if (end == text.npos) break;
+    if (end == text.npos) return text.size() <= kLongestLine;
+    if (end > kLongestLine + 1) return false;  // the CR counts
     text.remove_prefix(end + 1);
   }
   return true;
@@ -208,7 +208,7 @@ VoErrorCode VoMsgRfc822Entity::_checkContentChange(VoMsgResourceLocator* content
 // line of a multipart around the entity, which would end the part there, and BinHex where its run lengths are off.
 // Where the encoding is not ours to choose, the boundaries around give way.
 VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,
-                                           bool isEncoded, bool takeName) {
+                                           bool isEncoded, bool takeName, const char* textLineEnd) {
   VoErrorCode code = _checkContentChange(content, contentType, encoding);
   if (voFailed(code)) return code;
   const TransferEncoding codec =
@@ -216,7 +216,7 @@ VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const 
   const char* const ownName = takeName && *content->getResourceName(nullptr) ? nullptr : getFileName("utf-8");
   const OpenSource source(mMessageSource.getObject());
   const bool isText = isTextType(contentType ? contentType : getContentType());
-  const std::string_view lineEnd = isText ? _lineEnd(source.reader()) : std::string_view();
+  const std::string_view lineEnd = !isText ? "" : textLineEnd ? textLineEnd : _lineEnd(source.reader());
   std::unique_ptr<VoMsgResourceLocator> body = encodedBody(codec, *content, ownName, lineEnd, code);
   if (body && !isEncoded && codec != TransferEncoding::base64 &&
       (holdsDelimiter(*body, *this) || (codec == TransferEncoding::binHex && !isGoodBinHex(*body)))) {
@@ -313,7 +313,7 @@ VoErrorCode VoMsgRfc822Entity::_setTextContent(VoMsgResourceLocator* content, co
   VoMsgMemoryResource encoded(text.data(), static_cast<unsigned>(text.size()), nullptr, nullptr);
   const char* type = contentType;
   if (!type && !getContentType()) type = "text/plain";
-  const VoErrorCode installed = _setContent(&encoded, type, encoding, false, false);
+  const VoErrorCode installed = _setContent(&encoded, type, encoding, false, false, "\r\n");
   if (voFailed(installed) || label.empty() || label == viewOf(getCharset())) return installed;
   return voFailed(setHeaderParameterValue("Content-Type", "charset", label.c_str(), "us-ascii", nullptr))
              ? kVoContentParameterFailed

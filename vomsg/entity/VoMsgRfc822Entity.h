@@ -148,8 +148,9 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
 
   // Steps of the content setters.
   VoErrorCode _checkContentChange(VoMsgResourceLocator* content, const char* contentType, const char* encoding) const;
+  // `textLineEnd` ends the lines of a text; null: what does in the message around it.
   VoErrorCode _setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding, bool isEncoded,
-                          bool takeName);
+                          bool takeName, const char* textLineEnd = nullptr);
   VoErrorCode _setTextContent(VoMsgResourceLocator* content, const char* contentType, const char* charset,
                               VoMsgReplaceOption option);
   VoErrorCode _describeContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,
