@@ -1,6 +1,7 @@
 #include "vomsg/foundation/VoMsgBoundaryTable.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 #include "vomsg/foundation/VoMsgDelimiterLine.h"
 #include "vomsg/foundation/VoMsgKeyedHash.h"
@@ -18,12 +19,13 @@ std::uint64_t hashOf(std::string_view boundary) { return keyedHash(processHashKe
 // The parser pushes while it reads, so what a failed push must leave behind is a table that still answers for the
 // boundaries it holds.
 void BoundaryTable::push(std::string_view boundary) {
-  const std::size_t index = mStack.size();
-  const std::size_t begin = index == 0 ? 0 : mStack.back().begin + mStack.back().length;
-  const std::size_t longest = std::max(boundary.size(), index == 0 ? 0 : mStack.back().longest);
+  const auto index = static_cast<Index>(mStack.size());
+  const Index begin = index == 0 ? 0 : mStack.back().begin + mStack.back().length;
+  if (boundary.size() >= kNone - begin || index == kNone - 1) throw std::length_error("too many boundaries");
+  const auto length = static_cast<Index>(boundary.size());
   mBytes.resize(begin);
   mBytes.append(boundary);
-  mStack.push_back({begin, boundary.size(), longest, kNone, 0});
+  mStack.push_back({begin, length, std::max(length, index == 0 ? 0 : mStack.back().longest), kNone, 0});
   try {
     if (!mSlots.empty() && 2 * mStack.size() <= mSlots.size())
       enter(index);
@@ -50,17 +52,17 @@ void BoundaryTable::clear() {
 BoundaryMatch BoundaryTable::matchDelimiter(std::string_view line) const {
   auto text = delimiterText(line);
   if (!text || text->size() > mStack.back().longest + 2) return {};
-  const std::size_t open = find(*text);
-  const std::size_t closed = cutCloseMark(*text) ? find(*text) : kNone;
+  const Index open = find(*text);
+  const Index closed = cutCloseMark(*text) ? find(*text) : kNone;
   // A boundary may itself end in "--"; then the inner one of the two readings is meant.
   if (closed != kNone && (open == kNone || closed > open)) return {kVoBoundaryClose, closed};
   if (open != kNone) return {kVoBoundaryDelimiter, open};
   return {};
 }
 
-std::size_t BoundaryTable::find(std::string_view boundary) const {
+BoundaryTable::Index BoundaryTable::find(std::string_view boundary) const {
   if (!mSlots.empty()) return mSlots[slotOf(boundary, hashOf(boundary))] - 1;  // 0 becomes kNone
-  for (std::size_t index = mStack.size(); index-- > 0;)
+  for (auto index = static_cast<Index>(mStack.size()); index-- > 0;)
     if (bytesOf(mStack[index]) == boundary) return index;
   return kNone;
 }
@@ -77,18 +79,18 @@ std::size_t BoundaryTable::slotOf(std::string_view boundary, std::uint64_t hash)
   return slot;
 }
 
-void BoundaryTable::enter(std::size_t index) {
+void BoundaryTable::enter(Index index) {
   Entry& entry = mStack[index];
   entry.hash = hashOf(bytesOf(entry));
-  std::size_t& slot = mSlots[slotOf(bytesOf(entry), entry.hash)];
+  Index& slot = mSlots[slotOf(bytesOf(entry), entry.hash)];
   entry.outer = slot - 1;
   slot = index + 1;
 }
 
 void BoundaryTable::rehash(std::size_t slots) {
-  std::vector<std::size_t> grown(slots, 0);
+  std::vector<Index> grown(slots, 0);
   mSlots.swap(grown);
-  for (std::size_t index = 0; index < mStack.size(); ++index) enter(index);
+  for (Index index = 0; index < mStack.size(); ++index) enter(index);
 }
 
 }  // namespace vomsg::detail

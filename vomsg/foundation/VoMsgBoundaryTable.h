@@ -24,7 +24,7 @@ struct BoundaryMatch {
 
 class BoundaryTable {
  public:
-  void push(std::string_view boundary);  // becomes the innermost one; copied
+  void push(std::string_view boundary);  // becomes the innermost one; copied. Throws where 4 GiB are no room for all
   void pop();                            // drops the innermost one; nothing to do when there is none
   void clear();                          // drops all, for the next message
   std::size_t size() const { return mStack.size(); }
@@ -39,21 +39,23 @@ class BoundaryTable {
   }
 
  private:
-  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+  // A message is smaller than 4 GiB, and a hundred thousand entries had better be small in 64 bits too.
+  using Index = std::uint32_t;
+  static constexpr Index kNone = static_cast<Index>(-1);
 
   struct Entry {
-    std::size_t begin;  // into mBytes
-    std::size_t length;
-    std::size_t longest;  // of this boundary and those around it
-    std::size_t outer;    // the next equal boundary outwards, or kNone; of hashed entries only
-    std::uint64_t hash;   // of hashed entries only
+    Index begin;  // into mBytes
+    Index length;
+    Index longest;       // of this boundary and those around it
+    Index outer;         // the next equal boundary outwards, or kNone; of hashed entries only
+    std::uint64_t hash;  // of hashed entries only
   };
 
   BoundaryMatch matchDelimiter(std::string_view line) const;
   std::string_view bytesOf(const Entry& entry) const { return {mBytes.data() + entry.begin, entry.length}; }
-  std::size_t find(std::string_view boundary) const;  // the innermost equal one, or kNone
+  Index find(std::string_view boundary) const;  // the innermost equal one, or kNone
   std::size_t slotOf(std::string_view boundary, std::uint64_t hash) const;
-  void enter(std::size_t index);
+  void enter(Index index);
   void rehash(std::size_t slots);
 
   std::string mBytes;  // all boundaries, one behind the other
@@ -61,7 +63,7 @@ class BoundaryTable {
   // Open addressing; a slot holds one more than the index of the innermost boundary of its text, or 0. Empty while
   // the boundaries are few. As boundaries leave in the reverse of the order in which they came, a slot is simply
   // emptied: whatever once had to walk past it has left before.
-  std::vector<std::size_t> mSlots;
+  std::vector<Index> mSlots;
 };
 
 }  // namespace vomsg::detail
