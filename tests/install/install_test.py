@@ -46,7 +46,8 @@ class InstalledPackage(unittest.TestCase):
         self.assertEqual(copy.partition(b"\r\n\r\n")[2], MESSAGE.partition(b"\r\n\r\n")[2])
 
     def test_find_package(self):
-        run(CMAKE, "-S", ROOT / "tests/install", "-B", self.work / "consumer", f"-DCMAKE_PREFIX_PATH={self.prefix}",
+        run(CMAKE, "-G", "Ninja", "-S", ROOT / "tests/install", "-B", self.work / "consumer",
+            f"-DCMAKE_PREFIX_PATH={self.prefix}",
             f"-DCMAKE_CXX_COMPILER={CXX}", f"-DCMAKE_CXX_FLAGS={' '.join(FLAGS)}")
         run(CMAKE, "--build", self.work / "consumer")
         self.use(self.work / "consumer/consumer")
