@@ -19,6 +19,7 @@
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBoundaryTable.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgKeyedHash.h"
 #include "vomsg/foundation/VoMsgLog.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/header/VoMsgHeaderField.h"
@@ -34,9 +35,17 @@ constexpr char kBoundaryCharacters[] = "0123456789abcdefghijklmnopqrstuvwxyzABCD
 
 bool isContentField(const VoMsgHeaderField& field) { return startsWithNoCase(viewOf(field.getName()), "content-"); }
 
+// Boundaries come from mail: hashed with a secret, no sender can choose many that collide.
+struct KeyedHasher {
+  std::size_t operator()(std::string_view text) const {
+    return static_cast<std::size_t>(keyedHash(processHashKey(), text));
+  }
+};
+using BoundarySet = std::unordered_set<std::string_view, KeyedHasher>;
+
 // The boundaries that the multiparts of a subtree declare. Borrowed from the header blocks.
-std::unordered_set<std::string_view> boundariesIn(VoMsgEntity* root) {
-  std::unordered_set<std::string_view> boundaries;
+BoundarySet boundariesIn(VoMsgEntity* root) {
+  BoundarySet boundaries;
   VoMsgEntityIterator walk(root);
   for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
     if (const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity))
@@ -128,7 +137,7 @@ VoErrorCode VoMsgRfc822Entity::_separateBoundaries(VoMsgEntity* child) {
   for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
     if (const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity))
       mime->_findDelimiters(boundaries, clashes, entity == child);
-  std::unordered_set<std::string> clashing;  // of equal boundaries only the innermost one is found
+  std::unordered_set<std::string, KeyedHasher> clashing;  // of equal boundaries only the innermost one is found
   for (std::size_t i = 0; i < around.size(); ++i)
     if (clashes[i]) clashing.emplace(around[i]->_declaredBoundary());
   for (std::size_t i = 0; i < around.size() && !voFailed(code); ++i)
