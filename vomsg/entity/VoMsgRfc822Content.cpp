@@ -8,6 +8,7 @@
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/convert/VoMsgWholeText.h"
+#include "vomsg/encoding/VoBinHex.h"
 #include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
@@ -64,17 +65,12 @@ bool holdsDelimiter(const VoMsgResourceLocator& body, const VoMsgEntity& entity)
   return findBodyEnd(*reader, boundaries).match.type != kVoBoundaryNone;
 }
 
-// A run of 254 equal bytes comes out of the encoder as one of 255, and the check sum does not match.
-bool isGoodBinHex(const VoMsgResourceLocator& body) {
-  const std::unique_ptr<VoMsgBufferedReader> reader(body.getInputStream(kData));
-  const std::unique_ptr<VoMsgResourceLocator> decoded = temporaryResource(body.getSize(kData));
-  return reader && decoded &&
-         !voFailed(decodeTransfer(TransferEncoding::binHex, *decoded, *reader, body.getSize(kData)));
-}
-
-// A resource with `content` encoded; null, and `code`, on failure.
+// A resource with `content` encoded; null, and `code`, on failure. `isExact` says whether decoding gives it back, which
+// BinHex cannot promise.
 std::unique_ptr<VoMsgResourceLocator> encodedBody(TransferEncoding codec, const VoMsgResourceLocator& content,
-                                                  const char* name, std::string_view lineEnd, VoErrorCode& code) {
+                                                  const char* name, std::string_view lineEnd, VoErrorCode& code,
+                                                  bool& isExact) {
+  isExact = true;
   std::unique_ptr<VoMsgResourceLocator> body = temporaryResource(content.getSize(kData));
   if (!body) {
     code = kVoNoMemory;
@@ -82,7 +78,12 @@ std::unique_ptr<VoMsgResourceLocator> encodedBody(TransferEncoding codec, const 
   }
   body->setResourceName(content.getResourceName("us-ascii"), "us-ascii");
   const std::unique_ptr<VoMsgBufferedWriter> writer(body->getOutputStream(kData));
-  code = writer ? encodeTransfer(codec, *writer, content, name, lineEnd) : kVoWriteFailed;
+  if (!writer)
+    code = kVoWriteFailed;
+  else if (codec == TransferEncoding::binHex)
+    code = encodeBinHex(*writer, content, name, &isExact);
+  else
+    code = encodeTransfer(codec, *writer, content, name, lineEnd);
   if (!voFailed(code) && !writer->flush()) code = kVoWriteFailed;
   return voFailed(code) ? nullptr : std::move(body);
 }
@@ -217,11 +218,11 @@ VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const 
   const OpenSource source(mMessageSource.getObject());
   const bool isText = isTextType(contentType ? contentType : getContentType());
   const std::string_view lineEnd = !isText ? "" : textLineEnd ? textLineEnd : _lineEnd(source.reader());
-  std::unique_ptr<VoMsgResourceLocator> body = encodedBody(codec, *content, ownName, lineEnd, code);
-  if (body && !isEncoded && codec != TransferEncoding::base64 &&
-      (holdsDelimiter(*body, *this) || (codec == TransferEncoding::binHex && !isGoodBinHex(*body)))) {
+  bool isExact = true;
+  std::unique_ptr<VoMsgResourceLocator> body = encodedBody(codec, *content, ownName, lineEnd, code, isExact);
+  if (body && !isEncoded && codec != TransferEncoding::base64 && (!isExact || holdsDelimiter(*body, *this))) {
     encoding = "base64";
-    body = encodedBody(TransferEncoding::base64, *content, nullptr, lineEnd, code);
+    body = encodedBody(TransferEncoding::base64, *content, nullptr, lineEnd, code, isExact);
   }
   if (!body) return code;
   const bool clashes = isEncoded && holdsDelimiter(*body, *this);
