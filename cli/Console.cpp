@@ -29,6 +29,13 @@ void print(std::string_view text) {
   }
 }
 
+void printText(std::string_view text) {
+  if (isatty(STDOUT_FILENO) == 1)
+    print(printableLines(text));
+  else
+    print(text);
+}
+
 void flushOutput() {
   if (std::fflush(stdout) != 0) throw Failure(kCannotCreate, std::string("standard output: ") + std::strerror(errno));
 }

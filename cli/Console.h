@@ -9,6 +9,8 @@ namespace cli {
 
 // Writes to stdout as it is. Failure (kCannotCreate) when stdout refuses it.
 void print(std::string_view text);
+// The same for the text of a mail: as it is into files and pipes, with printableLines() onto a terminal.
+void printText(std::string_view text);
 // Writes what print() still holds back. Failure as there.
 void flushOutput();
 // Prints "vomsg: SENTENCE" on stderr.

@@ -5,13 +5,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <typeinfo>
 
 #include "cli/Command.h"
 #include "cli/Console.h"
 #include "cli/Failure.h"
 #include "cli/Input.h"
+#include "cli/Json.h"
 #include "cli/Printable.h"
 #include "vomsg/charset/detect/VoMsgCharSetAnalysis.h"
 #include "vomsg/charset/detect/VoMsgCharSetDetector.h"
@@ -53,12 +53,11 @@ int detect(const Options& options, const std::string& file) {
   const std::unique_ptr<char, decltype(&std::free)> charset(found, &std::free);
   const std::string detector = className(evidence.detector);
   if (options.json) {
-    using Json = nlohmann::ordered_json;
     const Json object = {{"file", file},
-                         {"charset", charset ? Json(charset.get()) : Json(nullptr)},
+                         {"charset", jsonText(charset.get())},
                          {"bytes", evidence.bytes},
                          {"detector", charset ? Json(detector) : Json(nullptr)}};
-    print(object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+    print(jsonLine(object) + "\n");
   } else {
     printRow(charset ? charset.get() : "unknown", std::to_string(evidence.bytes), charset ? detector : "-",
              printable(file));

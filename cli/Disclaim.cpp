@@ -4,9 +4,9 @@
 #include <memory>
 
 #include "cli/Command.h"
+#include "cli/Editing.h"
 #include "cli/Failure.h"
 #include "cli/Input.h"
-#include "cli/Output.h"
 #include "vomsg/charset/convert/VoCharsetName.h"
 
 namespace cli {
@@ -36,10 +36,6 @@ int optionBits(const Options& options) {
   return bits;
 }
 
-void check(VoErrorCode code, const std::string& subject) {
-  if (voFailed(code)) throw failureOf(code, subject);
-}
-
 void checkCharset(const std::string& name) {
   if (!voIsRightCharsetName(name.c_str())) throw Failure(kUsage, "there is no charset " + name);
 }
@@ -56,10 +52,7 @@ int disclaim(const Options& options) {
         options.in);
   static_cast<void>(text.release());  // the message has taken it
   if (options.stripSignature) check(opened.message->stripSignaturePart(), options.in);
-  OutputFile output(options.out);
-  const VoErrorCode code = opened.message->writeTo(&output);
-  if (code != kVoWriteFailed) check(code, options.in);
-  output.commit();
+  writeMessage(*opened.message, options.in, options.out);
   return kOk;
 }
 

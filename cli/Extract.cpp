@@ -72,7 +72,7 @@ int extract(const Options& options) {
       if (exit == kOk) exit = failure.exit();
     }
   }
-  if (voFailed(opened.code)) throw failureOf(opened.code, options.file);
+  checkReading(opened, options.file);
   return exit;
 }
 

@@ -22,6 +22,7 @@ struct Options {
 int showHeaders(const Options& options) {
   const OpenedMessage opened = openMessage(options.file);
   const VoMsgEntity* entity = entityByNumber(opened.message.get(), options.part);
+  if (entity == nullptr) checkReading(opened, options.file);
   if (entity == nullptr) throw Failure(kUsage, "there is no part " + std::to_string(options.part));
   const auto shown = [](const char* text) { return text != nullptr ? printable(text) : std::string(); };
   for (unsigned i = 0; i < entity->countHeaders(); ++i) {
@@ -33,7 +34,7 @@ int showHeaders(const Options& options) {
     }
     print(line + "\n");
   }
-  if (voFailed(opened.code)) throw failureOf(opened.code, options.file);
+  checkReading(opened, options.file);
   return kOk;
 }
 

@@ -59,10 +59,7 @@ std::string readStream(int fd, const std::string& file) {
 }
 
 // A TNEF stream that lies there without a message around it, as mail programs save "winmail.dat".
-bool isTnefStream(const VoMsgResourceLocator& source) {
-  const std::unique_ptr<VoMsgBufferedReader> reader(source.getInputStream(VoMsgResourceLocator::dataPart));
-  return _tnefGetInt32(reader.get()) == kVoTnefSignature;
-}
+bool isTnefStream(VoMsgBufferedReader& source) { return _tnefGetInt32(&source) == kVoTnefSignature; }
 
 }  // namespace
 
@@ -90,15 +87,23 @@ OpenedMessage openMessage(const std::string& file) { return openMessage(file, op
 
 OpenedMessage openMessage(const std::string& file, std::unique_ptr<VoMsgResourceLocator> source) {
   OpenedMessage opened{nullptr, kVoSuccess};
-  if (isTnefStream(*source))
+  const std::unique_ptr<VoMsgBufferedReader> reader(source->getInputStream(VoMsgResourceLocator::dataPart));
+  if (!reader) throw failureOf(kVoReadFailed, file);
+  if (isTnefStream(*reader))
     opened.message = std::make_unique<VoMsgTnefMessage>();
   else
     opened.message = std::make_unique<VoMsgRfc822Message>();
   opened.code = opened.message->readFrom(source.release());
   int err = 0;
   opened.message->getContextSource(err);  // keeps the file open for the many small reads that follow
-  if (opened.code == kVoReadFailed) throw failureOf(opened.code, file);
   return opened;
+}
+
+void checkReading(const OpenedMessage& opened, const std::string& file) {
+  // The source could be opened, so what was missing is its end.
+  if (opened.code == kVoReadFailed)
+    throw Failure(kBadData, file + ": it ends too early (" + hexCode(opened.code) + ")");
+  if (voFailed(opened.code)) throw failureOf(opened.code, file);
 }
 
 std::vector<std::string> expandFolders(const std::vector<std::string>& arguments) {

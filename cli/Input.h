@@ -21,6 +21,8 @@ struct OpenedMessage {
   std::unique_ptr<VoMsgMailMessage> message;
   VoErrorCode code;  // of readFrom; the tree is usable even when it is a failure
 };
+// Failure for a message that could be read in part only. Commands that show something call it last.
+void checkReading(const OpenedMessage& opened, const std::string& file);
 // Reads the message in a file, which may also be a bare TNEF stream. Failure: kNoInput.
 OpenedMessage openMessage(const std::string& file);
 // The same from its data, which the message takes over; `file` is its name for complaints.

@@ -5,10 +5,10 @@
 #include <memory>
 
 #include "cli/Command.h"
+#include "cli/Editing.h"
 #include "cli/EntityWalk.h"
 #include "cli/Failure.h"
 #include "cli/Input.h"
-#include "cli/Output.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 
@@ -36,10 +36,6 @@ void checkFieldName(const std::string& name) {
   if (name.empty() || !std::all_of(name.begin(), name.end(), allowed)) {
     throw Failure(kUsage, "\"" + name + "\" is no header name");
   }
-}
-
-void check(VoErrorCode code, const std::string& subject) {
-  if (voFailed(code)) throw failureOf(code, subject);
 }
 
 VoMsgEntity* partByNumber(VoMsgEntity* root, const std::string& number) {
@@ -126,14 +122,10 @@ void editParts(VoMsgEntity* message, const Options& options) {
 }
 
 int rewrite(const Options& options) {
-  const OpenedMessage opened = openMessage(options.in);
-  check(opened.code, options.in);
+  const OpenedMessage opened = openForEditing(options.in);
   editHeader(opened.message.get(), options);
   editParts(opened.message.get(), options);
-  OutputFile output(options.out);
-  const VoErrorCode code = opened.message->writeTo(&output);
-  if (code != kVoWriteFailed) check(code, options.in);
-  output.commit();
+  writeMessage(*opened.message, options.in, options.out);
   return kOk;
 }
 

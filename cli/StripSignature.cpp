@@ -3,10 +3,10 @@
 #include <memory>
 
 #include "cli/Command.h"
+#include "cli/Editing.h"
 #include "cli/EntityWalk.h"
 #include "cli/Failure.h"
 #include "cli/Input.h"
-#include "cli/Output.h"
 
 namespace cli {
 
@@ -15,10 +15,6 @@ namespace {
 struct Options {
   std::string in, out;
 };
-
-void check(VoErrorCode code, const std::string& subject) {
-  if (voFailed(code)) throw failureOf(code, subject);
-}
 
 // The library takes signatures off what was edited and leaves valid ones alone. Here they are to go in any case, so
 // every signed part is declared edited, by giving it the type that it has.
@@ -35,10 +31,7 @@ int stripSignature(const Options& options) {
   check(opened.code, options.in);
   touchSignedParts(opened.message.get(), options.in);
   check(opened.message->stripSignaturePart(), options.in);
-  OutputFile output(options.out);
-  const VoErrorCode code = opened.message->writeTo(&output);
-  if (code != kVoWriteFailed) check(code, options.in);
-  output.commit();
+  writeMessage(*opened.message, options.in, options.out);
   return kOk;
 }
 

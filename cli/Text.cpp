@@ -29,11 +29,29 @@ const char* originName(VoMsgRfc822Entity::CharsetOrigin origin) {
   return "unknown";
 }
 
+// A bare TNEF stream has its texts in front of its attachments: the first of the wanted kind, else the first of any.
+VoMsgEntity* mainTextOfStream(VoMsgEntity* stream, bool preferHtml) {
+  VoMsgEntity* first = nullptr;
+  for (VoMsgEntity* part = stream->getChildEntity(); part != nullptr; part = part->getNextSiblingEntity()) {
+    if (!part->isContentType("text", nullptr) || part->getFileName("utf-8") != nullptr) continue;
+    if (part->isContentType("text", "html") == preferHtml) return part;
+    if (first == nullptr) first = part;
+  }
+  return first;
+}
+
+VoMsgEntity* mainText(VoMsgEntity* root, bool preferHtml) {
+  auto* const message = dynamic_cast<VoMsgRfc822Message*>(root);
+  return message != nullptr ? message->_findMessageBody(preferHtml) : mainTextOfStream(root, preferHtml);
+}
+
 int showText(const Options& options) {
   const OpenedMessage opened = openMessage(options.file);
-  auto* message = dynamic_cast<VoMsgRfc822Message*>(opened.message.get());
-  VoMsgEntity* body = message != nullptr ? message->_findMessageBody(options.html) : nullptr;
-  if (body == nullptr) throw Failure(kBadData, options.file + ": the message holds no text");
+  VoMsgEntity* const body = mainText(opened.message.get(), options.html);
+  if (body == nullptr) {
+    checkReading(opened, options.file);
+    throw Failure(kBadData, options.file + ": the message holds no text");
+  }
   if (auto* mime = dynamic_cast<VoMsgRfc822Entity*>(body)) {
     auto origin = VoMsgRfc822Entity::CharsetOrigin::assumed;
     const char* charset = mime->getTextCharset(origin);
@@ -42,11 +60,11 @@ int showText(const Options& options) {
   int code = 0;
   const VoMsgResourceLocator* text = body->getTextContent(code, nullptr, "utf-8");
   if (text != nullptr) {
-    print(readAll(*text, options.file));
+    printText(readAll(*text, options.file));
   } else if (static_cast<VoErrorCode>(code) != kVoNoContent) {
     throw failureOf(static_cast<VoErrorCode>(code), options.file);
   }
-  if (voFailed(opened.code)) throw failureOf(opened.code, options.file);
+  checkReading(opened, options.file);
   return kOk;
 }
 

@@ -1,12 +1,12 @@
 // vomsg tree: the entity tree, as text or as JSON.
 
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "cli/Command.h"
 #include "cli/Console.h"
 #include "cli/Failure.h"
 #include "cli/Input.h"
+#include "cli/Json.h"
 #include "cli/Printable.h"
 #include "cli/TreeText.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
@@ -16,14 +16,7 @@ namespace cli {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-Json text(const char* value) { return value != nullptr ? Json(value) : Json(nullptr); }
-
 Json range(unsigned offset, unsigned size) { return {{"offset", offset}, {"size", size}}; }
-
-// Bytes that are no UTF-8 become U+FFFD.
-std::string dump(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 // The object of the walk's present entity, open for its children: `{...,"children":[`.
 std::string openObject(const EntityWalk& walk) {
@@ -36,14 +29,15 @@ std::string openObject(const EntityWalk& walk) {
   Json headers = Json::array();
   for (unsigned i = 0; i < entity->countHeaders(); ++i) {
     VoMsgHeaderField* field = entity->getHeaderAt(i);
-    if (field != nullptr) headers.push_back(Json::array({text(field->getName()), text(field->getFieldValue("utf-8"))}));
+    if (field != nullptr)
+      headers.push_back(Json::array({jsonText(field->getName()), jsonText(field->getFieldValue("utf-8"))}));
   }
   const Json object = {
       {"type", hexCode(entity->getEntityTypeID())},
-      {"contentType", text(entity->getContentType())},
-      {"charset", text(entity->getCharset())},
-      {"encoding", text(entity->getEncoding())},
-      {"fileName", text(entity->getFileName("utf-8"))},
+      {"contentType", jsonText(entity->getContentType())},
+      {"charset", jsonText(entity->getCharset())},
+      {"encoding", jsonText(entity->getEncoding())},
+      {"fileName", jsonText(entity->getFileName("utf-8"))},
       {"header", mime != nullptr ? range(mime->getHeaderOffset(), mime->getHeaderSize()) : Json(nullptr)},
       {"body", mime != nullptr ? range(mime->getBodyOffset(), mime->getBodySize()) : Json(nullptr)},
       {"contentSize", entity->isMultipartEntity() ? Json(nullptr) : Json(entity->getContentSize())},
@@ -51,14 +45,14 @@ std::string openObject(const EntityWalk& walk) {
       {"flags", std::move(flags)},
       {"headers", std::move(headers)},
   };
-  std::string opened = dump(object);
+  std::string opened = jsonLine(object);
   opened.back() = ',';
   return opened + "\"children\":[";
 }
 
 // Written entity by entity: a document of a hundred thousand levels is nothing to build as one object.
 void printJson(const std::string& file, const OpenedMessage& opened) {
-  std::string out = "{\"file\":" + dump(file) + ",\"code\":" + dump(hexCode(opened.code)) + ",\"root\":";
+  std::string out = "{\"file\":" + jsonLine(file) + ",\"code\":" + jsonLine(hexCode(opened.code)) + ",\"root\":";
   EntityWalk walk(opened.message.get());
   unsigned open = 0;  // objects whose children are being written
   while (walk.next()) {
@@ -90,7 +84,7 @@ int showFile(const Options& options, const std::string& file, bool several) {
   } else {
     print((several ? "== " + printable(file) + "\n" : "") + treeText(opened.message.get(), options.checksum));
   }
-  if (voFailed(opened.code)) throw failureOf(opened.code, file);
+  checkReading(opened, file);
   return kOk;
 }
 

@@ -39,7 +39,11 @@ TEST_F(ProgramTest, ExitCodes) {
       {{"extract", plain, "-d", plain}, 73, "plain.eml"},
       {{"rewrite", plain, path("none/out")}, 73, "none/out"},
       {{"rewrite", plain, path("work")}, 73, "directory"},
-      {{"rewrite", malformed, path("work/out")}, 65, "0x8101100B"},
+      {{"rewrite", malformed, path("copied")}, 0, "0x8101100B"},
+      {{"rewrite", partial, path("edited"), "--set-header", "X-A=b"}, 0, "0x8101100C"},
+      {{"disclaim", partial, path("work/out"), "--text", plain}, 65, "0x8101100C"},
+      {{"text", malformed}, 65, "0x8101100B"},
+      {{"headers", "--part", "7", partial}, 65, "0x8101100C"},
       {{"convert", "--from", "utf-8", "--to", "no-such", plain, "-"}, 64, "no-such"},
   };
   for (const Row& row : rows) {
@@ -49,6 +53,8 @@ TEST_F(ProgramTest, ExitCodes) {
     EXPECT_NE(outcome.err.find(row.sentence), std::string::npos) << outcome.err;
   }
   EXPECT_TRUE(list("work").empty());
+  EXPECT_EQ(get(path("copied")), many + "\r\n");
+  EXPECT_EQ(get(path("edited")), "Content-Type: message/partial\r\nX-A: b\r\n\r\nx");
 }
 
 TEST_F(ProgramTest, RefusesWhatCannotBeAddressed) {
@@ -82,6 +88,19 @@ TEST_F(ProgramTest, NothingFromMailSteersTheTerminal) {
     EXPECT_EQ(out.find_first_of("\x1b\a"), std::string::npos) << out;
     EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), command == std::string("tree") ? 1 : 2) << out;
   }
+  // JSON keeps the meaning and shows the marks: DEL, a C1 control, two that reorder a line, one beyond the first plane.
+  const std::string marked = put("j", "Subject: a\x7F\xC2\x9B\xE2\x80\xAE\xE2\x81\xA6\xF3\xA0\x81\x81z\r\n\r\n");
+  EXPECT_NE(run({"tree", "--json", marked}).out.find(R"("a\u007f\u009b\u202e\u2066\udb40\udc41z")"), std::string::npos);
+}
+
+TEST_F(ProgramTest, TextIsRawInAPipeAndHarmlessOnATerminal) {
+  const std::string body = "a\x1B[2J\tb\r\nc\xC2\x9B \xE2\x80\xAE\\ \xD7\x90\xE2\x80\x8F\a\r";
+  const std::string file = put("m", "Content-Type: text/plain; charset=utf-8\r\n\r\n" + body);
+  EXPECT_EQ(run({"text", file}).out, body);
+  const Outcome shown = runOnTerminal({"text", file});
+  if (shown.exit == -1) GTEST_SKIP() << shown.err;
+  EXPECT_NE(shown.out.find("a\\x1B[2J\tb\nc\\u{009B} \\u{202E}\\ \xD7\x90\xE2\x80\x8F\\x07\\x0D"), std::string::npos)
+      << shown.out;
 }
 
 TEST_F(ProgramTest, TextNamesItsCharsetAndItsOrigin) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/types.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -22,6 +23,8 @@ class ProgramTest : public ::testing::Test {
   void TearDown() override;  // removes it
 
   Outcome run(const std::vector<std::string>& arguments, const std::string& input = "") const;
+  // The same with a terminal as standard output and standard error, both in `out`. Exit -1 where there is none.
+  Outcome runOnTerminal(const std::vector<std::string>& arguments) const;
   std::string path(const std::string& name) const { return (folder / name).string(); }
   std::string put(const std::string& name, const std::string& bytes) const;  // returns the path
   static std::string get(const std::filesystem::path& file);                 // "(missing)" when there is none
@@ -29,6 +32,9 @@ class ProgramTest : public ::testing::Test {
   std::vector<std::string> list(const std::string& name = "") const;  // names in a folder, sorted
 
   std::filesystem::path folder;
+
+ private:
+  pid_t start(const std::vector<std::string>& arguments, int out, int err) const;
 };
 
 }  // namespace vomsg::test

@@ -40,6 +40,36 @@ TEST_F(ProgramTest, ShowsABareStream) {
             std::string::npos);
 }
 
+// What stands before the cut is shown and saved by every command; nothing is written that lacks the rest.
+TEST_F(ProgramTest, ShowsACutStreamUpToTheCut) {
+  std::string records;
+  for (const char* name : {"1.png", "2.png", "3.png"}) records += attachment(name, std::string("image ") + name);
+  const std::string file = put("cut.tnef", stream(records + record(0x9002, "") + record(0x800F, "lost").substr(0, 10)));
+  struct Row {
+    std::vector<std::string> arguments;
+    const char* out;
+  };
+  const Row rows[] = {{{"tree", file}, "name=3.png size=11"},
+                      {{"tree", "--json", file}, R"("fileName":"3.png")"},
+                      {{"headers", file}, ""},
+                      {{"text", file}, ""},
+                      {{"roundtrip", file}, "identical (read with 0x8101001A)"},
+                      {{"extract", file, "-d", "d"}, "3.png\n"}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.arguments[0]);
+    const Outcome outcome = run(row.arguments);
+    const bool compares = row.arguments[0] == "roundtrip";
+    EXPECT_EQ(outcome.exit, compares ? 0 : 65);
+    EXPECT_EQ(outcome.err.find("cut.tnef: it ends too early (0x8101001A)") != std::string::npos, !compares);
+    EXPECT_NE(outcome.out.find(row.out), std::string::npos) << outcome.out;
+  }
+  EXPECT_EQ(list("work/d"), (std::vector<std::string>{"001_1.png", "002_2.png", "003_3.png"}));
+  EXPECT_EQ(get(path("work/d/002_2.png")), "image 2.png");
+  EXPECT_EQ(run({"rewrite", file, "out"}).exit, 66);
+  EXPECT_EQ(get(path("work/out")), "(missing)");
+  EXPECT_EQ(run({"text", put("body.tnef", sampleStream("up"))}).out, std::string("Hello\r\n\0", 8));
+}
+
 TEST_F(ProgramTest, ExtractsFromAStreamInAMessage) {
   const Outcome outcome = run({"extract", put("m.eml", sampleMail("up")), "-d", "d"});
   EXPECT_EQ(outcome.exit, 0) << outcome.err;
