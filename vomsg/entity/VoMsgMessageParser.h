@@ -64,7 +64,8 @@ class MessageParser {
   VoErrorCode readNested(VoMsgRfc822Entity& entity);
   VoErrorCode _parseRfc822Message(VoMsgRfc822Entity& entity);
   VoErrorCode _parseTextMessage(VoMsgRfc822Entity& entity);
-  MessagePlace childPlace() const { return {mTag, static_cast<unsigned>(mPartLevel)}; }  // of a message in a part
+  // Of a message in a part.
+  MessagePlace childPlace() const { return {mTag, static_cast<unsigned>(mPartLevel), mSource.getObject()->options()}; }
   void closeInnermost(std::uint64_t end);
   void closeAll(std::uint64_t end);
 

@@ -22,7 +22,8 @@ bool fileStatus(VoMsgResourceLocator* resource, struct stat& status) {
 
 }  // namespace
 
-MessageSource::MessageSource(const VoObjectStub<VoMsgResourceLocator>& resource) : mResource(resource) {}
+MessageSource::MessageSource(const VoObjectStub<VoMsgResourceLocator>& resource, int options)
+    : mResource(resource), mOptions(options) {}
 MessageSource::~MessageSource() = default;
 
 VoMsgBufferedReader* MessageSource::openReader() {

@@ -12,9 +12,11 @@ namespace vomsg::detail {
 
 class MessageSource {
  public:
-  explicit MessageSource(const VoObjectStub<VoMsgResourceLocator>& resource);
+  // `options`: the bits of VoMsgExtraOption by which the message is read, and stays read when the process changes them.
+  MessageSource(const VoObjectStub<VoMsgResourceLocator>& resource, int options);
   ~MessageSource();
 
+  int options() const { return mOptions; }
   VoMsgResourceLocator* resource() const { return mResource.getObject(); }
   const VoObjectStub<VoMsgResourceLocator>& sharedResource() const { return mResource; }
   // The opened reader; borrowed until it is closed. Null when the resource cannot be read.
@@ -24,6 +26,7 @@ class MessageSource {
 
  private:
   VoObjectStub<VoMsgResourceLocator> mResource;
+  int mOptions;
   std::unique_ptr<VoMsgBufferedReader> mpReader;
 };
 

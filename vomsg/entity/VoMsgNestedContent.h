@@ -14,11 +14,13 @@ namespace vomsg::detail {
 class MessageSource;
 enum class TransferEncoding : std::uint8_t;
 
-// Where a message lies that is about to be read: the tag of its log lines and its nesting level. Handed down from parse
-// to parse, because climbing to the root for them costs as much as the tree is deep.
+// Where a message lies that is about to be read: the tag of its log lines, its nesting level and the bits of
+// VoMsgExtraOption that held when reading began. Handed down from parse to parse, because climbing to the root for them
+// costs as much as the tree is deep.
 struct MessagePlace {
   const char* tag;
   unsigned level;
+  int options;
 };
 
 // Decodes the content of `part` and reads it as TNEF. On success `part` has a TNEF message as its child; a part

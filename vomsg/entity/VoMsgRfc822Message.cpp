@@ -15,6 +15,7 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgOptions.h"
 
 namespace {
 
@@ -46,7 +47,7 @@ void VoMsgRfc822Message::setUserData(void* data) { mpUserData = data; }
 // ---- reading
 
 VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
-  return readFrom(source, {_getUUIDString(), getNestingLevel()});
+  return readFrom(source, {_getUUIDString(), getNestingLevel(), VoMsgExtraOption});
 }
 
 VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source, const MessagePlace& place) {
@@ -61,7 +62,7 @@ VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source, const Mes
     std::unique_ptr<VoMsgResourceLocator> owned(source);
     mSource.setNewObject(owned.get());
     static_cast<void>(owned.release());
-    auto opened = std::make_unique<MessageSource>(mSource);
+    auto opened = std::make_unique<MessageSource>(mSource, place.options);
     mMessageSource.setNewObject(opened.get());
     static_cast<void>(opened.release());
     return kVoSuccess;

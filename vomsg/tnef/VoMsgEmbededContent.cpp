@@ -160,7 +160,7 @@ VoErrorCode scan(VoMsgEntity& parent, TransferEncoding encoding, MessageSource& 
   if (!text) return kVoNoContent;
   VoObjectStub<VoMsgResourceLocator> shared(text.get());
   text.release();
-  VoObjectStub<MessageSource> textSource(new MessageSource(shared));
+  VoObjectStub<MessageSource> textSource(new MessageSource(shared, place.options));
   if (!whole) {
     const OpenSource open(textSource.getObject());
     const std::uint32_t decodedSize = textSource.getObject()->resource()->getSize(VoMsgResourceLocator::dataPart);

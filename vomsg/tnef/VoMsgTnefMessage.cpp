@@ -14,6 +14,7 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgOptions.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
@@ -59,7 +60,7 @@ bool VoMsgTnefMessage::isMultipartEntity() const { return true; }
 // --- reading
 
 VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source) {
-  return readFrom(source, {_getUUIDString(), getNestingLevel()});
+  return readFrom(source, {_getUUIDString(), getNestingLevel(), VoMsgExtraOption});
 }
 
 VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source, const MessagePlace& place) {
@@ -75,7 +76,7 @@ VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source, const Messa
     std::unique_ptr<VoMsgResourceLocator> owned(source);
     mSource.setNewObject(owned.get());
     static_cast<void>(owned.release());
-    auto opened = std::make_unique<MessageSource>(mSource);
+    auto opened = std::make_unique<MessageSource>(mSource, place.options);
     mMessageSource.setNewObject(opened.get());
     static_cast<void>(opened.release());
     return kVoSuccess;
@@ -98,7 +99,7 @@ void VoMsgTnefMessage::traceParse(const char* tag, const char* line) {
 }
 
 VoErrorCode VoMsgTnefMessage::_parse(unsigned int limit) {
-  return _parse(limit, {_getUUIDString(), getNestingLevel()});
+  return _parse(limit, {_getUUIDString(), getNestingLevel(), VoMsgExtraOption});
 }
 
 VoErrorCode VoMsgTnefMessage::_parse(unsigned int limit, const MessagePlace& place) {
@@ -122,7 +123,8 @@ VoErrorCode VoMsgTnefMessage::_parse(unsigned int limit, const MessagePlace& pla
 VoErrorCode VoMsgTnefMessage::_parseTnefMessage(VoMsgEntity* entity, VoMsgBufferedReader*) {
   if (!entity) return kVoSuccess;
   const bool isInnerMessage = (entity->getEntityTypeID() & kVoEntityIsMessage) && entity->getParentEntity();
-  return _parseTnefMessage(entity, {entity->_getUUIDString(), entity->getNestingLevel() + (isInnerMessage ? 1 : 0)});
+  return _parseTnefMessage(
+      entity, {entity->_getUUIDString(), entity->getNestingLevel() + (isInnerMessage ? 1 : 0), VoMsgExtraOption});
 }
 
 VoErrorCode VoMsgTnefMessage::_parseTnefMessage(VoMsgEntity* entity, const MessagePlace& place) {
@@ -366,7 +368,9 @@ VoErrorCode VoMsgTnefMessage::copy(VoMsgEntity* from) {
   if (mSource.getObject()) return kVoNoMemory;
   return guarded([&] {
     shareSource(*other, 0, 0);
-    if (mSource.getObject()) mMessageSource.setNewObject(new MessageSource(mSource));
+    const MessageSource* const source = other->mMessageSource.getObject();
+    const int options = source ? source->options() : VoMsgExtraOption;
+    if (mSource.getObject()) mMessageSource.setNewObject(new MessageSource(mSource, options));
     return copyStream(*other);
   });
 }

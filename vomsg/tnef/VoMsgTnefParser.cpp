@@ -15,6 +15,7 @@
 #include <memory>
 
 #include "vomsg/entity/VoMsgTreeAccess.h"
+#include "vomsg/foundation/VoMsgOptions.h"
 #include "vomsg/tnef/VoMsgTnefIndex.h"
 #include "vomsg/tnef/VoMsgTnefMessage.h"
 #include "vomsg/tnef/VoTnefInteger.h"
@@ -166,6 +167,6 @@ VoErrorCode VoMsgTnefEntity::_readNestedMessage(VoMsgBufferedReader& source, con
   nested->mStreamSize = head.length - vomsg::detail::kInterfaceIdBytes;
   VoMsgTnefMessage& message = *nested;
   _appendChild(nested.release());
-  const vomsg::detail::MessagePlace place{message._getUUIDString(), message.getNestingLevel()};
+  const vomsg::detail::MessagePlace place{message._getUUIDString(), message.getNestingLevel(), VoMsgExtraOption};
   return vomsg::detail::TnefParser(source, place).run(message, 0);
 }
