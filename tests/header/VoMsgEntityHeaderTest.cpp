@@ -81,7 +81,7 @@ TEST(EntityHeader, KeepsTheBoundsOfItsFieldList) {
   const vomsg::test::RememberingLog log;
   VoMsgEntityHeader header;
   EXPECT_EQ(header.appendHeader(nullptr), kVoBadArgument);
-  ASSERT_EQ(log.count("The operation failed with code 0x81010008."), 1);
+  ASSERT_EQ(log.count("failed. (error code:81010008)"), 1);
   EXPECT_EQ(log.debug[0].file + "::" + log.debug[0].func, "VoMsgEntityHeader::appendHeader");
   EXPECT_EQ(header.removeHeaderAt(0), kVoOutOfRange);
   EXPECT_EQ(header.removeHeader("A"), kVoSuccess);

@@ -141,7 +141,7 @@ TEST(HeaderField, RefusalsKeepTheValue) {
   EXPECT_EQ(field.setFieldValue("new", "x?B?eA==?=\r\nBcc: y", nullptr), kVoBadArgument);
   VoMsgHeaderField roomless(std::string(80, 'n').c_str(), "old");
   EXPECT_EQ(roomless.setFieldValue(std::string(99, 'x').c_str(), "utf-8", nullptr), kVoConversionFailed);
-  EXPECT_EQ(log.count("0x8101100D"), 1);  // no room for a piece behind that name
+  EXPECT_EQ(log.count("error code:8101100d"), 1);  // no room for a piece behind that name
   for (const VoMsgHeaderField* kept : {&field, &roomless}) {
     EXPECT_STREQ(kept->getRawFieldValue(), "old");
     EXPECT_EQ(kept->isNewHeader(), 0);

@@ -16,7 +16,7 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 

@@ -9,7 +9,7 @@
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 
 namespace {
 

@@ -19,7 +19,7 @@
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgOptions.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"

@@ -21,6 +21,7 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
@@ -29,6 +30,7 @@ namespace {
 
 using namespace vomsg::detail;
 
+constexpr char kLogSource[] = "VoMsgRfc822Entity";
 constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
 constexpr std::size_t kLongestLine = 998;  // RFC 5322, section 2.1.1
 
@@ -153,20 +155,20 @@ const VoMsgResourceLocator* VoMsgRfc822Entity::_getTextContent(int& err, const V
 
 const VoMsgResourceLocator* VoMsgRfc822Entity::getContent(int& err, const VoMsgResourceLocator* target) {
   const VoMsgResourceLocator* const content = _getContent(err, target);
-  if (!content) _failed(__func__, __LINE__, static_cast<VoErrorCode>(err));
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }
 
 const VoMsgResourceLocator* VoMsgRfc822Entity::getRawContent(int& err, const VoMsgResourceLocator* target) {
   const VoMsgResourceLocator* const content = _getRawContent(err, target);
-  if (!content) _failed(__func__, __LINE__, static_cast<VoErrorCode>(err));
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }
 
 const VoMsgResourceLocator* VoMsgRfc822Entity::getTextContent(int& err, const VoMsgResourceLocator* target,
                                                               const char* charset) {
   const VoMsgResourceLocator* const content = _getTextContent(err, target, charset);
-  if (!content) _failed(__func__, __LINE__, static_cast<VoErrorCode>(err));
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }
 
@@ -324,31 +326,31 @@ VoErrorCode VoMsgRfc822Entity::_setTextContent(VoMsgResourceLocator* content, co
 VoErrorCode VoMsgRfc822Entity::setContent(VoMsgResourceLocator* content, const char* contentType,
                                           const char* encoding) {
   const VoErrorCode code = guarded([&] { return _setContent(content, contentType, encoding, false, true); });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::setRawContent(VoMsgResourceLocator* content, const char* contentType,
                                              const char* encoding) {
   const VoErrorCode code = guarded([&] { return _setContent(content, contentType, encoding, true, true); });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::setTextContent(VoMsgResourceLocator* content, const char* contentType,
                                               const char* charset) {
   const VoErrorCode code =
       guarded([&] { return _setTextContent(content, contentType, charset, kVoReplaceKeepCharset); });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::replaceContent(VoMsgResourceLocator* content, const char* encoding) {
   const VoErrorCode code = guarded([&] { return _setContent(content, nullptr, encoding, false, false); });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::replaceTextContent(VoMsgResourceLocator* content, const char* charset,
                                                   VoMsgReplaceOption option) {
   const VoErrorCode code = guarded([&] { return _setTextContent(content, nullptr, charset, option); });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::setAttachment(VoMsgResourceLocator* content) {
@@ -360,5 +362,5 @@ VoErrorCode VoMsgRfc822Entity::setAttachment(VoMsgResourceLocator* content) {
     return voFailed(setHeaderValue("Content-Disposition", "attachment", "us-ascii", nullptr)) ? kVoContentHeaderFailed
                                                                                               : kVoSuccess;
   });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }

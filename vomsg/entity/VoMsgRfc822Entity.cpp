@@ -19,7 +19,7 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/header/VoMsgStructuredValue.h"
 
@@ -77,11 +77,6 @@ VoMsgRfc822Entity::VoMsgRfc822Entity()
       mBoundaryIsAlone(false) {}
 
 VoMsgRfc822Entity::~VoMsgRfc822Entity() = default;
-
-VoErrorCode VoMsgRfc822Entity::_failed(const char* function, unsigned line, VoErrorCode code) {
-  voMessageLog(1, kLogSource, function, line, _getUUIDString(), "%s failed. (error code:%x)", function, code);
-  return code;
-}
 
 // ---- the header block
 
@@ -187,7 +182,7 @@ VoErrorCode VoMsgRfc822Entity::setHeaderValue(const char* name, const char* valu
     if (!voFailed(result)) static_cast<void>(made.release());
     return result;
   });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::setHeaderParameterValue(const char* name, const char* param, const char* value,
@@ -197,7 +192,7 @@ VoErrorCode VoMsgRfc822Entity::setHeaderParameterValue(const char* name, const c
     VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
     return field ? field->setParameterValue(param, value, srcCharset, dstCharset) : kVoNoSuchHeader;
   });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 unsigned VoMsgRfc822Entity::countHeaders() const {
@@ -214,17 +209,17 @@ VoMsgHeaderField* VoMsgRfc822Entity::getHeader(const char* name) const {
 
 VoErrorCode VoMsgRfc822Entity::appendHeader(VoMsgHeaderField* field) {
   const VoErrorCode code = guarded([&] { return getEntityHeader()->appendHeader(field); });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::insertHeaderAt(VoMsgHeaderField* field, unsigned i) {
   const VoErrorCode code = guarded([&] { return getEntityHeader()->insertHeaderAt(field, i); });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::removeHeaderAt(unsigned i) {
   const VoErrorCode code = guarded([&] { return getEntityHeader()->removeHeaderAt(i); });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 // An absent name succeeds and changes nothing.
@@ -234,7 +229,7 @@ VoErrorCode VoMsgRfc822Entity::removeHeader(const char* name) {
     VoMsgEntityHeader* const header = getEntityHeader();
     return header->getHeader(name) ? header->removeHeader(name) : kVoSuccess;
   });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::removeHeaderParameter(const char* name, const char* param) {
@@ -243,7 +238,7 @@ VoErrorCode VoMsgRfc822Entity::removeHeaderParameter(const char* name, const cha
     VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
     return field ? field->removeParameter(param) : kVoNoSuchHeader;
   });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::removeHeaderParameterAt(const char* name, unsigned i) {
@@ -252,7 +247,7 @@ VoErrorCode VoMsgRfc822Entity::removeHeaderParameterAt(const char* name, unsigne
     VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
     return field ? field->removeParameterAt(i) : kVoNoSuchHeader;
   });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 // ---- addresses
@@ -269,30 +264,30 @@ VoMsgUserAddress* VoMsgRfc822Entity::getUserAddressAt(const char* name, unsigned
 VoErrorCode VoMsgRfc822Entity::appendUserAddress(const char* name, VoMsgUserAddress* address) {
   const VoErrorCode code =
       guarded([&] { return name && address ? getEntityHeader()->appendAddress(name, address) : kVoBadArgument; });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::appendUserAddress(const char* name, const char* address) {
   const VoErrorCode code =
       guarded([&] { return name && address ? getEntityHeader()->appendAddress(name, address) : kVoBadArgument; });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::insertUserAddressAt(const char* name, VoMsgUserAddress* address, unsigned i) {
   const VoErrorCode code =
       guarded([&] { return name && address ? getEntityHeader()->insertAddressAt(name, address, i) : kVoBadArgument; });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::insertUserAddressAt(const char* name, const char* address, unsigned i) {
   const VoErrorCode code =
       guarded([&] { return name && address ? getEntityHeader()->insertAddressAt(name, address, i) : kVoBadArgument; });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::removeUserAddressAt(const char* name, unsigned i) {
   const VoErrorCode code = guarded([&] { return name ? getEntityHeader()->removeAddressAt(name, i) : kVoBadArgument; });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 // ---- what the content is
@@ -312,14 +307,14 @@ const char* VoMsgRfc822Entity::getFileName(const char* charset) const {
 bool VoMsgRfc822Entity::isMultipartEntity() const { return isContentType("multipart", nullptr); }
 
 VoErrorCode VoMsgRfc822Entity::setFileName(const char* name) {
-  if (!name) return _failed(__func__, __LINE__, kVoBadArgument);
+  if (!name) return VO_LOGGED(_getUUIDString(), kVoBadArgument);
   VoErrorCode code = kVoSuccess;
   if (!getHeader("Content-Disposition"))
     code = setHeaderValue("Content-Disposition", "attachment", "us-ascii", nullptr);
   if (!voFailed(code)) code = _setParameterIfChanged("Content-Disposition", "filename", name, "utf-8");
   if (!voFailed(code) && getHeader("Content-Type"))
     code = _setParameterIfChanged("Content-Type", "name", name, "utf-8");
-  return voFailed(code) ? _failed(__func__, __LINE__, kVoContentHeaderFailed) : code;
+  return VO_LOGGED(_getUUIDString(), voFailed(code) ? kVoContentHeaderFailed : code);
 }
 
 VoErrorCode VoMsgRfc822Entity::setContentType(const char* contentType) {
@@ -330,7 +325,7 @@ VoErrorCode VoMsgRfc822Entity::setContentType(const char* contentType) {
 
 VoErrorCode VoMsgRfc822Entity::appendChildEntity(VoMsgEntity* child) {
   const VoErrorCode code = guarded([&] { return _addChild(child, kAtEnd); });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::appendEntity(VoMsgEntity* entity) { return appendChildEntity(entity); }
@@ -364,7 +359,7 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
 
 VoErrorCode VoMsgRfc822Entity::insertChildEntityAt(VoMsgEntity* child, unsigned i) {
   const VoErrorCode code = guarded([&] { return i == kAtEnd ? kVoOutOfRange : _addChild(child, i); });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::removeChildEntityAt(unsigned i) {
@@ -375,7 +370,7 @@ VoErrorCode VoMsgRfc822Entity::removeChildEntityAt(unsigned i) {
     _noteRemoval(*child);
     return _removeChildAt(i) ? kVoSuccess : kVoOutOfRange;
   });
-  return voFailed(code) ? _failed(__func__, __LINE__, code) : code;
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 // The writer leaves out what the child was read from.
@@ -526,7 +521,7 @@ VoErrorCode VoMsgRfc822Entity::_readBodyPart(VoMsgBoundaryType& end) {
 }
 
 VoErrorCode VoMsgRfc822Entity::_writeBoundarySeparator(VoMsgBufferedWriter* writer, bool first) {
-  if (!writer) return _failed(__func__, __LINE__, kVoBadArgument);
+  if (!writer) return VO_LOGGED(_getUUIDString(), kVoBadArgument);
   const std::string_view boundary = viewOf(getBoundary());
   const bool written = (first || writer->write("\r\n", 2)) && writer->write("--", 2) &&
                        writer->write(boundary.data(), static_cast<unsigned>(boundary.size()));
@@ -544,7 +539,7 @@ VoErrorCode VoMsgRfc822Entity::_writeBoundaryEnd(VoMsgBufferedWriter* writer) {
 }
 
 VoErrorCode VoMsgRfc822Entity::_writeToResource(VoMsgBufferedWriter* writer) {
-  if (!writer) return _failed(__func__, __LINE__, kVoBadArgument);
+  if (!writer) return VO_LOGGED(_getUUIDString(), kVoBadArgument);
   return guarded([&]() -> VoErrorCode {
     const VoErrorCode code = MessageWriter(*writer).write(*this);
     return voFailed(code) || writer->flush() ? code : kVoWriteFailed;

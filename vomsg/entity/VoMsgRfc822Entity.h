@@ -156,8 +156,6 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   VoErrorCode _describeContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,
                                bool takeName);
   VoErrorCode _setParameterIfChanged(const char* name, const char* param, const char* value, const char* charset);
-  // The code of a failed operation, after its log line.
-  VoErrorCode _failed(const char* function, unsigned line, VoErrorCode code);
 
   mutable VoObjectStub<VoMsgEntityHeader> mHeader;  // empty until asked for
   mutable VoObjectStub<VoMsgEntityBody> mBody;      // empty until asked for

@@ -14,7 +14,7 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgOptions.h"
 
 namespace {
@@ -23,11 +23,6 @@ using namespace vomsg::detail;
 
 constexpr char kLogSource[] = "VoMsgRfc822Message";
 constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
-
-VoErrorCode logFailure(const char* function, const char* tag, VoErrorCode code) {
-  voMessageLog(1, kLogSource, function, __LINE__, tag, "%s failed. (error code:%x)", function, code);
-  return code;
-}
 
 }  // namespace
 
@@ -53,7 +48,7 @@ VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
 VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source, const MessagePlace& place) {
   const char* const tag = place.tag;
   VO_DIAGNOSTIC(2, tag, "parsing message.");
-  if (!source) return logFailure(__func__, tag, kVoBadArgument);
+  if (!source) return VO_LOGGED(tag, kVoBadArgument);
   if (mSource.getObject()) {
     VO_LOG(1, tag, "Resource of this message object has already existed.");
     return kVoNoMemory;
@@ -123,7 +118,7 @@ VoErrorCode VoMsgRfc822Message::_readEntityBodyPart(VoMsgEntity* entity, VoMsgBo
 
 VoErrorCode VoMsgRfc822Message::writeTo(VoMsgResourceLocator* target) {
   const char* const tag = _getUUIDString();
-  if (!target) return logFailure(__func__, tag, kVoBadArgument);
+  if (!target) return VO_LOGGED(tag, kVoBadArgument);
   VoMsgResourceLocator* const source = mSource.getObject();
   if (source && (source->equal(target) || isSameFile(source, target))) {
     VO_LOG(9, tag, "The argument of ResourceLocator is same as message source file.");
@@ -137,12 +132,12 @@ VoErrorCode VoMsgRfc822Message::writeTo(VoMsgResourceLocator* target) {
     }
     return _writeToResource(writer.get());
   });
-  return voFailed(code) ? logFailure(__func__, tag, code) : code;
+  return VO_LOGGED(tag, code);
 }
 
 VoErrorCode VoMsgRfc822Message::_writeToResource(VoMsgBufferedWriter* writer) {
   const char* const tag = _getUUIDString();
-  if (!writer) return logFailure(__func__, tag, kVoBadArgument);
+  if (!writer) return VO_LOGGED(tag, kVoBadArgument);
   VO_DIAGNOSTIC(2, tag, mSource.getObject() ? "writing back message." : "writing new composed message.");
   const OpenSource source(mMessageSource.getObject());
   if (mMessageSource.getObject() && (!source.reader() || !mHasHeaderRange)) {  // or it could not be read before

@@ -4,6 +4,7 @@
 #include "vomsg/foundation/VoMsgExport.h"
 
 using VoModuleID = unsigned int;
+inline constexpr VoModuleID kVoModule = 1;  // the module that the library logs as
 
 class VOMSG_API VoIntLog {
  public:

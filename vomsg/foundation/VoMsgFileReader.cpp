@@ -11,7 +11,7 @@
 #include <limits>
 
 #include "vomsg/foundation/VoMsgCString.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 
 static_assert(sizeof(off_t) == 8, "positions of files of 2 GiB and more must not wrap");
 

@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "vomsg/foundation/VoMsgCString.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 
 namespace {
 

@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr VoModuleID kModule = 1;
 constexpr unsigned char kDebugFlag = 2;
 constexpr unsigned char kKindError = 3;
 constexpr unsigned char kKindWarning = 1;
@@ -37,24 +36,24 @@ class Line {
 
 void voMessageLog(unsigned level, const char* file, const char* func, unsigned line, const char* tag, const char* fmt,
                   ...) {
-  if (!grGetLog()->isEnabled(kModule)) return;
+  if (!grGetLog()->isEnabled(kVoModule)) return;
   std::va_list arguments;
   va_start(arguments, fmt);
   const Line entry(tag, fmt, arguments);
   va_end(arguments);
-  if (grGetLog()->isEnabled(kModule))
-    grGetLog()->writeDebugEntry(kModule, level, file, func, line, entry.text(), nullptr, kDebugFlag);
+  if (grGetLog()->isEnabled(kVoModule))
+    grGetLog()->writeDebugEntry(kVoModule, level, file, func, line, entry.text(), nullptr, kDebugFlag);
 }
 
 void voMsgDiagnosticLog(unsigned level, const char* file, const char* func, unsigned line, const char* tag,
                         const char* fmt, ...) {
-  if (!grGetLog()->isEnabled(kModule) && grGetLog()->getLogLevel() < level) return;
+  if (!grGetLog()->isEnabled(kVoModule) && grGetLog()->getLogLevel() < level) return;
   std::va_list arguments;
   va_start(arguments, fmt);
   const Line entry(tag, fmt, arguments);
   va_end(arguments);
-  if (grGetLog()->isEnabled(kModule))
-    grGetLog()->writeDebugEntry(kModule, level, file, func, line, entry.text(), nullptr, kDebugFlag);
+  if (grGetLog()->isEnabled(kVoModule))
+    grGetLog()->writeDebugEntry(kVoModule, level, file, func, line, entry.text(), nullptr, kDebugFlag);
   if (grGetLog()->getLogLevel() < level) return;
   grGetLog()->writeWarnErrorEntry(level, level == 0 ? kKindError : kKindWarning, entry.text(), nullptr);
 }

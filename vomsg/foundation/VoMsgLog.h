@@ -20,8 +20,3 @@ VOMSG_API void voMessageLog(unsigned level, const char* file, const char* func, 
 // The library uses the levels 0 and 2.
 VOMSG_API void voMsgDiagnosticLog(unsigned level, const char* file, const char* func, unsigned line, const char* tag,
                                   const char* fmt, ...) VOMSG_PRINTF(6, 7);
-
-// Within the library's sources, which each define kLogSource, the name of the class they hold:
-//   VO_LOG(1, getUUIDString(), "Can not open file [%s].", name);
-#define VO_LOG(level, tag, ...) voMessageLog(level, kLogSource, __func__, __LINE__, tag, __VA_ARGS__)
-#define VO_DIAGNOSTIC(level, tag, ...) voMsgDiagnosticLog(level, kLogSource, __func__, __LINE__, tag, __VA_ARGS__)

@@ -17,7 +17,7 @@
 
 #include "vomsg/foundation/VoMsgCString.h"
 #include "vomsg/foundation/VoMsgFileResource.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 
 using vomsg::detail::CString;

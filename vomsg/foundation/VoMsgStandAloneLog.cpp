@@ -2,7 +2,7 @@
 
 VoMsgStandAloneLog::~VoMsgStandAloneLog() = default;
 
-bool VoMsgStandAloneLog::isEnabled(VoModuleID module) { return module == 1 && mEnabled; }
+bool VoMsgStandAloneLog::isEnabled(VoModuleID module) { return module == kVoModule && mEnabled; }
 
 unsigned VoMsgStandAloneLog::getLogLevel() { return mLevel; }
 

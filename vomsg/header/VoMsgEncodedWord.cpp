@@ -14,7 +14,7 @@
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgCString.h"
 #include "vomsg/foundation/VoMsgGuard.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgTokenizer.h"
 #include "vomsg/header/VoMsgQEncoding.h"
 #include "vomsg/header/VoMsgWordConverters.h"

@@ -9,12 +9,12 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgCString.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/header/VoMsgHeaderBlockBuilder.h"
 #include "vomsg/header/VoMsgHeaderLimits.h"
 #include "vomsg/header/VoMsgHeaderLines.h"
-#include "vomsg/header/VoMsgHeaderLog.h"
 #include "vomsg/header/VoMsgHeaderName.h"
 
 using vomsg::detail::equalNoCase;
@@ -85,7 +85,7 @@ VoErrorCode VoMsgEntityHeader::parseHeaderPart(VoMsgBufferedReader* reader, cons
     settleAddresses();
     return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::parse).readBlock(*reader, boundaries);
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 VoErrorCode VoMsgEntityHeader::parseSurveyedBlock(std::string_view block, const char* defaultCharset) {
@@ -97,7 +97,7 @@ VoErrorCode VoMsgEntityHeader::parseSurveyedBlock(std::string_view block, const 
     if (!block.empty() && !reader.open()) return kVoReadFailed;
     return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::rebuild).readBlock(reader, nullptr);
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 char* VoMsgEntityHeader::getNextLine(VoMsgBufferedReader* reader) {
@@ -116,7 +116,7 @@ VoErrorCode VoMsgEntityHeader::parseHeaderLine(const char* line, const char* def
     settleAddresses();
     return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::parse).readLine(line, mHeaderOffset);
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 VoMsgHeaderField* VoMsgEntityHeader::createHeader(const char* name, const char* value, const char* defaultCharset) {
@@ -164,7 +164,7 @@ VoErrorCode VoMsgEntityHeader::appendHeader(VoMsgHeaderField* field) {
     setEdited();
     return kVoSuccess;
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 VoErrorCode VoMsgEntityHeader::insertHeaderAt(VoMsgHeaderField* field, unsigned i) {
@@ -178,7 +178,7 @@ VoErrorCode VoMsgEntityHeader::insertHeaderAt(VoMsgHeaderField* field, unsigned 
     return kVoSuccess;
   });
   static_cast<void>(owned.release());  // the block has taken it, or the caller keeps it
-  if (voFailed(code)) return logged(code, kLogSource, __func__, __LINE__);
+  if (voFailed(code)) return VO_LOGGED("", code);
   field->setNewHeader(1);
   setEdited();
   if (isAddressName(nameOf(*field))) refreshAddressList(field->getName());
@@ -195,7 +195,7 @@ VoErrorCode VoMsgEntityHeader::removeHeaderAt(unsigned i) {
     if (isAddressName(name)) rebuildAddresses(name);
     return kVoSuccess;
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 VoErrorCode VoMsgEntityHeader::removeHeader(const char* name) {
@@ -210,7 +210,7 @@ VoErrorCode VoMsgEntityHeader::removeHeader(const char* name) {
     if (isAddressName(headerNameOf(name))) addresses(headerNameOf(name)) = {};
     return kVoSuccess;
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 std::size_t VoMsgEntityHeader::findHeader(std::string_view name) const {
@@ -238,7 +238,7 @@ VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, const char* text)
     auto address = std::make_unique<VoMsgUserAddress>(text);
     return insertAddress(name, address, std::nullopt);
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, VoMsgUserAddress* address) {
@@ -246,7 +246,7 @@ VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, VoMsgUserAddress*
   const VoErrorCode code =
       guarded([&] { return addressList(name) && address ? insertAddress(name, owned, std::nullopt) : kVoBadArgument; });
   static_cast<void>(owned.release());  // the list has taken it, or the caller keeps it
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, const char* text, unsigned i) {
@@ -255,7 +255,7 @@ VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, const char* tex
     auto address = std::make_unique<VoMsgUserAddress>(text);
     return insertAddress(name, address, i);
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, VoMsgUserAddress* address, unsigned i) {
@@ -263,7 +263,7 @@ VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, VoMsgUserAddres
   const VoErrorCode code =
       guarded([&] { return addressList(name) && address ? insertAddress(name, owned, i) : kVoBadArgument; });
   static_cast<void>(owned.release());
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 VoErrorCode VoMsgEntityHeader::removeAddressAt(const char* name, unsigned i) {
@@ -277,7 +277,7 @@ VoErrorCode VoMsgEntityHeader::removeAddressAt(const char* name, unsigned i) {
     list.isAhead = true;
     return kVoSuccess;
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 VoErrorCode VoMsgEntityHeader::setAddressList(const char* name, const char* text) {
@@ -290,7 +290,7 @@ VoErrorCode VoMsgEntityHeader::setAddressList(const char* name, const char* text
     rebuildAddresses(kind);
     return kVoSuccess;
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 VoErrorCode VoMsgEntityHeader::refreshAddressList(const char* name) {
@@ -299,7 +299,7 @@ VoErrorCode VoMsgEntityHeader::refreshAddressList(const char* name) {
     rebuildAddresses(headerNameOf(name));
     return kVoSuccess;
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 const VoMsgEntityHeader::AddressList* VoMsgEntityHeader::addressList(const char* name) const {
@@ -426,5 +426,5 @@ VoErrorCode VoMsgEntityHeader::writeHeaderPartFromSource(VoMsgBufferedReader* re
   const VoErrorCode code = guarded([&] {
     return reader && writer ? vomsg::detail::copyRange(*reader, *writer, mHeaderOffset, mHeaderSize) : kVoBadArgument;
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }

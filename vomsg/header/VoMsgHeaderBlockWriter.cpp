@@ -16,11 +16,11 @@
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgOptions.h"
 #include "vomsg/header/VoMsgEncodedWord.h"
 #include "vomsg/header/VoMsgEntityHeader.h"
 #include "vomsg/header/VoMsgHeaderLineWriter.h"
-#include "vomsg/header/VoMsgHeaderLog.h"
 #include "vomsg/header/VoMsgHeaderName.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
 #include "vomsg/header/VoMsgStructuredValue.h"
@@ -176,7 +176,7 @@ VoErrorCode VoMsgEntityHeader::writeNewHeaderPart(VoMsgBufferedWriter* writer) {
     out.endField();
     return out.failed() ? kVoWriteFailed : kVoSuccess;
   });
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 // One list, whatever the number of its fields: RFC 5322 allows one of each. They are united before they are cut, for so

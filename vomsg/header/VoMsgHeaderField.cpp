@@ -13,9 +13,9 @@
 #include "vomsg/charset/convert/VoConvertCharset.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/header/VoMsgEncodedWord.h"
 #include "vomsg/header/VoMsgFieldEncoding.h"
-#include "vomsg/header/VoMsgHeaderLog.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
 #include "vomsg/header/VoMsgTextConversion.h"
 
@@ -89,8 +89,7 @@ VoErrorCode VoMsgHeaderField::store(const char* raw, bool hasEncodedWord) {
 }
 
 VoErrorCode VoMsgHeaderField::setRawFieldValue(const char* raw) {
-  return logged(guarded([&] { return store(raw, viewOf(raw).find("=?") != std::string_view::npos); }), kLogSource,
-                __func__, __LINE__);
+  return VO_LOGGED("", guarded([&] { return store(raw, viewOf(raw).find("=?") != std::string_view::npos); }));
 }
 
 bool VoMsgHeaderField::decode() {
@@ -170,13 +169,12 @@ bool VoMsgHeaderField::cleanJapanese() {
 }
 
 VoErrorCode VoMsgHeaderField::setFieldValue(const char* value, const char* srcCharset, const char* dstCharset) {
-  return logged(guarded([&]() -> VoErrorCode {
-                  if (!value || (dstCharset && !voIsRightCharsetName(dstCharset))) return kVoBadArgument;
-                  std::string raw;
-                  VoErrorCode code = encodeFieldValue(raw, viewOf(mName.get()), value, srcCharset, dstCharset);
-                  if (!voFailed(code)) code = store(raw.c_str(), true);
-                  if (!voFailed(code)) mIsNewHeader = 1;
-                  return code;
-                }),
-                kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", guarded([&]() -> VoErrorCode {
+                     if (!value || (dstCharset && !voIsRightCharsetName(dstCharset))) return kVoBadArgument;
+                     std::string raw;
+                     VoErrorCode code = encodeFieldValue(raw, viewOf(mName.get()), value, srcCharset, dstCharset);
+                     if (!voFailed(code)) code = store(raw.c_str(), true);
+                     if (!voFailed(code)) mIsNewHeader = 1;
+                     return code;
+                   }));
 }

@@ -6,9 +6,9 @@
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/header/VoMsgFieldEncoding.h"
 #include "vomsg/header/VoMsgHeaderField.h"
-#include "vomsg/header/VoMsgHeaderLog.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
 #include "vomsg/header/VoMsgRfc2231.h"
 #include "vomsg/header/VoMsgTextConversion.h"
@@ -120,16 +120,16 @@ const char* VoMsgHeaderField::getParameterValueEx(const char* name, const char*&
 
 VoErrorCode VoMsgHeaderField::appendRawParameter(const char* name, const char* value, bool isEncoded,
                                                  const char* charset) {
-  return logged(guarded([&] {
-                  if (!isUsableName(name)) return kVoBadArgument;
-                  const bool broken = value && hasLineBreak(value);
-                  auto parameter = makeParameter(name, broken ? joinLines(value).c_str() : value, isEncoded, charset);
-                  if (!parameter) return kVoNoMemory;
-                  mParameterList.push_back(std::move(parameter));
-                  mRfc2231List.clear();
-                  return kVoSuccess;
-                }),
-                kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", guarded([&] {
+                     if (!isUsableName(name)) return kVoBadArgument;
+                     const bool broken = value && hasLineBreak(value);
+                     auto parameter =
+                         makeParameter(name, broken ? joinLines(value).c_str() : value, isEncoded, charset);
+                     if (!parameter) return kVoNoMemory;
+                     mParameterList.push_back(std::move(parameter));
+                     mRfc2231List.clear();
+                     return kVoSuccess;
+                   }));
 }
 
 VoErrorCode VoMsgHeaderField::insertEncoded(std::size_t at, const char* name, const char* value, const char* srcCharset,
@@ -148,46 +148,43 @@ VoErrorCode VoMsgHeaderField::insertEncoded(std::size_t at, const char* name, co
 
 VoErrorCode VoMsgHeaderField::appendParameter(const char* name, const char* value, const char* srcCharset,
                                               const char* dstCharset) {
-  return logged(guarded([&] {
-                  if (!isUsableName(name) || !isUsableTarget(dstCharset)) return kVoBadArgument;
-                  return insertEncoded(mParameterList.size(), name, value, srcCharset, dstCharset);
-                }),
-                kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", guarded([&] {
+                     if (!isUsableName(name) || !isUsableTarget(dstCharset)) return kVoBadArgument;
+                     return insertEncoded(mParameterList.size(), name, value, srcCharset, dstCharset);
+                   }));
 }
 
 VoErrorCode VoMsgHeaderField::insertParameterAt(unsigned i, const char* name, const char* value, const char* srcCharset,
                                                 const char* dstCharset) {
-  return logged(guarded([&] {
-                  if (!isUsableName(name) || !isUsableTarget(dstCharset)) return kVoBadArgument;
-                  if (i > mParameterList.size()) return kVoOutOfRange;
-                  return insertEncoded(i, name, value, srcCharset, dstCharset);
-                }),
-                kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", guarded([&] {
+                     if (!isUsableName(name) || !isUsableTarget(dstCharset)) return kVoBadArgument;
+                     if (i > mParameterList.size()) return kVoOutOfRange;
+                     return insertEncoded(i, name, value, srcCharset, dstCharset);
+                   }));
 }
 
 VoErrorCode VoMsgHeaderField::setParameterValue(const char* name, const char* value, const char* srcCharset,
                                                 const char* dstCharset) {
-  return logged(guarded([&] {
-                  if (!isUsableName(name) || (value && !isUsableTarget(dstCharset))) return kVoBadArgument;
-                  VoMsgHeaderParameter* const existing = value ? find(name) : nullptr;
-                  // Encoded before anything goes, so that a failure leaves the pieces where they are.
-                  std::string text;
-                  if (value) {
-                    const VoErrorCode code = encodeText(text, value, srcCharset, dstCharset);
-                    if (voFailed(code)) return existing && code != kVoBadArgument ? kVoEncodeFailed : code;
-                  }
-                  if (existing) {
-                    existing->setRawParameterValue(text.c_str(), true, nullptr);
-                  } else {
-                    auto parameter = makeParameter(name, value ? text.c_str() : nullptr, value != nullptr, nullptr);
-                    if (!parameter) return kVoNoMemory;
-                    mParameterList.push_back(std::move(parameter));
-                  }
-                  removePieces(name);
-                  changeParameters();
-                  return kVoSuccess;
-                }),
-                kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", guarded([&] {
+                     if (!isUsableName(name) || (value && !isUsableTarget(dstCharset))) return kVoBadArgument;
+                     VoMsgHeaderParameter* const existing = value ? find(name) : nullptr;
+                     // Encoded before anything goes, so that a failure leaves the pieces where they are.
+                     std::string text;
+                     if (value) {
+                       const VoErrorCode code = encodeText(text, value, srcCharset, dstCharset);
+                       if (voFailed(code)) return existing && code != kVoBadArgument ? kVoEncodeFailed : code;
+                     }
+                     if (existing) {
+                       existing->setRawParameterValue(text.c_str(), true, nullptr);
+                     } else {
+                       auto parameter = makeParameter(name, value ? text.c_str() : nullptr, value != nullptr, nullptr);
+                       if (!parameter) return kVoNoMemory;
+                       mParameterList.push_back(std::move(parameter));
+                     }
+                     removePieces(name);
+                     changeParameters();
+                     return kVoSuccess;
+                   }));
 }
 
 VoErrorCode VoMsgHeaderField::removeParameterAt(unsigned i) {
@@ -200,7 +197,7 @@ VoErrorCode VoMsgHeaderField::removeParameterAt(unsigned i) {
     mParameterList.erase(mParameterList.begin() + static_cast<std::ptrdiff_t>(i));
     changeParameters();
   }
-  return logged(code, kLogSource, __func__, __LINE__);
+  return VO_LOGGED("", code);
 }
 
 bool VoMsgHeaderField::removePieces(const char* name) {
@@ -213,7 +210,7 @@ bool VoMsgHeaderField::removePieces(const char* name) {
 }
 
 VoErrorCode VoMsgHeaderField::removeParameter(const char* name) {
-  if (!name || mParameterList.empty()) return logged(kVoBadArgument, kLogSource, __func__, __LINE__);
+  if (!name || mParameterList.empty()) return VO_LOGGED("", kVoBadArgument);
   bool removed = removePieces(name);
   if (!removed) {
     const auto found = std::find_if(mParameterList.begin(), mParameterList.end(), [&](const auto& parameter) {

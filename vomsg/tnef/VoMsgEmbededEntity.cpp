@@ -16,7 +16,7 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLineWalk.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoObjectStub.h"
@@ -259,33 +259,22 @@ const VoMsgResourceLocator* VoMsgEmbededEntity::_getTextContent(int& err, const 
   return voFailed(code) ? nullptr : result;
 }
 
-namespace {
-
-// The code of a failed operation, after its log line.
-VoErrorCode reported(VoMsgEntity& entity, const char* function, unsigned line, VoErrorCode code) {
-  if (voFailed(code))
-    voMessageLog(1, kLogSource, function, line, entity._getUUIDString(), "%s failed. (error code:%x)", function, code);
-  return code;
-}
-
-}  // namespace
-
 const VoMsgResourceLocator* VoMsgEmbededEntity::getContent(int& err, const VoMsgResourceLocator* target) {
   const VoMsgResourceLocator* const content = _getContent(err, target);
-  reported(*this, __func__, __LINE__, static_cast<VoErrorCode>(err));
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }
 
 const VoMsgResourceLocator* VoMsgEmbededEntity::getRawContent(int& err, const VoMsgResourceLocator* target) {
   const VoMsgResourceLocator* const content = _getRawContent(err, target);
-  reported(*this, __func__, __LINE__, static_cast<VoErrorCode>(err));
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }
 
 const VoMsgResourceLocator* VoMsgEmbededEntity::getTextContent(int& err, const VoMsgResourceLocator* target,
                                                                const char* charset) {
   const VoMsgResourceLocator* const content = _getTextContent(err, target, charset);
-  reported(*this, __func__, __LINE__, static_cast<VoErrorCode>(err));
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }
 
@@ -395,19 +384,19 @@ VoErrorCode VoMsgEmbededEntity::setContent(VoMsgResourceLocator* content, const 
     return install(content, encoding, false, name.c_str());
   });
   if (!voFailed(code)) _freeTree();
-  return reported(*this, __func__, __LINE__, code);
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgEmbededEntity::setRawContent(VoMsgResourceLocator* content, const char*, const char* encoding) {
   const VoErrorCode code = guarded([&] { return install(content, encoding, true, nullptr); });
   if (!voFailed(code)) _freeTree();
-  return reported(*this, __func__, __LINE__, code);
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgEmbededEntity::setTextContent(VoMsgResourceLocator* content, const char*, const char* charset) {
   const VoErrorCode code = guarded([&] { return installText(content, charset); });
   if (!voFailed(code)) _freeTree();
-  return reported(*this, __func__, __LINE__, code);
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgEmbededEntity::replaceContent(VoMsgResourceLocator* content, const char* encoding) {
@@ -416,14 +405,14 @@ VoErrorCode VoMsgEmbededEntity::replaceContent(VoMsgResourceLocator* content, co
     return install(content, encoding, false, name.c_str());
   });
   if (!voFailed(code)) _freeTree();
-  return reported(*this, __func__, __LINE__, code);
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgEmbededEntity::replaceTextContent(VoMsgResourceLocator* content, const char* charset,
                                                    VoMsgReplaceOption) {
   const VoErrorCode code = guarded([&] { return installText(content, charset); });
   if (!voFailed(code)) _freeTree();
-  return reported(*this, __func__, __LINE__, code);
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 // The block is encoded anew, since its name is part of it; a message inside it stays.
@@ -438,7 +427,7 @@ VoErrorCode VoMsgEmbededEntity::setFileName(const char* name) {
     const VoErrorCode decoded = fetch(true, unused, target);
     return voFailed(decoded) ? decoded : install(content.get(), nullptr, false, name);
   });
-  return reported(*this, __func__, __LINE__, code);
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgEmbededEntity::setAttachment(VoMsgResourceLocator* content) {

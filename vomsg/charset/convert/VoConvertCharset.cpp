@@ -6,7 +6,7 @@
 
 #include "vomsg/charset/convert/VoMsgConverterFactory.h"
 #include "vomsg/foundation/VoMsgGuard.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 
 static constexpr char kLogSource[] = "VoConvertCharset";
 

@@ -17,7 +17,7 @@
 #include "vomsg/charset/convert/VoMsgJisEscapes.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
-#include "vomsg/foundation/VoMsgLog.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 
 static constexpr char kLogSource[] = "VoDivisionConvert";
 
