@@ -19,6 +19,7 @@
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgOptions.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
@@ -67,6 +68,14 @@ MessageParser::MessageParser(VoMsgRfc822Entity& root, const MessagePlace& place,
 }
 
 VoErrorCode MessageParser::parse() {
+  VoErrorCode code = guarded([&] { return read(); });
+  // Whatever step went on without what was refused: its answer is not to be trusted.
+  if (!voFailed(code) && mShortage.seen()) code = mShortage.code();
+  if (voFailed(code)) giveUp();
+  return code;
+}
+
+VoErrorCode MessageParser::read() {
   VoErrorCode code = _parseEntity(mRoot);
   while (!voFailed(code)) {
     const BodyEnd end = findBodyEnd(mReader, mBoundaries);
@@ -76,11 +85,10 @@ VoErrorCode MessageParser::parse() {
     const std::uint64_t bodyEnd = end.lineOffset - (noEpilogue ? mOpen.back().closeTerminator : end.terminatorBefore);
     code = _parseSingleBody(bodyEnd);
     if (voFailed(code)) break;
-    if (end.match.type == kVoBoundaryNone) {
-      closeAll(end.lineOffset);
-      return kVoSuccess;
-    }
-    while (mOpen.size() > end.match.depth + 1) closeInnermost(bodyEnd);
+    if (end.match.type == kVoBoundaryNone) return closeAll(end.lineOffset);
+    while (!voFailed(code) && mOpen.size() > end.match.depth + 1) code = closeInnermost(bodyEnd);
+    if (!voFailed(code) && mShortage.seen()) code = mShortage.code();
+    if (voFailed(code)) break;
     if (end.match.type == kVoBoundaryClose) {
       mBoundaries.pop();
       mOpen.back().inEpilogue = true;
@@ -94,26 +102,40 @@ VoErrorCode MessageParser::parse() {
     entity.mInPlace = true;
     code = _parseEntity(entity);
   }
+  return code;
+}
+
+void MessageParser::giveUp() {
   // What was not read belongs to whatever was open, so that nothing of the source is lost when it is written.
   const std::uint64_t size = mReader.getSize();
+  if (mUnread == &mRoot) {
+    mSurvey.offset = mSurvey.size = 0;
+    takeHeaderRange(mRoot);
+    mLeaf = &mRoot;
+  } else if (mUnread) {
+    VoMsgEntity* const parent = mUnread->getParentEntity();
+    TreeAccess::removeAt(parent, parent->countChildEntity() - 1);
+  }
   if (mLeaf) mLeaf->mBodySize = static_cast<std::uint32_t>(size - mLeaf->mBodyOffset);
+  // No epilogue is looked through any more.
   for (OpenMultipart& open : mOpen) open.inEpilogue = false;
   closeAll(size);
   // A message that was not understood is not corrected either: unedited, it comes out as it came in.
   VoMsgEntityIterator walk(&mRoot);
   for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
     if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity)) mime->mIsMarked = mime->mSubtreeMarked = false;
-  return code;
 }
 
 // Reads the header block of `entity` and decides what its body is: parts to come, or a leaf.
 VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
+  mUnread = &entity;
   const bool isChild = entity.getParentEntity() != nullptr;
   surveyHeaderBlock(mSurvey, mReader, isChild, mBoundaries.empty() ? nullptr : &mBoundaries);
   entity.mMessageSource = mSource;
   entity.mIsChildHeader = isChild;
   if (!mOpen.empty()) entity.mBelowSigned = mOpen.back().belowSigned;
   takeHeaderRange(entity);
+  mUnread = nullptr;
   mLeaf = &entity;
   mPlan = {};
   bool multipart = false;
@@ -300,6 +322,7 @@ VoErrorCode MessageParser::readNested(VoMsgRfc822Entity& entity) {
   if (mPlan.tnefByType || mPlan.tnefByName) {
     const PositionKeeper keeper(mReader);
     parseTnefChild(&entity, childPlace());
+    if (mShortage.seen()) return mShortage.code();
     if (entity.hasChildEntity() || !mPlan.tnefByType) return kVoSuccess;
     return _parseTextMessage(entity);  // named TNEF, but it is none
   }
@@ -340,10 +363,11 @@ VoErrorCode MessageParser::_parseTextMessage(VoMsgRfc822Entity& entity) {
   const PositionKeeper keeper(mReader);
   const VoErrorCode code = scanEmbeddedBlocks(&entity, mSource.getObject(), mPlan.encoding, childPlace());
   VO_LOG(9, mTag, "end  : _parseTextMessage");
+  if (mShortage.seen()) return kVoNoMemory;
   return (code & 0xFFFFu) == (kVoNoContent & 0xFFFFu) ? kVoSuccess : code;
 }
 
-void MessageParser::closeInnermost(std::uint64_t end) {
+VoErrorCode MessageParser::closeInnermost(std::uint64_t end) {
   OpenMultipart& open = mOpen.back();
   VoMsgRfc822Entity& entity = *open.entity;
   entity.mBodySize = static_cast<std::uint32_t>(std::max<std::uint64_t>(end, entity.mBodyOffset) - entity.mBodyOffset);
@@ -355,10 +379,13 @@ void MessageParser::closeInnermost(std::uint64_t end) {
                  static_cast<std::uint32_t>(end - open.epilogueOffset), childPlace());
   }
   mOpen.pop_back();
+  return mShortage.seen() ? kVoNoMemory : kVoSuccess;
 }
 
-void MessageParser::closeAll(std::uint64_t end) {
-  while (!mOpen.empty()) closeInnermost(end);
+VoErrorCode MessageParser::closeAll(std::uint64_t end) {
+  VoErrorCode code = kVoSuccess;
+  while (!mOpen.empty()) code = closeInnermost(end);
+  return code;
 }
 
 }  // namespace vomsg::detail
