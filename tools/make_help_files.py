@@ -52,7 +52,7 @@ def manual_page(program, name, words, section, version, about, folder, includes)
                     *([f"--include={extra}"] if extra and extra.exists() else []), " ".join([program, *words])],
                    check=True)
     text = page.read_text(encoding="utf-8")
-    text = re.sub(r"^\.TH (\"[^\"]*\"|\S+) ", f'.TH "{title.upper()}" ', text, count=1, flags=re.MULTILINE)
+    text = re.sub(r"^\.TH .*? (?=\"\d\w*\" )", f'.TH "{title.upper()}" ', text, count=1, flags=re.MULTILINE)
     text = re.sub(r"^\.SH NAME\n.*? \\- ", lambda _: f".SH NAME\n{title} \\- ", text, count=1, flags=re.MULTILINE)
     page.write_text(text.replace(program, name), encoding="utf-8")
 
