@@ -8,6 +8,7 @@
 #include "vomsg/edit/VoMsgContentEditor.h"
 #include "vomsg/edit/VoMsgDisclaimerText.h"
 #include "vomsg/edit/VoMsgTextEncoding.h"
+#include "vomsg/entity/VoMsgEditUndo.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgRangeResource.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"

@@ -5,6 +5,7 @@
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/edit/VoMsgContentEditor.h"
+#include "vomsg/entity/VoMsgEditUndo.h"
 #include "vomsg/entity/VoMsgTextCharset.h"
 #include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgAscii.h"

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgEntityInside.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMailMessage.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
@@ -64,7 +65,7 @@ MessageParser::MessageParser(VoMsgRfc822Entity& root, const MessagePlace& place,
       // The tree's root is not counted, so its parts are on its own level.
       mPartLevel(mRootLevel + (root.getParentEntity() ? 1 : 0)) {
   const auto* const part = dynamic_cast<VoMsgRfc822Entity*>(root.getParentEntity());
-  if (part && part->mHeader.getObject()) mRootCharset = inheritedCharset(viewOf(part->getCharset()));
+  if (part && Inside::header(*part).getObject()) mRootCharset = inheritedCharset(viewOf(part->getCharset()));
 }
 
 VoErrorCode MessageParser::parse() {
@@ -99,7 +100,7 @@ VoErrorCode MessageParser::read() {
     auto child = std::make_unique<VoMsgMimeEntity>();
     VoMsgMimeEntity& entity = *child;
     TreeAccess::append(mOpen.back().entity, child.release());
-    entity.mInPlace = true;
+    layoutOf(entity).inPlace = true;
     code = _parseEntity(entity);
   }
   return code;
@@ -110,20 +111,21 @@ void MessageParser::giveUp() {
   const std::uint64_t size = mReader.getSize();
   if (mUnread == &mRoot) {
     mSurvey.offset = mSurvey.size = 0;
-    takeHeaderRange(mRoot);
+    layoutOf(mRoot) = surveyedLayout(layoutOf(mRoot), mRoot.getParentEntity() != nullptr);
     mLeaf = &mRoot;
   } else if (mUnread) {
     VoMsgEntity* const parent = mUnread->getParentEntity();
     TreeAccess::removeAt(parent, parent->countChildEntity() - 1);
   }
-  if (mLeaf) mLeaf->mBodySize = static_cast<std::uint32_t>(size - mLeaf->mBodyOffset);
+  if (mLeaf) layoutOf(*mLeaf).endBodyAt(size);
   // No epilogue is looked through any more.
   for (OpenMultipart& open : mOpen) open.inEpilogue = false;
   closeAll(size);
   // A message that was not understood is not corrected either: unedited, it comes out as it came in.
   VoMsgEntityIterator walk(&mRoot);
   for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
-    if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity)) mime->mIsMarked = mime->mSubtreeMarked = false;
+    if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity))
+      layoutOf(*mime).isMarked = layoutOf(*mime).subtreeMarked = false;
 }
 
 // Reads the header block of `entity` and decides what its body is: parts to come, or a leaf.
@@ -131,10 +133,8 @@ VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
   mUnread = &entity;
   const bool isChild = entity.getParentEntity() != nullptr;
   surveyHeaderBlock(mSurvey, mReader, isChild, mBoundaries.empty() ? nullptr : &mBoundaries);
-  entity.mMessageSource = mSource;
-  entity.mIsChildHeader = isChild;
-  if (!mOpen.empty()) entity.mBelowSigned = mOpen.back().belowSigned;
-  takeHeaderRange(entity);
+  Inside::source(entity) = mSource;
+  layoutOf(entity) = surveyedLayout(layoutOf(entity), isChild);
   mUnread = nullptr;
   mLeaf = &entity;
   mPlan = {};
@@ -142,7 +142,7 @@ VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
   const VoErrorCode code = _isMalformedMessage(entity, multipart);
   if (voFailed(code)) return code;
   if (mSurvey.end == HeaderEnd::boundaryLine || mSurvey.end == HeaderEnd::endOfData) {  // no body
-    entity.mIsMultipartBody = multipart;
+    layoutOf(entity).isMultipartBody = multipart;
     if (multipart) mLeaf = nullptr;
     return kVoSuccess;
   }
@@ -154,24 +154,29 @@ VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
   const StructuredParameter* boundary = nullptr;
   for (std::size_t i = 0; i < type.count; ++i)
     if (equalNoCase(type.parameters[i].name, "boundary")) boundary = &type.parameters[i];
-  OpenMultipart open{&entity, {}, entity.mBelowSigned || equalNoCase(type.value, "multipart/signed"), false, 0, 0};
+  OpenMultipart open{&entity, {}, layoutOf(entity).belowSigned || equalNoCase(type.value, "multipart/signed"),
+                     false,   0,  0};
   if (const StructuredParameter* const charset = type.find("charset")) open.charset = inheritedCharset(charset->value);
   mBoundaries.push(boundary->value);
   mOpen.push_back(std::move(open));
-  entity.mIsMultipartBody = true;
+  layoutOf(entity).isMultipartBody = true;
   mLeaf = nullptr;
   return kVoSuccess;
 }
 
-void MessageParser::takeHeaderRange(VoMsgRfc822Entity& entity) {
-  entity.mHeaderOffset = mSurvey.offset;
-  entity.mHeaderSize = mSurvey.size;
-  entity.mHasHeaderRange = true;
-  entity.mUnterminatedHeader = mSurvey.end == HeaderEnd::boundaryLine || mSurvey.end == HeaderEnd::endOfData;
-  entity.mBodyOffset = mSurvey.offset + mSurvey.size;
-  entity.mBodySize = 0;
-  entity.mHasBodyRange = true;
-  entity.mMayBePartial = mSurvey.hasContentType && startsWithNoCase(mSurvey.contentType.value, "message/");
+// What the header block says about an entity whose body is still to be read; `placed` says what is around it.
+VoMsgEntityLayout MessageParser::surveyedLayout(VoMsgEntityLayout placed, bool isChild) const {
+  placed.isChildHeader = isChild;
+  if (!mOpen.empty()) placed.belowSigned = mOpen.back().belowSigned;
+  placed.headerOffset = mSurvey.offset;
+  placed.headerSize = mSurvey.size;
+  placed.hasHeaderRange = true;
+  placed.unterminatedHeader = mSurvey.end == HeaderEnd::boundaryLine || mSurvey.end == HeaderEnd::endOfData;
+  placed.bodyOffset = mSurvey.offset + mSurvey.size;
+  placed.bodySize = 0;
+  placed.hasBodyRange = true;
+  placed.mayBePartial = mSurvey.hasContentType && startsWithNoCase(mSurvey.contentType.value, "message/");
+  return placed;
 }
 
 // Tests the block and settles what is odd about it. The fields are built at once where building them later could
@@ -180,7 +185,7 @@ VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& 
   const std::string& inherited = mOpen.empty() ? mRootCharset : mOpen.back().charset;
   const auto build = [&]() -> VoMsgEntityHeader& {
     const PositionKeeper keeper(mReader);
-    return *entity._buildHeader(inherited.empty() ? "us-ascii" : inherited.c_str());
+    return *Inside::buildHeader(entity, inherited.empty() ? "us-ascii" : inherited.c_str());
   };
   if (voFailed(mSurvey.code) || mSurvey.contentTypesDiffer) {
     build();
@@ -234,11 +239,12 @@ VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& 
 // A marked block is written anew, except where that would destroy what nobody touched: text that follows a block
 // without its empty line, and whatever a signature covers.
 void MessageParser::markForRewriting(VoMsgRfc822Entity& entity) {
-  if (entity.mUnterminatedHeader || entity.mBelowSigned) return;
-  entity.mIsMarked = true;
+  if (layoutOf(entity).unterminatedHeader || layoutOf(entity).belowSigned) return;
+  layoutOf(entity).isMarked = true;
   VoMsgEntity* up = &entity;
-  for (auto* current = &entity; current && !current->mSubtreeMarked; current = dynamic_cast<VoMsgRfc822Entity*>(up)) {
-    current->mSubtreeMarked = true;
+  for (auto* current = &entity; current && !layoutOf(*current).subtreeMarked;
+       current = dynamic_cast<VoMsgRfc822Entity*>(up)) {
+    layoutOf(*current).subtreeMarked = true;
     if (current == &mRoot) return;
     up = up->getParentEntity();
   }
@@ -311,9 +317,9 @@ bool MessageParser::_isTextMessage() const {
 VoErrorCode MessageParser::_parseSingleBody(std::uint64_t end) {
   if (!mLeaf) return kVoSuccess;
   VoMsgRfc822Entity& entity = *mLeaf;
-  entity.mBodySize = static_cast<std::uint32_t>(std::max<std::uint64_t>(end, entity.mBodyOffset) - entity.mBodyOffset);
+  layoutOf(entity).endBodyAt(end);
   mLeaf = nullptr;
-  return entity.mBodySize > 0 ? readNested(entity) : kVoSuccess;
+  return layoutOf(entity).bodySize > 0 ? readNested(entity) : kVoSuccess;
 }
 
 // At most one kind of child per leaf: a nested message, else TNEF, else attachments embedded in text.
@@ -339,18 +345,19 @@ VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
   std::unique_ptr<VoMsgResourceLocator> content;
   if (mPlan.encoding == TransferEncoding::identity) {
     VoObjectStub<VoMsgResourceLocator> whole(mSource.getObject()->sharedResource());
-    content = std::make_unique<RangeResource>(whole, entity.mBodyOffset, entity.mBodySize);
+    content = std::make_unique<RangeResource>(whole, layoutOf(entity).bodyOffset, layoutOf(entity).bodySize);
   } else {
     const PositionKeeper keeper(mReader);
-    if (!moveTo(mReader, entity.mBodyOffset)) return kVoReadFailed;
-    content.reset(VoMsgResourceManager::createTmpResource(decodedRoom(mPlan.encoding, mReader, entity.mBodySize)));
+    if (!moveTo(mReader, layoutOf(entity).bodyOffset)) return kVoReadFailed;
+    content.reset(
+        VoMsgResourceManager::createTmpResource(decodedRoom(mPlan.encoding, mReader, layoutOf(entity).bodySize)));
     if (!content) return kVoWriteFailed;
-    const VoErrorCode code = decodeTransfer(mPlan.encoding, *content, mReader, entity.mBodySize);
+    const VoErrorCode code = decodeTransfer(mPlan.encoding, *content, mReader, layoutOf(entity).bodySize);
     if (voFailed(code)) return code;
   }
   auto message = std::make_unique<VoMsgRfc822Message>(static_cast<VoMsgEntity*>(&entity));
   VoMsgRfc822Message& nested = *message;
-  nested.mBelowSigned = entity.mBelowSigned;
+  layoutOf(nested).belowSigned = layoutOf(entity).belowSigned;
   TreeAccess::append(&entity, message.release());
   const VoErrorCode code = nested.readFrom(content.release(), childPlace());
   if (voFailed(code)) TreeAccess::removeAt(&entity, 0);
@@ -370,7 +377,7 @@ VoErrorCode MessageParser::_parseTextMessage(VoMsgRfc822Entity& entity) {
 VoErrorCode MessageParser::closeInnermost(std::uint64_t end) {
   OpenMultipart& open = mOpen.back();
   VoMsgRfc822Entity& entity = *open.entity;
-  entity.mBodySize = static_cast<std::uint32_t>(std::max<std::uint64_t>(end, entity.mBodyOffset) - entity.mBodyOffset);
+  layoutOf(entity).endBodyAt(end);
   if (!open.inEpilogue) {
     mBoundaries.pop();
   } else if (end > open.epilogueOffset) {

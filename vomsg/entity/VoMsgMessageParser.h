@@ -56,7 +56,7 @@ class MessageParser {
   void giveUp();
   VoErrorCode _parseEntity(VoMsgRfc822Entity& entity);
   VoErrorCode _isMalformedMessage(VoMsgRfc822Entity& entity, bool& multipart);
-  void takeHeaderRange(VoMsgRfc822Entity& entity);
+  VoMsgEntityLayout surveyedLayout(VoMsgEntityLayout placed, bool isChild) const;
   void markForRewriting(VoMsgRfc822Entity& entity);
   LeafPlan planLeaf(VoMsgRfc822Entity& entity);
   std::string_view declaredType() const;

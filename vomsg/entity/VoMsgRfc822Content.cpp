@@ -231,8 +231,7 @@ VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const 
   std::unique_ptr<VoMsgEntityHeader> copy(getEntityHeader()->newCopy());
   if (!copy) return kVoNoMemory;
   VoObjectStub<VoMsgEntityHeader> former;  // so that putting it back takes no memory
-  former.setNewObject(copy.get());
-  static_cast<void>(copy.release());
+  former.adopt(std::move(copy));
   code = _describeContent(content, contentType, encoding, takeName);
   if (voFailed(code)) {
     mHeader = former;

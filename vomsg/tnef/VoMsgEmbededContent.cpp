@@ -158,9 +158,10 @@ VoErrorCode scan(VoMsgEntity& parent, TransferEncoding encoding, MessageSource& 
   }
   text = decodedBody(encoding, source, offset, size);
   if (!text) return kVoNoContent;
-  VoObjectStub<VoMsgResourceLocator> shared(text.get());
-  text.release();
-  VoObjectStub<MessageSource> textSource(new MessageSource(shared, place.options));
+  VoObjectStub<VoMsgResourceLocator> shared;
+  shared.adopt(std::move(text));
+  VoObjectStub<MessageSource> textSource;
+  textSource.adopt(std::make_unique<MessageSource>(shared, place.options));
   if (!whole) {
     const OpenSource open(textSource.getObject());
     const std::uint32_t decodedSize = textSource.getObject()->resource()->getSize(VoMsgResourceLocator::dataPart);

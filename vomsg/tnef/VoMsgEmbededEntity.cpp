@@ -359,7 +359,7 @@ VoErrorCode VoMsgEmbededEntity::install(VoMsgResourceLocator* content, const cha
   }
   if (voFailed(code)) return code;
   auto changed = std::make_unique<State>();
-  changed->bytes.setNewObject(bytes.release());
+  changed->bytes.adopt(std::move(bytes));
   mpState = std::move(changed);
   mPiece.kind = kind;
   return kVoSuccess;
