@@ -72,6 +72,7 @@
 // Transfer encodings.
 #include "vomsg/encoding/VoBase64.h"
 #include "vomsg/encoding/VoBinHex.h"
+#include "vomsg/encoding/VoBinHexCoding.h"
 #include "vomsg/encoding/VoCompressedRtf.h"
 #include "vomsg/encoding/VoHexChar.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
