@@ -167,8 +167,10 @@ const char* VoMsgEmbededEntity::rawName() const {
 const char* VoMsgEmbededEntity::getFileName(const char* charset) const {
   return guardedOr<const char*>(nullptr, [&]() -> const char* {
     const char* const name = rawName();
-    const char* const from = whole() ? whole()->getCharset() : nullptr;
-    if (!name || !charset || !from) return name;
+    if (!name || !charset) return name;
+    const char* from = whole() && !whole()->isEpilogue() ? whole()->getCharset() : nullptr;
+    // A text that names no charset does not say what its names are in either.
+    if (!from || !*from) from = isUtf8(name) ? "utf-8" : "windows-1252";
     state().shownName = name;
     return convert(state().shownName, charset, from, true) ? state().shownName.c_str() : name;
   });
