@@ -8,21 +8,21 @@
 #include <memory>
 #include <string_view>
 
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgEntityInside.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMailMessage.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgNestedContent.h"
-#include "vomsg/entity/VoMsgRangeResource.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
-#include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgOptions.h"
+#include "vomsg/foundation/VoMsgRangeResource.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 

@@ -8,12 +8,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgEntityInside.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgNestedContent.h"
 #include "vomsg/entity/VoMsgSingleBody.h"
-#include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"

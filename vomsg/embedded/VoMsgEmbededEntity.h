@@ -6,8 +6,8 @@
 #include <memory>
 #include <string>
 
-#include "vomsg/tnef/VoMsgEmbededScanner.h"
-#include "vomsg/tnef/VoMsgHeaderlessEntity.h"
+#include "vomsg/embedded/VoMsgEmbededScanner.h"
+#include "vomsg/entity/VoMsgHeaderlessEntity.h"
 
 class VoMsgMultiEmbededEntity;
 namespace vomsg::detail {

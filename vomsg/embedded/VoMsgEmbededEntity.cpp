@@ -1,4 +1,4 @@
-#include "vomsg/tnef/VoMsgEmbededEntity.h"
+#include "vomsg/embedded/VoMsgEmbededEntity.h"
 
 #include <algorithm>
 #include <memory>
@@ -6,11 +6,13 @@
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/convert/VoMsgWholeText.h"
+#include "vomsg/embedded/VoMsgLineEndFilter.h"
+#include "vomsg/embedded/VoMsgMultiEmbededEntity.h"
 #include "vomsg/encoding/VoBinHex.h"
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/encoding/VoUUEncode.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
-#include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
@@ -20,8 +22,6 @@
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoObjectStub.h"
-#include "vomsg/tnef/VoMsgLineEndFilter.h"
-#include "vomsg/tnef/VoMsgMultiEmbededEntity.h"
 
 using namespace vomsg::detail;
 

@@ -4,12 +4,12 @@
 #include <memory>
 #include <random>
 
+#include "tests/embedded/EmbeddedBlocks.h"
 #include "tests/support/MessageFixture.h"
-#include "tests/tnef/EmbeddedBlocks.h"
+#include "vomsg/embedded/VoMsgEmbededEntity.h"
+#include "vomsg/embedded/VoMsgMultiEmbededEntity.h"
 #include "vomsg/encoding/VoBase64.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
-#include "vomsg/tnef/VoMsgEmbededEntity.h"
-#include "vomsg/tnef/VoMsgMultiEmbededEntity.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "vomsg/tnef/VoMsgEmbededScanner.h"
+#include "vomsg/embedded/VoMsgEmbededScanner.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 #include <random>
 #include <string>
 
-#include "tests/tnef/EmbeddedBlocks.h"
+#include "tests/embedded/EmbeddedBlocks.h"
+#include "vomsg/embedded/VoMsgBlockStartSearch.h"
 #include "vomsg/foundation/VoMsgAscii.h"
-#include "vomsg/tnef/VoMsgBlockStartSearch.h"
 
 namespace {
 
