@@ -9,7 +9,6 @@
 #include <random>
 #include <string>
 
-#include "vomsg/embedded/VoMsgEmbededScanner.h"
 #include "vomsg/encoding/VoBase64.h"
 #include "vomsg/encoding/VoBase64Decoder.h"
 #include "vomsg/encoding/VoBinHex.h"
@@ -21,6 +20,7 @@
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgMemoryWriter.h"
+#include "vomsg/tnef/VoMsgEmbededScanner.h"
 
 namespace {
 

@@ -5,44 +5,6 @@
 
 namespace cli {
 
-Character firstCharacter(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
-  const std::uint8_t lead = byte(0);
-  if (lead < 0x80) return {1, lead};
-  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return {1, kNotUtf8};
-  char32_t code = lead & (0x7Fu >> length);
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xC0) != 0x80) return {1, kNotUtf8};
-    code = code << 6 | (byte(i) & 0x3Fu);
-  }
-  constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
-  if (code < kSmallest[length] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return {1, kNotUtf8};
-  return {length, code};
-}
-
-bool isUnsafe(char32_t code) {
-  struct Range {
-    char32_t first, last;
-  };
-  constexpr Range kRanges[] = {
-      {0x00, 0x1F},       // control characters
-      {0x7F, 0x9F},       // more of them
-      {0xAD, 0xAD},       // soft hyphen
-      {0x061C, 0x061C},   // Arabic letter mark
-      {0x200B, 0x200F},   // zero width, direction
-      {0x2028, 0x202E},   // line and paragraph ends, direction
-      {0x2060, 0x206F},   // invisible operators, direction
-      {0xFEFF, 0xFEFF},   // byte order mark
-      {0xFFF9, 0xFFFB},   // interlinear annotation
-      {0xE0000, 0xE007F}  // tags
-  };
-  for (const Range& range : kRanges) {
-    if (code >= range.first && code <= range.last) return true;
-  }
-  return false;
-}
-
 namespace {
 
 // Whether a character would do harm in the middle of a text: all that is unsafe but what writing systems need.

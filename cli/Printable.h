@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "vomsg/mail/Utf8.h"
+
 namespace cli {
 
 // `text` as UTF-8 in which nothing steers a terminal or reorders a line: control characters, directional marks and
@@ -13,15 +15,9 @@ std::string printable(std::string_view text);
 // be read rightly (joiners, left-to-right and right-to-left marks). CR LF becomes LF.
 std::string printableLines(std::string_view text);
 
-// One UTF-8 character at the front of `text`: its length in bytes, and its code. Length 1 and code kNotUtf8 when the
-// bytes are no UTF-8. `text` is not empty.
-inline constexpr char32_t kNotUtf8 = 0xFFFFFFFF;
-struct Character {
-  std::size_t length;
-  char32_t code;
-};
-Character firstCharacter(std::string_view text);
-// Control characters, and marks that change the direction or are not to be seen.
-bool isUnsafe(char32_t code);
+using vomsg::Character;
+using vomsg::firstCharacter;
+using vomsg::isUnsafe;
+using vomsg::kNotUtf8;
 
 }  // namespace cli

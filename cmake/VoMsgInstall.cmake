@@ -1,11 +1,11 @@
-# What callers get: the shared library, the headers that vomsg/vomsg.h reaches and no others, a CMake package
+# What callers get: the shared library, the headers that vomsg/vomsg.h and vomsg/mail.h reach and no others, a CMake package
 # (vomsg::vomsg) and a pkg-config file.
 include(CMakePackageConfigHelpers)
 
-# Sets `out` to every header that vomsg/vomsg.h includes, directly or not, named from the project's root.
+# Sets `out` to every header that vomsg/vomsg.h or vomsg/mail.h includes, directly or not, named from the project's root.
 function(vomsg_public_headers out)
-  set(seen vomsg/vomsg.h)
-  set(todo vomsg/vomsg.h)
+  set(seen vomsg/vomsg.h vomsg/mail.h)
+  set(todo ${seen})
   while(todo)
     list(POP_FRONT todo header)
     file(STRINGS ${PROJECT_SOURCE_DIR}/${header} includes REGEX "^#include \"vomsg/")
@@ -22,7 +22,8 @@ function(vomsg_public_headers out)
 endfunction()
 
 vomsg_public_headers(VOMSG_PUBLIC_HEADERS)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/vomsg/vomsg.h)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/vomsg/vomsg.h ${PROJECT_SOURCE_DIR}/vomsg/mail.h)
 foreach(header IN LISTS VOMSG_PUBLIC_HEADERS)
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})

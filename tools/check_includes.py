@@ -4,7 +4,7 @@
 Complains about: an include that points up the floors, from a header or from a source; a circle of files; a file that
 stands on no floor; an include that a `never` line forbids; a project file that is included without its full path or
 does not exist; an exporting header that vomsg/vomsg.h does not reach; a program, example or consumer that includes
-what vomsg/vomsg.h does not reach.
+what neither vomsg/vomsg.h nor vomsg/mail.h reaches; a file of the modern face that includes or names what is not exported.
 
 usage: check_includes.py [ROOT]
 """
@@ -15,8 +15,9 @@ import sys
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(<[^>]+>|"[^"]+")')
 UMBRELLA = "vomsg/vomsg.h"
+FACE = "vomsg/mail.h"
 # Folders that stand outside of the library and may use only what callers may use.
-CALLERS = ("cli", "examples", "tests/install")
+CALLERS = ("cli", "examples", "gateway", "tests/install", "tests/mail")
 
 
 class Layers:
@@ -130,9 +131,18 @@ def check(root):
             if path.endswith(".h") and path not in public and not path.endswith("/VoMsgExport.h"):
                 if re.search(r"\bVOMSG_API\b", (root / path).read_text(encoding="utf-8")):
                     complaints.append(f"{path}:1: exports something, but {UMBRELLA} does not reach it")
+        face = reachable(files, FACE)
+        for path, includes in files.items():
+            if path != FACE and not path.startswith("vomsg/mail/"):
+                continue
+            for number, text in includes:
+                if text[1:-1] in files and text[1:-1] not in public and not text[1:-1].startswith("vomsg/mail/"):
+                    complaints.append(f"{path}:{number}: {text} is not for callers, {UMBRELLA} does not reach it")
+            if re.search(r"\bdetail::", (root / path).read_text(encoding="utf-8")):
+                complaints.append(f"{path}:1: names what is inside the library")
         for path, includes in read_includes(root, CALLERS).items():
             for number, text in includes:
-                if text[1:-1].startswith("vomsg/") and text[1:-1] not in public:
+                if text[1:-1].startswith("vomsg/") and text[1:-1] not in public | face:
                     complaints.append(f"{path}:{number}: {text} is not for callers, {UMBRELLA} does not reach it")
     return complaints, len(files)
 

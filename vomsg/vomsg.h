@@ -9,6 +9,7 @@
 // Results, the host's log, process-wide options.
 #include "vomsg/encoding/VoUtf8.h"
 #include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/foundation/VoErrorText.h"
 #include "vomsg/foundation/VoIntLog.h"
 #include "vomsg/foundation/VoMsgDump.h"
 #include "vomsg/foundation/VoMsgExport.h"
@@ -72,7 +73,6 @@
 // Transfer encodings.
 #include "vomsg/encoding/VoBase64.h"
 #include "vomsg/encoding/VoBinHex.h"
-#include "vomsg/encoding/VoBinHexCoding.h"
 #include "vomsg/encoding/VoCompressedRtf.h"
 #include "vomsg/encoding/VoHexChar.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
@@ -119,14 +119,12 @@
 #include "vomsg/entity/VoMsgSingleBody.h"
 #include "vomsg/entity/VoMsgSmtpSessionInfo.h"
 
-// Attachments that stand in text.
-#include "vomsg/embedded/VoMsgEmbededEntity.h"
-#include "vomsg/embedded/VoMsgMultiEmbededEntity.h"
-
 // TNEF streams: "winmail.dat".
+#include "vomsg/tnef/VoMsgEmbededEntity.h"
 #include "vomsg/tnef/VoMsgMapiAttachment.h"
 #include "vomsg/tnef/VoMsgMapiData.h"
 #include "vomsg/tnef/VoMsgMapiProperty.h"
+#include "vomsg/tnef/VoMsgMultiEmbededEntity.h"
 #include "vomsg/tnef/VoMsgTnefAttachData.h"
 #include "vomsg/tnef/VoMsgTnefAttribute.h"
 #include "vomsg/tnef/VoMsgTnefBody.h"

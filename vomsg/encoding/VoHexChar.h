@@ -1,6 +1,5 @@
 // Percent-hex ("%XX"), the escape of RFC 2231 parameter values. The byte 0xFF ends the input like the end of the data.
-// Encoding escapes controls, the blank and * ' % ( ) < > @ , ; : \ " / [ ] ? =, which are all that a token may not hold
-// or that the escape itself needs. Only ASCII survives it: every byte 0x80 to 0xFE comes out as "%FF".
+// Only ASCII survives encoding: every byte 0x80 to 0xFE comes out as "%FF".
 #pragma once
 
 #include "vomsg/foundation/VoErrorCode.h"

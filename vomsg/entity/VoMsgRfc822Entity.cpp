@@ -62,28 +62,42 @@ VoErrorCode encodeAddressNames(const char* field, const char* value, const char*
 
 }  // namespace
 
-VoMsgRfc822Entity::VoMsgRfc822Entity() = default;
+VoMsgRfc822Entity::VoMsgRfc822Entity()
+    : mHasHeaderRange(false),
+      mHasBodyRange(false),
+      mIsMultipartBody(false),
+      mUnterminatedHeader(false),
+      mIsChildHeader(false),
+      mChildrenChanged(false),
+      mBelowSigned(false),
+      mIsMarked(false),
+      mSubtreeMarked(false),
+      mMayBePartial(false),
+      mInPlace(false),
+      mBoundaryIsAlone(false) {}
+
 VoMsgRfc822Entity::~VoMsgRfc822Entity() = default;
 
 // ---- the header block
 
 VoMsgEntityHeader* VoMsgRfc822Entity::_buildHeader(const char* defaultCharset) const {
   auto header = std::make_unique<VoMsgEntityHeader>();
-  header->setChild(mLayout.isChildHeader);
-  header->setHeaderRange(mLayout.headerOffset, mLayout.headerSize);
-  const OpenSource source(mLayout.hasHeaderRange ? mMessageSource.getObject() : nullptr);
-  if (source.reader() && moveTo(*source.reader(), mLayout.headerOffset)) {
+  header->setChild(mIsChildHeader);
+  header->setHeaderRange(mHeaderOffset, mHeaderSize);
+  const OpenSource source(mHasHeaderRange ? mMessageSource.getObject() : nullptr);
+  if (source.reader() && moveTo(*source.reader(), mHeaderOffset)) {
     ReaderWindow::fill(*source.reader());
     const std::string_view window = ReaderWindow::buffered(*source.reader());
-    if (window.size() >= mLayout.headerSize) {
-      header->parseSurveyedBlock(window.substr(0, mLayout.headerSize), defaultCharset);
+    if (window.size() >= mHeaderSize) {
+      header->parseSurveyedBlock(window.substr(0, mHeaderSize), defaultCharset);
     } else {
-      std::string block(mLayout.headerSize, '\0');
-      block.resize(source.reader()->read(block.data(), mLayout.headerSize));
+      std::string block(mHeaderSize, '\0');
+      block.resize(source.reader()->read(block.data(), mHeaderSize));
       header->parseSurveyedBlock(block, defaultCharset);
     }
   }
-  return mHeader.adopt(std::move(header));
+  mHeader.setNewObject(header.get());
+  return header.release();
 }
 
 VoMsgEntityHeader* VoMsgRfc822Entity::getEntityHeader() const {
@@ -322,7 +336,7 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
   if (!child || child == this || child->getParentEntity()) return kVoBadArgument;
   for (const VoMsgEntity* up = this; up; up = up->getParentEntity())
     if (up == child) return kVoBadArgument;
-  const bool wasMultipart = isMultipartEntity() && mLayout.isMultipartBody;
+  const bool wasMultipart = isMultipartEntity() && mIsMultipartBody;
   if (i != kAtEnd && (wasMultipart ? i > 0 && !getChildEntityAt(i - 1) : i > 1)) return kVoOutOfRange;
   const VoErrorCode ready = wasMultipart ? _makeMultipartHeader() : _changeSingleToMulti();
   if (voFailed(ready)) return ready;
@@ -331,8 +345,7 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
   VoMsgEntity* added = child;
   if (child->getEntityTypeID() & kVoEntityIsMessage) added = child->createWrapperEntity();
   if (!added) return kVoNoMemory;
-  if (auto* const part = dynamic_cast<VoMsgRfc822Entity*>(added))
-    part->mLayout.inPlace = false;  // a copy of one that was
+  if (auto* const part = dynamic_cast<VoMsgRfc822Entity*>(added)) part->mInPlace = false;  // a copy of one that was
   std::uint32_t offset, size;
   const bool hasEpilogue = isEpilogueEntity(mpLastChild, offset, size);  // stands behind all parts, and stays there
   if (hasEpilogue) i = std::min(i, countChildEntity() - 1);
@@ -340,7 +353,7 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
     _appendChild(added);
   else
     _insertChildAt(added, i);
-  mLayout.childrenChanged = true;
+  mChildrenChanged = true;
   return kVoSuccess;
 }
 
@@ -363,12 +376,12 @@ VoErrorCode VoMsgRfc822Entity::removeChildEntityAt(unsigned i) {
 // The writer leaves out what the child was read from.
 void VoMsgRfc822Entity::_noteRemoval(const VoMsgEntity& child) {
   std::uint32_t offset, size;
-  if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(&child); part && part->mLayout.inPlace)
+  if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(&child); part && part->mInPlace)
     static_cast<VoMsgMultipartBody*>(_createEntityBody(true))
-        ->addRemoved({part->mLayout.headerOffset, static_cast<std::uint32_t>(part->mLayout.bodyEnd()), true});
+        ->addRemoved({part->mHeaderOffset, part->mBodyOffset + part->mBodySize, true});
   else if (isEpilogueEntity(&child, offset, size))
     static_cast<VoMsgMultipartBody*>(_createEntityBody(true))->addRemoved({offset, offset + size, false});
-  mLayout.childrenChanged = true;
+  mChildrenChanged = true;
 }
 
 bool VoMsgRfc822Entity::isModified() { return VoMsgEntity::isModified(); }
@@ -376,16 +389,16 @@ bool VoMsgRfc822Entity::isModified() { return VoMsgEntity::isModified(); }
 bool VoMsgRfc822Entity::_isModified() {
   const VoMsgEntityHeader* const header = mHeader.getObject();
   const VoMsgEntityBody* const body = mBody.getObject();
-  return mLayout.childrenChanged || (header && header->isEdited()) || (body && body->isNewBody());
+  return mChildrenChanged || (header && header->isEdited()) || (body && body->isNewBody());
 }
 
 // ---- the body object
 
 std::string_view VoMsgRfc822Entity::_lineEnd(VoMsgBufferedReader* reader) const {
-  const std::uint32_t length = std::min(2u, mLayout.headerSize);
+  const std::uint32_t length = std::min(2u, mHeaderSize);
   char last[2];
-  if (!reader || !mLayout.hasHeaderRange || length == 0 || !moveTo(*reader, mLayout.headerEnd() - length) ||
-      reader->read(last, length) != length)
+  if (!reader || !mHasHeaderRange || length == 0 ||
+      !moveTo(*reader, std::uint64_t{mHeaderOffset} + mHeaderSize - length) || reader->read(last, length) != length)
     return "\r\n";
   const std::string_view bytes(last, length);
   if (!isLineEnd(bytes.back()) || bytes == "\r\n") return "\r\n";
@@ -395,12 +408,13 @@ std::string_view VoMsgRfc822Entity::_lineEnd(VoMsgBufferedReader* reader) const 
 VoMsgEntityBody* VoMsgRfc822Entity::_body() const {
   if (VoMsgEntityBody* const body = mBody.getObject()) return body;
   std::unique_ptr<VoMsgEntityBody> body;
-  if (mLayout.isMultipartBody)
+  if (mIsMultipartBody)
     body = std::make_unique<VoMsgMultipartBody>();
   else
     body = std::make_unique<VoMsgSingleBody>();
-  body->setBodyRange(static_cast<std::int32_t>(mLayout.bodyOffset), static_cast<std::int32_t>(mLayout.bodySize));
-  return mBody.adopt(std::move(body));
+  body->setBodyRange(static_cast<std::int32_t>(mBodyOffset), static_cast<std::int32_t>(mBodySize));
+  mBody.setNewObject(body.get());
+  return body.release();
 }
 
 VoMsgSingleBody* VoMsgRfc822Entity::_singleBody() const {
@@ -423,10 +437,10 @@ VoMsgEntityBody* VoMsgRfc822Entity::_createEntityBody(bool multipart) {
   } else {
     body = std::make_unique<VoMsgSingleBody>();
   }
-  body->setBodyRange(static_cast<std::int32_t>(mLayout.bodyOffset), static_cast<std::int32_t>(mLayout.bodySize));
-  VoMsgEntityBody* const made = mBody.adopt(std::move(body));
-  mLayout.isMultipartBody = multipart;
-  return made;
+  body->setBodyRange(static_cast<std::int32_t>(mBodyOffset), static_cast<std::int32_t>(mBodySize));
+  mBody.setNewObject(body.get());
+  mIsMultipartBody = multipart;
+  return body.release();
 }
 
 VoMsgBufferedReader* VoMsgRfc822Entity::getContextSource(int& err) {
@@ -445,11 +459,26 @@ VoErrorCode VoMsgRfc822Entity::copy(VoMsgEntity* from) {
     if (const VoMsgEntityHeader* const block = other->mHeader.getObject()) {
       std::unique_ptr<VoMsgEntityHeader> header(block->newCopy());
       if (!header) return kVoNoMemory;
-      mHeader.adopt(std::move(header));
+      mHeader.setNewObject(header.get());
+      static_cast<void>(header.release());
     }
     mBody = other->mBody;
     mMessageSource = other->mMessageSource;
-    mLayout = other->mLayout;
+    mHeaderOffset = other->mHeaderOffset;
+    mHeaderSize = other->mHeaderSize;
+    mBodyOffset = other->mBodyOffset;
+    mBodySize = other->mBodySize;
+    mHasHeaderRange = other->mHasHeaderRange;
+    mHasBodyRange = other->mHasBodyRange;
+    mIsMultipartBody = other->mIsMultipartBody;
+    mUnterminatedHeader = other->mUnterminatedHeader;
+    mIsChildHeader = other->mIsChildHeader;
+    mChildrenChanged = other->mChildrenChanged;
+    mBelowSigned = other->mBelowSigned;
+    mIsMarked = other->mIsMarked;
+    mSubtreeMarked = other->mSubtreeMarked;
+    mMayBePartial = other->mMayBePartial;
+    mInPlace = other->mInPlace;
     return kVoSuccess;
   });
 }
@@ -483,9 +512,9 @@ VoErrorCode VoMsgRfc822Entity::_readBodyPart(VoMsgBoundaryType& end) {
     const std::uint32_t offset = reader->getOffset();
     const BodyEnd found = findBodyEnd(*reader, boundaries);
     end = found.match.type;
-    mLayout.bodyOffset = offset;
-    mLayout.bodySize = static_cast<std::uint32_t>(found.lineOffset - found.terminatorBefore) - offset;
-    mLayout.hasBodyRange = true;
+    mBodyOffset = offset;
+    mBodySize = static_cast<std::uint32_t>(found.lineOffset - found.terminatorBefore) - offset;
+    mHasBodyRange = true;
     mBody.free();
     return kVoSuccess;
   });

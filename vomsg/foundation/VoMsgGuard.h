@@ -1,10 +1,9 @@
-// Exported operations are walls: what throws inside becomes a code there, and a mark that memory was refused.
+// Exported operations are walls: what throws inside becomes a code there.
 #pragma once
 
 #include <utility>
 
 #include "vomsg/foundation/VoErrorCode.h"
-#include "vomsg/foundation/VoMsgShortage.h"
 
 namespace vomsg::detail {
 
@@ -13,7 +12,7 @@ VoErrorCode guarded(Body&& body) noexcept {
   try {
     return std::forward<Body>(body)();
   } catch (...) {
-    return noteShortage(kVoNoMemory);
+    return kVoNoMemory;
   }
 }
 
@@ -23,7 +22,6 @@ Value guardedOr(Value fallback, Body&& body) noexcept {
   try {
     return std::forward<Body>(body)();
   } catch (...) {
-    noteShortage(kVoNoMemory);
     return fallback;
   }
 }

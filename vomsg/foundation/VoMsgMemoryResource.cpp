@@ -11,7 +11,6 @@
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgMemoryWriter.h"
 #include "vomsg/foundation/VoMsgMultiString.h"
-#include "vomsg/foundation/VoMsgShortage.h"
 
 namespace {
 
@@ -70,10 +69,7 @@ VoMsgBufferedReader* VoMsgMemoryResource::getInputStream(VoMsgResourceDataType t
   auto* const data = reinterpret_cast<unsigned char*>(part->data);
   auto* const reader = new (std::nothrow) VoMsgMemoryReader(data, part->length);
   // A part without a block has nothing to open, yet it reads as what it is: empty.
-  if (reader)
-    reader->open();
-  else
-    vomsg::detail::noteShortage(kVoNoMemory);
+  if (reader) reader->open();
   return reader;
 }
 
@@ -81,10 +77,7 @@ VoMsgBufferedWriter* VoMsgMemoryResource::getOutputStream(VoMsgResourceDataType 
   VoMsgMemBlock* const part = block(type);
   if (!part) return nullptr;
   auto* const writer = new (std::nothrow) VoMsgMemoryWriter(part);
-  if (writer)
-    writer->open();
-  else
-    vomsg::detail::noteShortage(kVoNoMemory);
+  if (writer) writer->open();
   return writer;
 }
 

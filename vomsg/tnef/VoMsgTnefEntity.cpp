@@ -1,6 +1,5 @@
 #include "vomsg/tnef/VoMsgTnefEntity.h"
 
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -103,11 +102,11 @@ VoMsgTnefBody* VoMsgTnefEntity::_getTnefBody() const {
     VoMsgTnefMessage* const message = enclosingMessage();
     if (!message) return nullptr;
     if (mFirstRecord == kNoRecord) {
-      mBody.adopt(std::make_unique<VoMsgTnefBody>());
+      mBody.setNewObject(new VoMsgTnefBody);
     } else {
       const OpenSource source(message->mMessageSource.getObject());
       if (!source.reader()) return nullptr;
-      mBody.adopt(message->readRow(mFirstRecord, *source.reader()));
+      mBody.setNewObject(message->readRow(mFirstRecord, *source.reader()).release());
     }
     return mBody.getObject();
   });
@@ -283,9 +282,9 @@ VoErrorCode VoMsgTnefEntity::copy(VoMsgEntity* from) {
   return guarded([&]() -> VoErrorCode {
     VoMsgTnefBody* const body = other->_getTnefBody();
     if (body) {
-      std::unique_ptr<VoMsgTnefBody> copied(body->copy(this));
+      VoMsgTnefBody* const copied = body->copy(this);
       if (!copied) return kVoNoMemory;
-      mBody.adopt(std::move(copied));
+      mBody.setNewObject(copied);
     }
     takeOver(*other);
     mFirstRecord = kNoRecord;

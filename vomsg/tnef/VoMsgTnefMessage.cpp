@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <utility>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
@@ -74,8 +73,12 @@ VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source, const Messa
     return kVoNoMemory;
   }
   const VoErrorCode taken = guarded([&] {
-    mSource.adopt(std::unique_ptr<VoMsgResourceLocator>(source));
-    mMessageSource.adopt(std::make_unique<MessageSource>(mSource, place.options));
+    std::unique_ptr<VoMsgResourceLocator> owned(source);
+    mSource.setNewObject(owned.get());
+    static_cast<void>(owned.release());
+    auto opened = std::make_unique<MessageSource>(mSource, place.options);
+    mMessageSource.setNewObject(opened.get());
+    static_cast<void>(opened.release());
     return kVoSuccess;
   });
   const OpenSource opened(mMessageSource.getObject());
@@ -367,7 +370,7 @@ VoErrorCode VoMsgTnefMessage::copy(VoMsgEntity* from) {
     shareSource(*other, 0, 0);
     const MessageSource* const source = other->mMessageSource.getObject();
     const int options = source ? source->options() : VoMsgExtraOption;
-    if (mSource.getObject()) mMessageSource.adopt(std::make_unique<MessageSource>(mSource, options));
+    if (mSource.getObject()) mMessageSource.setNewObject(new MessageSource(mSource, options));
     return copyStream(*other);
   });
 }
@@ -398,10 +401,9 @@ VoErrorCode VoMsgTnefMessage::copyRecords(const VoMsgTnefEntity& from, VoMsgTnef
   to.takeOver(from);
   VoMsgTnefBody* const body = from.mBody.getObject();
   if (!body || !(from.mIsChanged || body->_isModified())) return kVoSuccess;
-  std::unique_ptr<VoMsgTnefBody> copied(body->copy(&to));
-  if (!copied) return kVoNoMemory;
-  to.mBody.adopt(std::move(copied));
-  return kVoSuccess;
+  VoMsgTnefBody* const copied = body->copy(&to);
+  if (copied) to.mBody.setNewObject(copied);
+  return copied ? kVoSuccess : kVoNoMemory;
 }
 
 VoErrorCode VoMsgTnefMessage::copyTree(VoMsgTnefMessage& from) {

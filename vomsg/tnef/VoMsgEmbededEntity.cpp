@@ -1,0 +1,473 @@
+#include "vomsg/tnef/VoMsgEmbededEntity.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+
+#include "vomsg/charset/convert/VoCharsetName.h"
+#include "vomsg/charset/convert/VoMsgWholeText.h"
+#include "vomsg/encoding/VoBinHex.h"
+#include "vomsg/encoding/VoUUEncode.h"
+#include "vomsg/entity/VoMsgMessageSource.h"
+#include "vomsg/entity/VoMsgRfc822Entity.h"
+#include "vomsg/entity/VoMsgTransferEncoding.h"
+#include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLineWalk.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
+#include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/foundation/VoMsgResourceBytes.h"
+#include "vomsg/foundation/VoObjectStub.h"
+#include "vomsg/tnef/VoMsgLineEndFilter.h"
+#include "vomsg/tnef/VoMsgMultiEmbededEntity.h"
+
+using namespace vomsg::detail;
+
+namespace {
+
+constexpr char kLogSource[] = "VoMsgEmbededEntity";
+constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
+constexpr std::size_t kLongestName = 65536;
+
+constexpr TransferEncoding transferEncodingFor(EmbeddedKind kind) {
+  switch (kind) {
+    case EmbeddedKind::uuencode:
+      return TransferEncoding::uuencode;
+    case EmbeddedKind::binHex:
+      return TransferEncoding::binHex;
+    case EmbeddedKind::text:
+      break;
+  }
+  return TransferEncoding::identity;
+}
+
+// False without a converter, or when it cannot say something and may not put "?" for it.
+bool convert(std::string& text, const char* to, const char* from, bool substitute) {
+  if (voIsEqualCharsetName(to, from)) return true;
+  std::string converted;
+  if (!convertWholeText(to, from, substitute, text, converted)) return false;
+  text.swap(converted);
+  return true;
+}
+
+// How a piece ends its lines, for what takes its place.
+struct LineEnds {
+  std::string_view lineEnd = "\r\n";  // of the first line
+  bool last = true;                   // the last line has one
+};
+
+LineEnds lineEndsOf(VoMsgBufferedReader& reader, std::uint32_t size) {
+  LineEnds ends;
+  const std::uint64_t start = reader.getOffset();
+  bool lineFeed = false;
+  const WalkedLine line = walkLine(reader, size, [&](std::string_view stretch, bool) {
+    lineFeed = stretch.ends_with('\n');
+    return true;
+  });
+  if (line.terminatorLength == 1) ends.lineEnd = lineFeed ? "\n" : "\r";
+  char last = '\0';
+  if (size > 0 && moveTo(reader, start + size - 1)) reader.read(&last, 1);
+  ends.last = isLineEnd(last);
+  return ends;
+}
+
+}  // namespace
+
+struct VoMsgEmbededEntity::State {
+  VoObjectStub<VoMsgResourceLocator> bytes;  // what takes the place of the piece; empty while that is unchanged
+  std::string name;
+  bool hasName = false;
+  std::string shownName;
+  std::unique_ptr<VoMsgResourceLocator> decoded;
+  std::unique_ptr<VoMsgResourceLocator> raw;
+  std::unique_ptr<VoMsgResourceLocator> text;
+};
+
+VoMsgEmbededEntity::VoMsgEmbededEntity(const EmbeddedPiece& piece) : mPiece(piece) {}
+VoMsgEmbededEntity::~VoMsgEmbededEntity() = default;
+
+std::uint32_t VoMsgEmbededEntity::getEntityTypeID() const {
+  const bool isContainer = mpCild && (mpCild->getEntityTypeID() & kVoEntityIsMessage) != 0;
+  return isContainer ? kVoEntityEmbeded | kVoEntityIsContainer : kVoEntityEmbeded;
+}
+
+const char* VoMsgEmbededEntity::_getEntityName() { return "VoMsgEmbededEntity"; }
+bool VoMsgEmbededEntity::isMultipartEntity() const { return false; }
+bool VoMsgEmbededEntity::_isModified() { return mpState && mpState->bytes.getObject(); }
+VoMsgMultiEmbededEntity* VoMsgEmbededEntity::whole() const { return dynamic_cast<VoMsgMultiEmbededEntity*>(mpParent); }
+
+VoMsgEmbededEntity::State& VoMsgEmbededEntity::state() const {
+  if (!mpState) mpState = std::make_unique<State>();
+  return *mpState;
+}
+
+// Calls `sink(reader, size)` with a reader at the first byte of the piece.
+template <class Sink>
+VoErrorCode VoMsgEmbededEntity::withBytes(Sink&& sink) const {
+  if (const VoMsgResourceLocator* const bytes = mpState ? mpState->bytes.getObject() : nullptr) {
+    const std::unique_ptr<VoMsgBufferedReader> reader(bytes->getInputStream(kData));
+    return reader ? sink(*reader, bytes->getSize(kData)) : kVoReadFailed;
+  }
+  const VoMsgMultiEmbededEntity* const text = whole();
+  const OpenSource source(text ? text->textSource() : nullptr);
+  if (!source.reader() || !moveTo(*source.reader(), mPiece.offset)) return kVoReadFailed;
+  return sink(*source.reader(), mPiece.size);
+}
+
+// ---- what it is
+
+const char* VoMsgEmbededEntity::getContentType() const { return isBlock() ? "application/octet-stream" : "text/plain"; }
+
+const char* VoMsgEmbededEntity::getCharset() const { return isBlock() || !whole() ? nullptr : whole()->getCharset(); }
+
+const char* VoMsgEmbededEntity::getEncoding() const {
+  switch (mPiece.kind) {
+    case EmbeddedKind::uuencode:
+      return "x-uuencode";
+    case EmbeddedKind::binHex:
+      return "mac-binhex40";
+    case EmbeddedKind::text:
+      break;
+  }
+  return nullptr;
+}
+
+VoErrorCode VoMsgEmbededEntity::readName(std::string& name) const {
+  name.clear();
+  if (!isBlock()) return kVoSuccess;
+  return guarded([&] {
+    return withBytes([&](VoMsgBufferedReader& reader, std::uint32_t size) -> VoErrorCode {
+      if (mPiece.kind == EmbeddedKind::binHex) {
+        BinHexSummary summary;
+        const VoErrorCode surveyed = surveyBinHex(reader, size, summary);
+        name = summary.name;
+        return surveyed;
+      }
+      std::string line;
+      walkLine(reader, size, [&](std::string_view stretch, bool) {
+        line.append(stretch.substr(0, kLongestName - line.size()));
+        return true;
+      });
+      std::string_view found;
+      if (isUUEncodeBegin(line, found)) name = found;
+      return kVoSuccess;
+    });
+  });
+}
+
+const char* VoMsgEmbededEntity::rawName() const {
+  if (!isBlock()) return nullptr;
+  State& own = state();
+  if (!own.hasName) own.hasName = !voFailed(readName(own.name));
+  return own.hasName ? own.name.c_str() : nullptr;
+}
+
+const char* VoMsgEmbededEntity::getFileName(const char* charset) const {
+  return guardedOr<const char*>(nullptr, [&]() -> const char* {
+    const char* const name = rawName();
+    const char* const from = whole() ? whole()->getCharset() : nullptr;
+    if (!name || !charset || !from) return name;
+    state().shownName = name;
+    return convert(state().shownName, charset, from, true) ? state().shownName.c_str() : name;
+  });
+}
+
+unsigned VoMsgEmbededEntity::getContentSize() const {
+  return guardedOr(0u, [&] {
+    unsigned count = 0;
+    const VoErrorCode code = withBytes([&](VoMsgBufferedReader& reader, std::uint32_t size) {
+      return countDecoded(transferEncodingFor(mPiece.kind), reader, size, count);
+    });
+    return voFailed(code) ? 0u : count;
+  });
+}
+
+void VoMsgEmbededEntity::dumpEntityInf(std::FILE* out) {
+  if (!out) return;
+  _dumpEntityInf(out);
+  std::fprintf(out, "mBodyOffset       : D'%u\n", mPiece.offset);
+  std::fprintf(out, "mBodySize         : D'%u\n", mPiece.size);
+}
+
+VoMsgBufferedReader* VoMsgEmbededEntity::getContextSource(int& err) {
+  if (whole()) return whole()->getContextSource(err);
+  err = static_cast<int>(kVoReadFailed);
+  return nullptr;
+}
+
+// ---- getters
+
+VoErrorCode VoMsgEmbededEntity::fetch(bool decode, std::unique_ptr<VoMsgResourceLocator>& kept,
+                                      const VoMsgResourceLocator*& resource) {
+  return withBytes([&](VoMsgBufferedReader& reader, std::uint32_t size) -> VoErrorCode {
+    if (size == 0) return kVoNoContent;
+    const TransferEncoding encoding = decode ? transferEncodingFor(mPiece.kind) : TransferEncoding::identity;
+    // A caller who passes a target expects its name to be set, as the decoders of these formats do.
+    if (resource) return decodeTransfer(encoding, const_cast<VoMsgResourceLocator&>(*resource), reader, size);
+    if (!kept) {
+      std::unique_ptr<VoMsgResourceLocator> made = temporaryResource(decodedRoom(encoding, reader, size));
+      if (!made) return kVoWriteFailed;
+      const VoErrorCode code = decodeTransfer(encoding, *made, reader, size);
+      if (voFailed(code)) return code;
+      kept = std::move(made);
+    }
+    resource = kept.get();
+    return kVoSuccess;
+  });
+}
+
+const VoMsgResourceLocator* VoMsgEmbededEntity::_getContent(int& err, const VoMsgResourceLocator* target) {
+  const VoErrorCode code = guarded([&] { return fetch(true, state().decoded, target); });
+  err = static_cast<int>(code);
+  return voFailed(code) ? nullptr : target;
+}
+
+const VoMsgResourceLocator* VoMsgEmbededEntity::_getRawContent(int& err, const VoMsgResourceLocator* target) {
+  const VoErrorCode code = guarded([&] { return fetch(false, state().raw, target); });
+  err = static_cast<int>(code);
+  return voFailed(code) ? nullptr : target;
+}
+
+const VoMsgResourceLocator* VoMsgEmbededEntity::_getTextContent(int& err, const VoMsgResourceLocator* target,
+                                                                const char* charset) {
+  if (isBlock() || !charset) return _getContent(err, target);
+  const VoMsgResourceLocator* result = _getContent(err, nullptr);
+  if (!result) return nullptr;
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    // Where the part declares none, its whole text says more about the charset than one piece of it.
+    auto* const part =
+        whole() && !whole()->isEpilogue() ? dynamic_cast<VoMsgRfc822Entity*>(whole()->getParentEntity()) : nullptr;
+    VoMsgRfc822Entity::CharsetOrigin origin;
+    const char* const from = part ? part->getTextCharset(origin) : getCharset();
+    std::string text;
+    if (voFailed(readBytes(*result, text))) return kVoReadFailed;
+    const bool converted = from && convert(text, charset, from, true);
+    if (target) {
+      result = target;
+      return writeBytes(*target, text);
+    }
+    if (!converted) return kVoSuccess;
+    std::unique_ptr<VoMsgResourceLocator> made = temporaryResource(text.size());
+    if (!made || voFailed(writeBytes(*made, text))) return kVoWriteFailed;
+    state().text = std::move(made);
+    result = state().text.get();
+    return kVoSuccess;
+  });
+  err = static_cast<int>(code);
+  return voFailed(code) ? nullptr : result;
+}
+
+const VoMsgResourceLocator* VoMsgEmbededEntity::getContent(int& err, const VoMsgResourceLocator* target) {
+  const VoMsgResourceLocator* const content = _getContent(err, target);
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
+  return content;
+}
+
+const VoMsgResourceLocator* VoMsgEmbededEntity::getRawContent(int& err, const VoMsgResourceLocator* target) {
+  const VoMsgResourceLocator* const content = _getRawContent(err, target);
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
+  return content;
+}
+
+const VoMsgResourceLocator* VoMsgEmbededEntity::getTextContent(int& err, const VoMsgResourceLocator* target,
+                                                               const char* charset) {
+  const VoMsgResourceLocator* const content = _getTextContent(err, target, charset);
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
+  return content;
+}
+
+// ---- setters
+
+VoErrorCode VoMsgEmbededEntity::kindFor(const char* encoding, EmbeddedKind& kind) const {
+  kind = mPiece.kind;
+  if (!encoding) return kVoSuccess;
+  if (equalNoCase(encoding, "quoted-printable")) return kVoNotSupported;
+  if (!isKnownEncoding(encoding)) return kVoBadEncoding;
+  switch (transferEncodingOf(encoding)) {
+    case TransferEncoding::uuencode:
+      kind = EmbeddedKind::uuencode;
+      return kVoSuccess;
+    case TransferEncoding::binHex:
+      kind = EmbeddedKind::binHex;
+      return kVoSuccess;
+    case TransferEncoding::identity:
+      return isBlock() ? kVoBadEncoding : kVoSuccess;
+    case TransferEncoding::base64:
+    case TransferEncoding::quotedPrintable:
+      break;
+  }
+  return kVoBadEncoding;
+}
+
+// Writes `content` as a piece of that kind, with the line ends of the one whose place it takes. Stretches of text
+// stay as they are, but a block that follows begins on a line of its own.
+VoErrorCode VoMsgEmbededEntity::encode(const VoMsgResourceLocator& content, EmbeddedKind kind, const char* name,
+                                       VoMsgBufferedWriter& target, bool& isExact) const {
+  isExact = true;
+  LineEnds ends;
+  const VoErrorCode looked = withBytes([&](VoMsgBufferedReader& reader, std::uint32_t size) {
+    ends = lineEndsOf(reader, size);
+    return kVoSuccess;
+  });
+  if (voFailed(looked)) return looked;
+  if (kind != EmbeddedKind::text) {
+    LineEndFilter lines(target, ends.lineEnd, ends.last || mpSibling);
+    const VoErrorCode code = kind == EmbeddedKind::binHex ? encodeBinHex(lines, content, name, &isExact)
+                                                          : encodeUUEncode(lines, content, name);
+    return voFailed(code) || lines.finish() ? code : kVoWriteFailed;
+  }
+  const VoErrorCode code = encodeTransfer(TransferEncoding::identity, target, content);
+  const std::uint32_t size = content.getSize(kData);
+  if (voFailed(code) || !mpSibling || size == 0) return code;
+  const std::unique_ptr<VoMsgBufferedReader> reader(content.getInputStream(kData));
+  if (!reader || lineEndsOf(*reader, size).last) return code;
+  return target.write(ends.lineEnd.data(), static_cast<unsigned>(ends.lineEnd.size())) ? kVoSuccess : kVoWriteFailed;
+}
+
+// The same into the data part of `bytes`. What BinHex cannot say becomes a uuencode block, and `kind` says so.
+VoErrorCode VoMsgEmbededEntity::encodeInto(const VoMsgResourceLocator& bytes, const VoMsgResourceLocator& content,
+                                           EmbeddedKind& kind, const char* name) const {
+  for (;; kind = EmbeddedKind::uuencode) {
+    const std::unique_ptr<VoMsgBufferedWriter> writer(bytes.getOutputStream(kData));
+    if (!writer) return kVoNoMemory;
+    bool isExact;
+    const VoErrorCode code = encode(content, kind, name, *writer, isExact);
+    if (voFailed(code)) return code;
+    if (!writer->flush()) return kVoWriteFailed;
+    if (isExact) return kVoSuccess;
+  }
+}
+
+// Nothing changes before the new piece is complete.
+VoErrorCode VoMsgEmbededEntity::install(VoMsgResourceLocator* content, const char* encoding, bool isEncoded,
+                                        const char* name) {
+  if (!content) return kVoBadArgument;
+  EmbeddedKind kind;
+  VoErrorCode code = kindFor(encoding, kind);
+  if (voFailed(code)) return code;
+  const std::uint64_t size = content->getSize(kData);
+  std::unique_ptr<VoMsgResourceLocator> bytes =
+      temporaryResource(isEncoded || kind == EmbeddedKind::text ? size : 2 * size);
+  if (!bytes) return kVoNoMemory;
+  if (isEncoded) {
+    const std::unique_ptr<VoMsgBufferedWriter> writer(bytes->getOutputStream(kData));
+    code = writer ? encodeTransfer(TransferEncoding::identity, *writer, *content) : kVoNoMemory;
+  } else {
+    code = encodeInto(*bytes, *content, kind, name);
+  }
+  if (voFailed(code)) return code;
+  auto changed = std::make_unique<State>();
+  changed->bytes.setNewObject(bytes.release());
+  mpState = std::move(changed);
+  mPiece.kind = kind;
+  return kVoSuccess;
+}
+
+VoErrorCode VoMsgEmbededEntity::installText(VoMsgResourceLocator* content, const char* charset) {
+  if (!content) return kVoBadArgument;
+  const char* const declared = whole() ? whole()->getCharset() : nullptr;
+  const char* const to = declared && *declared && !whole()->isEpilogue() ? declared : "us-ascii";
+  std::string text;
+  if (voFailed(readBytes(*content, text))) return kVoReadFailed;
+  if (charset && !isBlock() && !convert(text, to, charset, false)) return kVoConversionFailed;
+  VoMsgMemoryResource converted(text.data(), static_cast<unsigned>(text.size()), nullptr, nullptr);
+  const std::string name(viewOf(rawName()));
+  return install(&converted, nullptr, false, name.c_str());
+}
+
+VoErrorCode VoMsgEmbededEntity::setContent(VoMsgResourceLocator* content, const char*, const char* encoding) {
+  const VoErrorCode code = guarded([&] {
+    const std::string given(content ? content->getResourceName(nullptr) : "");
+    const std::string name = given.empty() ? std::string(viewOf(rawName())) : given;
+    return install(content, encoding, false, name.c_str());
+  });
+  if (!voFailed(code)) _freeTree();
+  return VO_LOGGED(_getUUIDString(), code);
+}
+
+VoErrorCode VoMsgEmbededEntity::setRawContent(VoMsgResourceLocator* content, const char*, const char* encoding) {
+  const VoErrorCode code = guarded([&] { return install(content, encoding, true, nullptr); });
+  if (!voFailed(code)) _freeTree();
+  return VO_LOGGED(_getUUIDString(), code);
+}
+
+VoErrorCode VoMsgEmbededEntity::setTextContent(VoMsgResourceLocator* content, const char*, const char* charset) {
+  const VoErrorCode code = guarded([&] { return installText(content, charset); });
+  if (!voFailed(code)) _freeTree();
+  return VO_LOGGED(_getUUIDString(), code);
+}
+
+VoErrorCode VoMsgEmbededEntity::replaceContent(VoMsgResourceLocator* content, const char* encoding) {
+  const VoErrorCode code = guarded([&] {
+    const std::string name(viewOf(rawName()));
+    return install(content, encoding, false, name.c_str());
+  });
+  if (!voFailed(code)) _freeTree();
+  return VO_LOGGED(_getUUIDString(), code);
+}
+
+VoErrorCode VoMsgEmbededEntity::replaceTextContent(VoMsgResourceLocator* content, const char* charset,
+                                                   VoMsgReplaceOption) {
+  const VoErrorCode code = guarded([&] { return installText(content, charset); });
+  if (!voFailed(code)) _freeTree();
+  return VO_LOGGED(_getUUIDString(), code);
+}
+
+// The block is encoded anew, since its name is part of it; a message inside it stays.
+VoErrorCode VoMsgEmbededEntity::setFileName(const char* name) {
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    if (!name) return kVoBadArgument;
+    if (!isBlock()) return kVoNotSupported;
+    const std::unique_ptr<VoMsgResourceLocator> content = temporaryResource(mPiece.size);
+    if (!content) return kVoNoMemory;
+    const VoMsgResourceLocator* target = content.get();
+    std::unique_ptr<VoMsgResourceLocator> unused;
+    const VoErrorCode decoded = fetch(true, unused, target);
+    return voFailed(decoded) ? decoded : install(content.get(), nullptr, false, name);
+  });
+  return VO_LOGGED(_getUUIDString(), code);
+}
+
+VoErrorCode VoMsgEmbededEntity::setAttachment(VoMsgResourceLocator* content) {
+  return setContent(content, nullptr, isBlock() ? nullptr : "x-uuencode");
+}
+
+// ---- copying and writing
+
+VoErrorCode VoMsgEmbededEntity::copy(VoMsgEntity* from) {
+  return guarded([&]() -> VoErrorCode {
+    const auto* const other = dynamic_cast<VoMsgEmbededEntity*>(from);
+    if (!other) return kVoBadArgument;
+    mPiece = other->mPiece;
+    mpState.reset();
+    if (other->mpState && other->mpState->bytes.getObject()) state().bytes = other->mpState->bytes;
+    return kVoSuccess;
+  });
+}
+
+VoErrorCode VoMsgEmbededEntity::_writeToResource(VoMsgBufferedWriter* writer) {
+  if (!writer) return kVoBadArgument;
+  return guarded([&]() -> VoErrorCode {
+    if (!mpCild || !mpCild->isModified()) {
+      return withBytes([&](VoMsgBufferedReader& reader, std::uint32_t size) {
+        return copyRange(reader, *writer, reader.getOffset(), size);
+      });
+    }
+    const std::unique_ptr<VoMsgResourceLocator> message = temporaryResource(mPiece.size);
+    const std::unique_ptr<VoMsgResourceLocator> block = temporaryResource(2 * std::uint64_t{mPiece.size});
+    if (!message || !block) return kVoNoMemory;
+    {
+      const std::unique_ptr<VoMsgBufferedWriter> inner(message->getOutputStream(kData));
+      if (!inner) return kVoWriteFailed;
+      const VoErrorCode code = _writeEntityToResource(mpCild, inner.get());
+      if (voFailed(code)) return code;
+      if (!inner->flush()) return kVoWriteFailed;
+    }
+    const std::string name(viewOf(rawName()));
+    EmbeddedKind kind = mPiece.kind;
+    const VoErrorCode code = encodeInto(*block, *message, kind, name.c_str());
+    return voFailed(code) ? code : encodeTransfer(TransferEncoding::identity, *writer, *block);
+  });
+}
