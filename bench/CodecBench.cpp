@@ -9,6 +9,7 @@
 #include <random>
 #include <string>
 
+#include "vomsg/embedded/VoMsgEmbededScanner.h"
 #include "vomsg/encoding/VoBase64.h"
 #include "vomsg/encoding/VoBase64Decoder.h"
 #include "vomsg/encoding/VoBinHex.h"
@@ -20,7 +21,6 @@
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgMemoryWriter.h"
-#include "vomsg/tnef/VoMsgEmbededScanner.h"
 
 namespace {
 

@@ -73,6 +73,7 @@
 // Transfer encodings.
 #include "vomsg/encoding/VoBase64.h"
 #include "vomsg/encoding/VoBinHex.h"
+#include "vomsg/encoding/VoBinHexCoding.h"
 #include "vomsg/encoding/VoCompressedRtf.h"
 #include "vomsg/encoding/VoHexChar.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
@@ -119,12 +120,14 @@
 #include "vomsg/entity/VoMsgSingleBody.h"
 #include "vomsg/entity/VoMsgSmtpSessionInfo.h"
 
+// Attachments that stand in text.
+#include "vomsg/embedded/VoMsgEmbededEntity.h"
+#include "vomsg/embedded/VoMsgMultiEmbededEntity.h"
+
 // TNEF streams: "winmail.dat".
-#include "vomsg/tnef/VoMsgEmbededEntity.h"
 #include "vomsg/tnef/VoMsgMapiAttachment.h"
 #include "vomsg/tnef/VoMsgMapiData.h"
 #include "vomsg/tnef/VoMsgMapiProperty.h"
-#include "vomsg/tnef/VoMsgMultiEmbededEntity.h"
 #include "vomsg/tnef/VoMsgTnefAttachData.h"
 #include "vomsg/tnef/VoMsgTnefAttribute.h"
 #include "vomsg/tnef/VoMsgTnefBody.h"

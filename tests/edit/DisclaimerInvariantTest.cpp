@@ -10,7 +10,7 @@
 #include <random>
 
 #include "tests/edit/EditFixture.h"
-#include "vomsg/entity/VoMsgTransferEncoding.h"
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"

@@ -34,7 +34,7 @@ template <class Put>
 std::string coded(Put put) {
   q_data_t q;
   LimitedWriter writer;
-  q_init(q, writer);
+  q_init(q, &writer);
   EXPECT_TRUE(put(q) && setq_flush(q) && writer.flush());
   return writer.text;
 }
@@ -66,6 +66,54 @@ TEST(BinHex, BothForksAndWhatTheFinderKnows) {
     BinHexSummary summary;
     ASSERT_EQ(surveyBinHex(again, text.size(), summary), kVoSuccess);
     EXPECT_EQ(summary.dataSize, size);
+  }
+}
+
+// The steps, with bytes in pieces, write and read what the two operations do.
+TEST(BinHex, StepByStep) {
+  const std::string data = "aaab\x90\x90" + std::string(200, 'x') + "abc", fork = "fork\x90";
+  const macheader_t header = {4,
+                              "name",
+                              0x54455854,
+                              0x74747874,
+                              0x0102,
+                              static_cast<std::uint32_t>(data.size()),
+                              static_cast<std::uint32_t>(fork.size())};
+  const std::string whole = encode(data, fork, "name");
+  for (const std::size_t piece : {1u, 3u, 100u}) {
+    q_data_t q;
+    LimitedWriter writer;
+    WindowReader rest(fork, piece);
+    q_init(q, &writer);
+    ASSERT_TRUE(writeBinHexHeader(q) && writeMacHeader(q, header));
+    for (std::size_t at = 0; at < data.size(); at += piece)
+      ASSERT_TRUE(setqbuf(q, data.data() + at, std::min(piece, data.size() - at)));
+    ASSERT_TRUE(writeCRC(q) && writeResourceFork(q, &rest, header) == kVoSuccess && writeBinHexFooter(q));
+    writer.flush();
+    EXPECT_EQ(writer.text, whole);
+
+    WindowReader reader(whole, piece);
+    reader.seek(static_cast<long>(whole.find("\n:") + 2));
+    macheader_t found;
+    q_init(q, &reader);
+    ASSERT_TRUE(do_q_header(q, found));
+    EXPECT_EQ(std::string_view(found.name), "name");
+    EXPECT_EQ(found.resourceLength, fork.size());
+    std::uint16_t first;
+    std::string bytes(data.size() - 2, '\0');
+    ASSERT_TRUE(get2q(q, first) && getqbuf(q, bytes.data(), bytes.size()) && verify_crc(q));
+    EXPECT_EQ(first, 0x6161);
+    EXPECT_EQ(bytes, data.substr(2));
+    bytes.resize(fork.size());
+    ASSERT_TRUE(getqbuf(q, bytes.data(), bytes.size()) && verify_crc(q));
+    EXPECT_EQ(bytes, fork);
+    unsigned bits;
+    EXPECT_FALSE(get6bits(q, bits));  // the closing colon
+    EXPECT_FALSE(setq(q, 'x'));       // in the other direction
+    WindowReader shorter(data, 10);
+    shorter.seek(1);
+    q_init(q, &writer);
+    EXPECT_EQ(writeDataFork(q, &shorter, header), kVoReadFailed);
   }
 }
 

@@ -27,9 +27,8 @@ Decoded decode(std::string_view text, std::size_t length, std::size_t window) {
 }
 
 std::string encode(std::string_view bytes, const char* name) {
-  return vomsg::test::through(bytes, 100, [&](auto& writer, auto& reader) {
-    EXPECT_TRUE(vomsg::detail::_encodeUUEncode(&writer, &reader, name));
-  });
+  return vomsg::test::through(
+      bytes, 100, [&](auto& writer, auto& reader) { EXPECT_TRUE(_encodeUUEncode(&writer, &reader, name)); });
 }
 
 TEST(UUEncode, BeginLines) {

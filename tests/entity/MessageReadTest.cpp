@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "tests/support/MessageFixture.h"
 #include "tests/support/RememberingLog.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
+#include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/header/VoMsgUserAddress.h"
 
 namespace {
@@ -124,6 +127,63 @@ TEST(MessageRead, TagsAndReportsWhatHappens) {
   std::string more = "x";
   EXPECT_EQ(message->readFrom(resourceOver(more).get()), kVoNoMemory);
   EXPECT_EQ(log.count("Resource of this message object has already existed."), 1);
+}
+
+// While it lives, neither memory nor a file is left for temporary data.
+class NoTemporaryRoom {
+ public:
+  NoTemporaryRoom() {
+    VoMsgResourceManager::setTmpDirPath("/nonexistent/for/sure");
+    for (unsigned size = VoMsgResourceManager::getMaxMemoryResourceSize(); size > 0; size /= 2)
+      while (auto* const held = VoMsgResourceManager::createTmpResource(size)) mHeld.emplace_back(held);
+  }
+  ~NoTemporaryRoom() { VoMsgResourceManager::setTmpDirPath(nullptr); }
+
+ private:
+  std::vector<std::unique_ptr<VoMsgResourceLocator>> mHeld;  // zero pages, never touched
+};
+
+// What is not looked into for want of room must not vanish under a success code. What is broken may.
+TEST(MessageRead, AShortageEndsTheParseAndBrokenContentDoesNot) {
+  const std::string block = "begin 644 a.eml\r\n/4W5B:F5C=#H@> H*:&D*\r\n`\r\nend\r\n";
+  const struct {
+    const char* name;
+    std::string message;
+    std::size_t entities;  // with room, and without
+    VoErrorCode code;
+    std::size_t left;
+  } rows[] = {
+      {"TNEF by type", "Content-Type: application/ms-tnef\r\nContent-Transfer-Encoding: base64\r\n\r\neJ8+IjEy", 2,
+       kVoWriteFailed, 1},
+      {"TNEF by name", "Content-Type: a/b; name=winmail.dat\r\nContent-Transfer-Encoding: base64\r\n\r\neJ8+IjEy", 2,
+       kVoWriteFailed, 1},
+      {"encoded message", "Content-Type: message/rfc822\r\nContent-Transfer-Encoding: base64\r\n\r\nQTogMQ0KDQp4", 2,
+       kVoWriteFailed, 1},
+      {"encoded text",
+       "Content-Transfer-Encoding: base64\r\n\r\nYmVnaW4gNjQ0IGEuZW1sDQovNFc1QjpGNUM9I0hAPiBIKjomRCoNCmANCmVuZA0K", 4,
+       kVoNoMemory, 1},
+      {"message in a text", "\r\n" + block, 4, kVoNoMemory, 3},
+      {"message in an epilogue", multipart("--b\r\n\r\none\r\n--b--\r\n" + block), 5, kVoNoMemory, 4},
+      {"the first of two parts", multipart("--b\r\n\r\n" + block + "\r\n--b\r\n\r\ntwo"), 6, kVoNoMemory, 4},
+      {"a range needs no room", "Content-Type: message/rfc822\r\n\r\nA: 1\r\n\r\nx", 2, kVoSuccess, 2},
+      {"no TNEF after all", "Content-Type: a/b; name=winmail.dat\r\n\r\nhello", 1, kVoWriteFailed, 1},
+      {"no block after all", "\r\nbegin 644 a.eml\r\nhello", 1, kVoSuccess, 1},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    MessageFixture whole(row.message);
+    EXPECT_EQ(whole.code, kVoSuccess);
+    EXPECT_EQ(entitiesOf(*whole).size(), row.entities);
+    RememberingLog log;
+    const auto less = [&] {
+      const NoTemporaryRoom noRoom;
+      return std::make_unique<MessageFixture>(row.message);
+    }();
+    EXPECT_EQ(less->code, row.code);
+    EXPECT_EQ(log.count("can not allocate memory"), row.code == kVoNoMemory);
+    EXPECT_EQ(entitiesOf(**less).size(), row.left);
+    EXPECT_EQ(written(**less), row.message);
+  }
 }
 
 // Whatever the bytes: a code, a usable tree, the same bytes back, from either kind of source.

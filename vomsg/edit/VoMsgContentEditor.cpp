@@ -1,9 +1,11 @@
+// Exchanges the content of an entity for parts. What can fail is made first; the entity changes when nothing can fail
+// any more, or under an undo that puts it back.
+
 #include "vomsg/edit/VoMsgContentEditor.h"
 
-#include <new>
 #include <utility>
 
-#include "vomsg/entity/VoMsgMimeEntity.h"
+#include "vomsg/entity/VoMsgEditUndo.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
@@ -11,59 +13,33 @@
 
 namespace vomsg::detail {
 
-EditUndo::EditUndo(VoMsgRfc822Entity& entity, bool holdsChildren)
-    : mEntity(entity),
-      mBody(entity.mBody),
-      mpFirstChild(entity.getChildEntity()),
-      mAside(std::make_unique<VoMsgMimeEntity>()),
-      mIsMultipartBody(entity.mIsMultipartBody),
-      mChildrenChanged(entity.mChildrenChanged) {
-  std::unique_ptr<VoMsgEntityHeader> header(entity.getEntityHeader()->newCopy());
-  if (!header) throw std::bad_alloc();
-  mHeader.setNewObject(header.get());
-  static_cast<void>(header.release());
-  if (holdsChildren) TreeAccess::moveChildren(&entity, mAside.get());
-}
-
-EditUndo::~EditUndo() {
-  if (mStands) return;
-  // A child that was not there is the part that the content moved to.
-  if (VoMsgEntity* const part = mEntity.getChildEntity(); part && part != mpFirstChild) {
-    TreeAccess::moveChildren(part, mAside.get());
-    TreeAccess::freeTree(&mEntity);
-  }
-  if (mAside->hasChildEntity()) TreeAccess::moveChildren(mAside.get(), &mEntity);
-  mEntity.mHeader = mHeader;
-  mEntity.mBody = mBody;
-  mEntity.mIsMultipartBody = mIsMultipartBody;
-  mEntity.mChildrenChanged = mChildrenChanged;
-}
-
 std::string_view ContentEditor::lineEnd() const {
-  const OpenSource source(mEntity.mMessageSource.getObject());
-  return mEntity._lineEnd(source.reader());
+  const OpenSource source(Inside::source(mEntity).getObject());
+  return Inside::lineEnd(mEntity, source.reader());
 }
+
+VoErrorCode ContentEditor::moveContentToPart() { return Inside::changeSingleToMulti(mEntity); }
 
 VoErrorCode ContentEditor::makeMultipart(std::unique_ptr<VoMsgEntityHeader> header) {
   EditUndo undo(mEntity);
-  mEntity.mHeader.setNewObject(header.get());
-  static_cast<void>(header.release());
-  const VoErrorCode code = mEntity._makeMultipartHeader();
+  Inside::header(mEntity).adopt(std::move(header));
+  const VoErrorCode code = Inside::makeMultipartHeader(mEntity);
   if (voFailed(code)) return code;
-  mEntity.mBody.free();
-  static_cast<VoMsgMultipartBody*>(mEntity._createEntityBody(true))->setNewBody();
+  Inside::body(mEntity).free();
+  static_cast<VoMsgMultipartBody*>(Inside::createBody(mEntity, true))->setNewBody();
   undo.letStand();
-  mEntity._freeTree();
-  mEntity.mHasBodyRange = false;
-  mEntity.mChildrenChanged = true;
+  TreeAccess::freeTree(&mEntity);
+  layoutOf(mEntity).hasBodyRange = false;
+  layoutOf(mEntity).childrenChanged = true;
   return kVoSuccess;
 }
 
 void ContentEditor::holdMessage(std::unique_ptr<VoMsgRfc822Message> message, std::uint32_t size) {
-  mEntity.mMessageSource = static_cast<VoMsgRfc822Entity&>(*message).mMessageSource;
-  mEntity.mBodyOffset = 0;
-  mEntity.mBodySize = size;
-  mEntity.mHasBodyRange = true;
+  Inside::source(mEntity) = Inside::source(*message);
+  VoMsgEntityLayout& layout = layoutOf(mEntity);
+  layout.bodyOffset = 0;
+  layout.bodySize = size;
+  layout.hasBodyRange = true;
   TreeAccess::append(&mEntity, message.release());
 }
 
@@ -73,7 +49,7 @@ VoErrorCode ContentEditor::removeChildren(bool (*isUnwanted)(const VoMsgEntity&)
     for (VoMsgEntity* child = mEntity.getChildEntity(); child;) {
       VoMsgEntity* const next = child->getNextSiblingEntity();
       if (isUnwanted(*child)) {
-        mEntity._noteRemoval(*child);
+        Inside::noteRemoval(mEntity, *child);
         TreeAccess::removeAfter(&mEntity, before);
       } else {
         before = child;

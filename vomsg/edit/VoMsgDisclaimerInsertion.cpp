@@ -7,6 +7,7 @@
 #include "vomsg/edit/VoMsgContentEditor.h"
 #include "vomsg/edit/VoMsgDisclaimerDispatch.h"
 #include "vomsg/edit/VoMsgTextEditing.h"
+#include "vomsg/entity/VoMsgEditUndo.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"

@@ -15,26 +15,6 @@ namespace {
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
-// Shortest forms only, no surrogates, nothing above U+10FFFF.
-bool isUtf8(std::string_view text) {
-  for (std::size_t i = 0; i < text.size();) {
-    const auto lead = static_cast<unsigned char>(text[i++]);
-    if (lead < 0x80) continue;
-    const int more = lead >= 0xC2 && lead <= 0xDF   ? 1
-                     : (lead & 0xF0) == 0xE0        ? 2
-                     : lead >= 0xF0 && lead <= 0xF4 ? 3
-                                                    : 0;
-    if (more == 0 || text.size() - i < static_cast<std::size_t>(more)) return false;
-    const auto second = static_cast<unsigned char>(text[i]);
-    if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) || (lead == 0xF0 && second < 0x90) ||
-        (lead == 0xF4 && second > 0x8F))
-      return false;
-    for (int n = 0; n < more; ++n, ++i)
-      if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) return false;
-  }
-  return true;
-}
-
 // UTF-16 or UTF-32 in the order that the text speaks for: where characters below U+0100 have their NUL bytes. Null when
 // it speaks against the name, as text in another charset under a wrong label does.
 const char* wideCharset(const char* charset, std::string_view text) {

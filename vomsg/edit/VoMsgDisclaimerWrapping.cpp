@@ -8,8 +8,8 @@
 #include "vomsg/edit/VoMsgContentEditor.h"
 #include "vomsg/edit/VoMsgDisclaimerText.h"
 #include "vomsg/edit/VoMsgTextEncoding.h"
+#include "vomsg/entity/VoMsgEditUndo.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
-#include "vomsg/entity/VoMsgRangeResource.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -18,6 +18,7 @@
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/foundation/VoMsgRangeResource.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 
 namespace {

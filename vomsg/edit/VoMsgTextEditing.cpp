@@ -5,8 +5,9 @@
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/edit/VoMsgContentEditor.h"
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
+#include "vomsg/entity/VoMsgEditUndo.h"
 #include "vomsg/entity/VoMsgTextCharset.h"
-#include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"

@@ -4,9 +4,9 @@
 #include <memory>
 
 #include "vomsg/edit/VoMsgDisclaimerText.h"
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgEntity.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
-#include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"

@@ -20,6 +20,7 @@ namespace vomsg::detail {
 namespace {
 
 constexpr std::size_t kLongestName = 63;
+constexpr std::uint32_t kUnknownSize = 0xFFFFFFFF;  // what a reader says that cannot tell
 // No character of the text yields more bytes: three characters hold the two bytes that stand for 254 repetitions.
 constexpr std::uint64_t kMostExpansion = 192;
 
@@ -41,30 +42,36 @@ bool skipMarkerLine(VoMsgBufferedReader& source, std::uint64_t& length) {
   return false;
 }
 
-bool skipColon(ByteSource& source) {
-  int c;
-  do {
-    c = source.next();
-  } while (c >= 0 && c != ':');
-  return c == ':';
+// Steps behind the first colon, counting as before.
+bool skipColon(VoMsgBufferedReader& source, std::uint64_t& length) {
+  while (length > 0 && ReaderWindow::fill(source)) {
+    const std::string_view buffered = ReaderWindow::buffered(source);
+    const std::string_view window =
+        buffered.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(length, buffered.size())));
+    const std::size_t colon = window.find(':');
+    const std::size_t taken = colon == window.npos ? window.size() : colon + 1;
+    ReaderWindow::consume(source, taken);
+    length -= taken;
+    if (colon != window.npos) return true;
+  }
+  return false;
 }
 
-bool isPlausible(const q_data_t& q, const macheader_t& header, ByteSource& source) {
-  const std::uint64_t left = std::min<std::uint64_t>(source.left(), UINT32_MAX);
+bool isPlausible(const q_data_t& q, const macheader_t& header) {
+  const std::uint64_t there = q.reader->getSize() == kUnknownSize ? q.left : std::min(q.left, bytesLeft(*q.reader));
+  const std::uint64_t left = std::min<std::uint64_t>(there, UINT32_MAX);
   return std::uint64_t{header.dataLength} + header.resourceLength <= left * kMostExpansion + q.run;
 }
 
-// Reads up to the end of the header and holds the lengths in it against the data that is left.
-bool readHeader(q_data_t& q, ByteSource& source, macheader_t& header) {
-  if (!skipColon(source)) return false;
-  q_init(q, source);
-  return do_q_header(q, header) && isPlausible(q, header, source);
+// Reads from the marker line to the end of the header and holds the lengths in it against the data that is left.
+bool readHeader(q_data_t& q, VoMsgBufferedReader& source, std::uint64_t length, macheader_t& header) {
+  if (!skipMarkerLine(source, length) || !skipColon(source, length)) return false;
+  q_init(q, &source);
+  q.left = length;
+  return do_q_header(q, header) && isPlausible(q, header);
 }
 
-const char* nameOf(const macheader_t& header) {
-  const char* const name = header.name.c_str();
-  return *name ? name : "noname";
-}
+const char* nameOf(const macheader_t& header) { return *header.name ? header.name : "noname"; }
 
 // Decodes a fork, to nowhere without a `sink`, and compares its CRC.
 VoErrorCode readFork(q_data_t& q, PieceSink* sink, std::uint32_t length) {
@@ -86,55 +93,12 @@ VoErrorCode readForkInto(q_data_t& q, VoMsgResourceLocator& target, Part part, s
   return voFailed(code) || writer->flush() ? code : kVoWriteFailed;
 }
 
-bool writeText(VoMsgBufferedWriter& target, std::string_view text) {
-  return target.write(text.data(), static_cast<unsigned>(text.size()));
-}
-
-bool writeBinHexHeader(q_data_t& q) {
-  q.column = 1;  // the colon counts
-  return writeText(*q.writer, kBinHexMarker) && writeText(*q.writer, "\r\n:");
-}
-
-bool writeMacHeader(q_data_t& q, const macheader_t& header) {
-  return setq(q, static_cast<unsigned char>(header.name.size())) &&
-         setqbuf(q, header.name.data(), header.name.size()) && setq(q, 0) && set4q(q, header.type) &&
-         set4q(q, header.creator) && set2q(q, header.flags) && set4q(q, header.dataLength) &&
-         set4q(q, header.resourceLength) && writeCRC(q);
-}
-
-VoErrorCode writeFork(q_data_t& q, VoMsgBufferedReader& source, std::uint32_t length) {
-  while (length > 0) {
-    if (!ReaderWindow::fill(source)) return kVoReadFailed;
-    const std::string_view window = ReaderWindow::buffered(source).substr(0, length);
-    if (!setqbuf(q, window.data(), window.size())) return kVoWriteFailed;
-    length -= static_cast<std::uint32_t>(window.size());
-    ReaderWindow::consume(source, window.size());
-  }
-  return writeCRC(q) ? kVoSuccess : kVoWriteFailed;
-}
-
-VoErrorCode writeDataFork(q_data_t& q, VoMsgBufferedReader& data, const macheader_t& header) {
-  return writeFork(q, data, header.dataLength);
-}
-
-VoErrorCode writeResourceFork(q_data_t& q, const VoMsgResourceLocator& source, const macheader_t& header) {
-  if (header.resourceLength == 0) return writeCRC(q) ? kVoSuccess : kVoWriteFailed;
-  const std::unique_ptr<VoMsgBufferedReader> fork(source.getInputStream(VoMsgResourceLocator::resourceForkPart));
-  return fork ? writeFork(q, *fork, header.resourceLength) : kVoReadFailed;
-}
-
-bool writeBinHexFooter(q_data_t& q) {
-  return setq_flush(q) && (q.column <= 63 || writeText(*q.writer, "\r\n")) && writeText(*q.writer, ":\r\n");
-}
-
 }  // namespace
 
 VoErrorCode decodeBinHex(VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint64_t length) {
-  if (!skipMarkerLine(source, length)) return kVoDecodeFailed;
-  ByteSource bytes(source, length);
   q_data_t q;
   macheader_t header;
-  if (!readHeader(q, bytes, header)) return kVoDecodeFailed;
+  if (!readHeader(q, source, length, header)) return kVoDecodeFailed;
   target.setResourceName(nameOf(header), "us-ascii");
   target.setFileType(header.type);
   target.setFileCreator(header.creator);
@@ -147,19 +111,15 @@ VoErrorCode decodeBinHex(VoMsgResourceLocator& target, VoMsgBufferedReader& sour
 }
 
 VoErrorCode decodeBinHexTo(PieceSink& sink, VoMsgBufferedReader& source, std::uint64_t length) {
-  if (!skipMarkerLine(source, length)) return kVoDecodeFailed;
-  ByteSource bytes(source, length);
   q_data_t q;
   macheader_t header;
-  return readHeader(q, bytes, header) ? readFork(q, &sink, header.dataLength) : kVoDecodeFailed;
+  return readHeader(q, source, length, header) ? readFork(q, &sink, header.dataLength) : kVoDecodeFailed;
 }
 
 VoErrorCode surveyBinHex(VoMsgBufferedReader& source, std::uint64_t length, BinHexSummary& summary) {
-  if (!skipMarkerLine(source, length)) return kVoDecodeFailed;
-  ByteSource bytes(source, length);
   q_data_t q;
   macheader_t header;
-  if (!readHeader(q, bytes, header)) return kVoDecodeFailed;
+  if (!readHeader(q, source, length, header)) return kVoDecodeFailed;
   summary.name = nameOf(header);
   summary.dataSize = header.dataLength;
   return kVoSuccess;
@@ -178,19 +138,21 @@ VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator
   const std::unique_ptr<VoMsgBufferedReader> data(source.getInputStream(VoMsgResourceLocator::dataPart));
   if (!data) return kVoReadFailed;
   macheader_t header;
-  header.name = name ? name : source.getResourceName("us-ascii");
-  if (header.name.empty()) header.name = "noname";
-  if (header.name.size() > kLongestName) header.name.resize(kLongestName);
+  std::string_view title = name ? name : source.getResourceName("us-ascii");
+  if (title.empty()) title = "noname";
+  header.nameLength = static_cast<unsigned char>(title.copy(header.name, kLongestName));
   header.type = source.getFileType();
   header.creator = source.getFileCreator();
   header.flags = source.getFinderFlag();
   header.dataLength = source.getSize(VoMsgResourceLocator::dataPart);
+  std::unique_ptr<VoMsgBufferedReader> fork;
   if (source.hasResourceFork()) header.resourceLength = source.getSize(VoMsgResourceLocator::resourceForkPart);
+  if (header.resourceLength > 0) fork.reset(source.getInputStream(VoMsgResourceLocator::resourceForkPart));
   q_data_t q;
-  q_init(q, target);
+  q_init(q, &target);
   if (!writeBinHexHeader(q) || !writeMacHeader(q, header)) return kVoWriteFailed;
-  VoErrorCode code = writeDataFork(q, *data, header);
-  if (!voFailed(code)) code = writeResourceFork(q, source, header);
+  VoErrorCode code = writeDataFork(q, data.get(), header);
+  if (!voFailed(code)) code = writeResourceFork(q, fork.get(), header);
   if (voFailed(code)) return code;
   if (isExact) *isExact = q.isExact;
   return writeBinHexFooter(q) && target.flush() ? kVoSuccess : kVoWriteFailed;

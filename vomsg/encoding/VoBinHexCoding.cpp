@@ -2,11 +2,14 @@
 
 #include <array>
 #include <string_view>
+#include <utility>
 
-#include "vomsg/encoding/VoCodecSupport.h"
+#include "vomsg/encoding/VoBinHex.h"
+#include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
 
-namespace vomsg::detail {
+using namespace vomsg::detail;
 
 namespace {
 
@@ -40,7 +43,83 @@ constexpr unsigned char kRun = 0x90;
 constexpr unsigned kMostRepeats = 253;
 constexpr unsigned kLineCharacters = 64;
 
-bool writeOut(q_data_t& q, const char* text, unsigned n) { return q.writer->write(text, n); }
+bool writeOut(q_data_t& q, std::string_view text) {
+  return q.writer && q.writer->write(text.data(), static_cast<unsigned>(text.size()));
+}
+
+// The characters of one step of the decoder, taken from the reader's buffer. The reader is settled at the step's end.
+class Characters {
+ public:
+  explicit Characters(q_data_t& q) : mState(q) {}
+  Characters(const Characters&) = delete;
+  Characters& operator=(const Characters&) = delete;
+  ~Characters() { settle(); }
+
+  // -1 at the end of what may be taken.
+  int next() {
+    if (mAt == mWindow.size() && !refill()) return -1;
+    return static_cast<unsigned char>(mWindow[mAt++]);
+  }
+
+ private:
+  void settle() {
+    if (mAt > 0) ReaderWindow::consume(*mState.reader, mAt);
+    mState.left -= std::exchange(mAt, 0);
+    mWindow = {};
+  }
+  bool refill() {
+    settle();
+    if (mState.left == 0 || !mState.reader || !ReaderWindow::fill(*mState.reader)) return false;
+    mWindow = ReaderWindow::buffered(*mState.reader);
+    if (mWindow.size() > mState.left) mWindow = mWindow.substr(0, static_cast<std::size_t>(mState.left));
+    return true;
+  }
+
+  q_data_t& mState;
+  std::string_view mWindow;
+  std::size_t mAt = 0;
+};
+
+bool takeBits(q_data_t&, Characters& characters, unsigned& bits) {
+  int value;
+  do {
+    const int c = characters.next();
+    value = c < 0 ? kForeign : kValues[static_cast<std::size_t>(c)];
+  } while (value == kBetween);
+  bits = static_cast<unsigned>(value);
+  return value >= 0;
+}
+
+bool takeRaw(q_data_t& q, Characters& characters, unsigned char& byte) {
+  while (q.groupBits < 8) {
+    unsigned bits;
+    if (!takeBits(q, characters, bits)) return false;
+    q.group = q.group << 6 | bits;
+    q.groupBits += 6;
+  }
+  q.groupBits -= 8;
+  byte = static_cast<unsigned char>(q.group >> q.groupBits);
+  return true;
+}
+
+bool takeByte(q_data_t& q, Characters& characters, unsigned char& byte) {
+  while (q.run == 0) {
+    if (!takeRaw(q, characters, byte)) return false;
+    if (byte == kRun) {
+      unsigned char count;
+      if (!takeRaw(q, characters, count)) return false;
+      if (count > 0) {
+        q.run = count - 1u;
+        continue;  // a count of 1 repeats nothing
+      }
+    }
+    q.previous = byte;
+    return true;
+  }
+  --q.run;
+  byte = static_cast<unsigned char>(q.previous);
+  return true;
+}
 
 // One byte of the run-length coded stream that is no count.
 bool writeLiteral(q_data_t& q, unsigned char byte) { return setq_raw(q, byte) && (byte != kRun || setq_raw(q, 0)); }
@@ -53,64 +132,51 @@ bool closeRun(q_data_t& q) {
   return setq_raw(q, kRun) && setq_raw(q, static_cast<unsigned char>(repeats + 1));
 }
 
+VoErrorCode writeFork(q_data_t& q, VoMsgBufferedReader* source, std::uint32_t length) {
+  while (length > 0) {
+    if (!source || !ReaderWindow::fill(*source)) return kVoReadFailed;
+    const std::string_view window = ReaderWindow::buffered(*source).substr(0, length);
+    if (!setqbuf(q, window.data(), window.size())) return kVoWriteFailed;
+    length -= static_cast<std::uint32_t>(window.size());
+    ReaderWindow::consume(*source, window.size());
+  }
+  return writeCRC(q) ? kVoSuccess : kVoWriteFailed;
+}
+
 }  // namespace
 
-void q_init(q_data_t& q, ByteSource& reader) {
-  q = {};
-  q.reader = &reader;
+bool vomsg::detail::isBinHexCharacter(int c) {
+  return c >= 0 && c < 256 && kValues[static_cast<std::size_t>(c)] != kForeign;
 }
 
-void q_init(q_data_t& q, VoMsgBufferedWriter& writer) {
+void q_init(q_data_t& q, VoMsgBufferedReader* reader) {
+  q = {};
+  q.reader = reader;
+}
+
+void q_init(q_data_t& q, VoMsgBufferedWriter* writer) {
   q = {};
   q.previous = -1;
-  q.writer = &writer;
+  q.writer = writer;
 }
-
-bool isBinHexCharacter(int c) { return c >= 0 && c < 256 && kValues[static_cast<std::size_t>(c)] != kForeign; }
 
 std::uint32_t comp_q_crc(std::uint32_t crc, unsigned char byte) {
   return (crc << 8 & 0xFF00) ^ kCrcs[(crc >> 8 & 0xFF) ^ byte];
 }
 
 bool get6bits(q_data_t& q, unsigned& bits) {
-  int value;
-  do {
-    const int c = q.reader->next();
-    value = c < 0 ? kForeign : kValues[static_cast<std::size_t>(c)];
-  } while (value == kBetween);
-  bits = static_cast<unsigned>(value);
-  return value >= 0;
+  Characters characters(q);
+  return takeBits(q, characters, bits);
 }
 
 bool getq_raw(q_data_t& q, unsigned char& byte) {
-  while (q.groupBits < 8) {
-    unsigned bits;
-    if (!get6bits(q, bits)) return false;
-    q.group = q.group << 6 | bits;
-    q.groupBits += 6;
-  }
-  q.groupBits -= 8;
-  byte = static_cast<unsigned char>(q.group >> q.groupBits);
-  return true;
+  Characters characters(q);
+  return takeRaw(q, characters, byte);
 }
 
 bool getq_nocrc(q_data_t& q, unsigned char& byte) {
-  while (q.run == 0) {
-    if (!getq_raw(q, byte)) return false;
-    if (byte == kRun) {
-      unsigned char count;
-      if (!getq_raw(q, count)) return false;
-      if (count > 0) {
-        q.run = count - 1u;
-        continue;  // a count of 1 repeats nothing
-      }
-    }
-    q.previous = byte;
-    return true;
-  }
-  --q.run;
-  byte = static_cast<unsigned char>(q.previous);
-  return true;
+  Characters characters(q);
+  return takeByte(q, characters, byte);
 }
 
 bool getq(q_data_t& q, unsigned char& byte) {
@@ -134,9 +200,11 @@ bool get4q(q_data_t& q, std::uint32_t& value) {
 }
 
 bool getqbuf(q_data_t& q, char* bytes, std::size_t n) {
+  Characters characters(q);
   for (; n > 0; --n, ++bytes) {
     unsigned char byte;
-    if (!getq(q, byte)) return false;
+    if (!takeByte(q, characters, byte)) return false;
+    q.crc = comp_q_crc(q.crc, byte);
     *bytes = static_cast<char>(byte);
   }
   return true;
@@ -149,21 +217,20 @@ bool verify_crc(q_data_t& q) {
 }
 
 bool do_q_header(q_data_t& q, macheader_t& header) {
-  unsigned char length, version;
-  if (!getq(q, length)) return false;
-  header.name.resize(length);
-  return getqbuf(q, header.name.data(), length) && getq(q, version) && get4q(q, header.type) &&
-         get4q(q, header.creator) && get2q(q, header.flags) && get4q(q, header.dataLength) &&
+  unsigned char version;
+  header = {};
+  return getq(q, header.nameLength) && getqbuf(q, header.name, header.nameLength) && getq(q, version) &&
+         get4q(q, header.type) && get4q(q, header.creator) && get2q(q, header.flags) && get4q(q, header.dataLength) &&
          get4q(q, header.resourceLength) && verify_crc(q);
 }
 
 bool set6bits(q_data_t& q, unsigned bits) {
   if (q.column >= kLineCharacters) {
-    if (!writeOut(q, "\r\n", 2)) return false;
+    if (!writeOut(q, "\r\n")) return false;
     q.column = 0;
   }
   ++q.column;
-  return writeOut(q, &kAlphabet[bits & 63], 1);
+  return writeOut(q, kAlphabet.substr(bits & 63, 1));
 }
 
 bool setq_raw(q_data_t& q, unsigned char byte) {
@@ -221,4 +288,25 @@ bool setq_flush(q_data_t& q) {
   return set6bits(q, q.group << (6 - std::exchange(q.groupBits, 0u)));
 }
 
-}  // namespace vomsg::detail
+bool writeBinHexHeader(q_data_t& q) {
+  q.column = 1;  // the colon counts
+  return writeOut(q, kBinHexMarker) && writeOut(q, "\r\n:");
+}
+
+bool writeMacHeader(q_data_t& q, const macheader_t& header) {
+  return setq(q, header.nameLength) && setqbuf(q, header.name, header.nameLength) && setq(q, 0) &&
+         set4q(q, header.type) && set4q(q, header.creator) && set2q(q, header.flags) && set4q(q, header.dataLength) &&
+         set4q(q, header.resourceLength) && writeCRC(q);
+}
+
+VoErrorCode writeDataFork(q_data_t& q, VoMsgBufferedReader* data, const macheader_t& header) {
+  return writeFork(q, data, header.dataLength);
+}
+
+VoErrorCode writeResourceFork(q_data_t& q, VoMsgBufferedReader* fork, const macheader_t& header) {
+  return writeFork(q, fork, header.resourceLength);
+}
+
+bool writeBinHexFooter(q_data_t& q) {
+  return setq_flush(q) && (q.column < kLineCharacters || writeOut(q, "\r\n")) && writeOut(q, ":\r\n");
+}

@@ -39,14 +39,6 @@ class ByteSource {
     return static_cast<unsigned char>(mWindow[mAt++]);
   }
 
-  // How many bytes can still come.
-  std::uint64_t left() {
-    ReaderWindow::consume(mReader, mAt);
-    mWindow.remove_prefix(std::exchange(mAt, 0));
-    const std::uint64_t most = mLimit + std::min<std::uint64_t>(mWindow.size(), UINT64_MAX - mLimit);
-    return mReader.getSize() == 0xFFFFFFFFu ? most : std::min(most, bytesLeft(mReader));
-  }
-
  private:
   bool refill() {
     ReaderWindow::consume(mReader, std::exchange(mAt, 0));

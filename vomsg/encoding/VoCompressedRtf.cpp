@@ -68,14 +68,7 @@ class Output {
   std::size_t mUsed = 0;
 };
 
-}  // namespace
-
-LZFu::LZFu() : position(kPrefix.size()) {
-  std::memset(dictionary, ' ', sizeof dictionary);
-  kPrefix.copy(reinterpret_cast<char*>(dictionary), kPrefix.size());
-}
-
-bool _decodeLZFu(LZFu* state, VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length) {
+bool expand(LZFu* state, VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length) {
   if (length < 1) return state->flags < 0 || target->flush();
   Input in(*source, static_cast<std::uint64_t>(length));
   Output out(*state, *target);
@@ -102,14 +95,26 @@ bool _decodeLZFu(LZFu* state, VoMsgBufferedWriter* target, VoMsgBufferedReader* 
   return out.emit() && target->flush();
 }
 
+}  // namespace
+
 }  // namespace vomsg::detail
+
+LZFu::LZFu() : position(vomsg::detail::kPrefix.size()) {
+  std::memset(dictionary, ' ', sizeof dictionary);
+  vomsg::detail::kPrefix.copy(reinterpret_cast<char*>(dictionary), vomsg::detail::kPrefix.size());
+}
+
+bool _decodeLZFu(LZFu* state, VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length) {
+  return state && target && source &&
+         vomsg::detail::guardedOr(false, [&] { return vomsg::detail::expand(state, target, source, length); });
+}
 
 VoErrorCode voDecodeLZFu(VoMsgResourceLocator* target, VoMsgBufferedReader* source, long length) {
   if (!target || !source) return kVoBadArgument;
   return vomsg::detail::guarded([&] {
     const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
     if (!writer) return kVoWriteFailed;
-    const auto state = std::make_unique<vomsg::detail::LZFu>();
-    return vomsg::detail::_decodeLZFu(state.get(), writer.get(), source, length) ? kVoSuccess : kVoWriteFailed;
+    const auto state = std::make_unique<LZFu>();
+    return vomsg::detail::expand(state.get(), writer.get(), source, length) ? kVoSuccess : kVoWriteFailed;
   });
 }

@@ -21,17 +21,17 @@ class VoMsgResourceLocator;
 // there and 4096 more. kVoWriteFailed: no writer, or a write failed; kVoNoMemory; kVoBadArgument: null.
 VOMSG_API VoErrorCode voDecodeLZFu(VoMsgResourceLocator* target, VoMsgBufferedReader* source, long length);
 
-namespace vomsg::detail {
-
-struct LZFu {
+// Where the expansion of one text stands, so that its compressed bytes can come in pieces. A new one is at the start.
+struct VOMSG_API LZFu {
   LZFu();
   unsigned char dictionary[4096];
-  std::uint32_t position;  // where the next byte goes, modulo 4096
-  std::uint8_t control = 0;
-  std::int32_t flags = -1;  // of `control` that are unused; -1: none was read yet
+  std::uint32_t position;    // where the next byte goes, modulo 4096
+  std::uint8_t control = 0;  // its lowest bit belongs to the next item
+  std::int32_t flags = -1;   // of `control` that are unused; -1: none was read yet
 };
 
-// Expands `length` bytes and flushes; `state` carries over to a next call. False when a write fails.
-bool _decodeLZFu(LZFu* state, VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length);
-
-}  // namespace vomsg::detail
+// Expands the next `length` compressed bytes of `source`, writes what they yield to `target` and flushes it; a next
+// call with the same `state` goes on where this one stopped. A piece may end between any two items; a reference of
+// which only the first byte belongs to the piece stays unread, and the next piece begins with that byte. Bytes that
+// `source` lacks read as with voDecodeLZFu(). False when a write fails, or for null.
+VOMSG_API bool _decodeLZFu(LZFu* state, VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length);

@@ -31,7 +31,7 @@ constexpr int kEndOfInput = 0xFF;
 constexpr std::array<bool, 256> kEscaped = [] {
   std::array<bool, 256> table{};
   for (std::size_t c = 0; c < table.size(); ++c) table[c] = c <= 0x20 || c >= 0x80;
-  for (const char c : std::string_view("*'%()<>@,;:\"/[]?=")) table[static_cast<unsigned char>(c)] = true;
+  for (const char c : std::string_view("*'%()<>@,;:\\\"/[]?=")) table[static_cast<unsigned char>(c)] = true;
   return table;
 }();
 

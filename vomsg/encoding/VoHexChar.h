@@ -1,5 +1,6 @@
 // Percent-hex ("%XX"), the escape of RFC 2231 parameter values. The byte 0xFF ends the input like the end of the data.
-// Only ASCII survives encoding: every byte 0x80 to 0xFE comes out as "%FF".
+// Encoding escapes controls, the blank and * ' % ( ) < > @ , ; : \ " / [ ] ? =, which are all that a token may not hold
+// or that the escape itself needs. Only ASCII survives it: every byte 0x80 to 0xFE comes out as "%FF".
 #pragma once
 
 #include "vomsg/foundation/VoErrorCode.h"

@@ -142,19 +142,18 @@ bool isUUEncodeData(std::string_view line) {
 
 bool isUUEncodeZeroLine(std::string_view line) { return isUUEncodeData(line) && valueOf(line[0]) == 0; }
 
-bool _decodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length, char** name) {
-  CString found;
-  const bool written = decodeBlock(*target, *source, length > 0 ? static_cast<std::uint64_t>(length) : 0, found);
-  if (name) *name = found.release();
-  return written && target->flush();
+namespace {
+
+bool decodeBlockAndFlush(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, long length, CString& name) {
+  return decodeBlock(target, source, length > 0 ? static_cast<std::uint64_t>(length) : 0, name) && target.flush();
 }
 
-bool _encodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, const char* name) {
+bool encodeBlock(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, const char* name) {
   const std::string_view given = name ? name : "unknown";
   const std::string begin = "begin 666 " + std::string(given.substr(0, given.find_first_of("\r\n"))) + "\r\n";
-  if (!WriterAccess::writeThrough(*target, begin.data(), begin.size())) return false;
-  WriterAccess::expect(*target, begin.size() + (bytesLeft(*source) / kLineBytes + 1) * 63 + 8);
-  const bool written = forEachStretch<kLineBytes>(*source, [&](const unsigned char* in, std::size_t n) {
+  if (!WriterAccess::writeThrough(target, begin.data(), begin.size())) return false;
+  WriterAccess::expect(target, begin.size() + (bytesLeft(source) / kLineBytes + 1) * 63 + 8);
+  const bool written = forEachStretch<kLineBytes>(source, [&](const unsigned char* in, std::size_t n) {
     std::array<char, 63> line;
     char* out = line.data();
     *out++ = characterFor(static_cast<unsigned>(n));
@@ -169,17 +168,19 @@ bool _encodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, c
     }
     *out++ = '\r';
     *out++ = '\n';
-    return target->write(line.data(), static_cast<unsigned>(out - line.data()));
+    return target.write(line.data(), static_cast<unsigned>(out - line.data()));
   });
   constexpr std::string_view kEnd = "`\r\nend\r\n";
-  return written && target->write(kEnd.data(), kEnd.size()) && target->flush();
+  return written && target.write(kEnd.data(), kEnd.size()) && target.flush();
 }
+
+}  // namespace
 
 VoErrorCode encodeUUEncode(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name) {
   const std::unique_ptr<VoMsgBufferedReader> reader(source.getInputStream(VoMsgResourceLocator::dataPart));
   if (!reader) return kVoReadFailed;
   if (!name) name = source.getResourceName(nullptr);
-  return _encodeUUEncode(&target, reader.get(), *name ? name : "noname") ? kVoSuccess : kVoWriteFailed;
+  return encodeBlock(target, *reader, *name ? name : "noname") ? kVoSuccess : kVoWriteFailed;
 }
 
 }  // namespace vomsg::detail
@@ -196,15 +197,28 @@ bool voGetUUEncodeFileName(const char* line, char** name, long* mode) {
 
 bool voIsValidUUEncodeString(const char* line) { return line && vomsg::detail::isUUEncodeData(line); }
 
+bool _decodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length, char** name) {
+  if (name) *name = nullptr;
+  return target && source && vomsg::detail::guardedOr(false, [&] {
+           vomsg::detail::CString found;
+           const bool written = vomsg::detail::decodeBlockAndFlush(*target, *source, length, found);
+           if (name) *name = found.release();
+           return written;
+         });
+}
+
+bool _encodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, const char* name) {
+  return target && source &&
+         vomsg::detail::guardedOr(false, [&] { return vomsg::detail::encodeBlock(*target, *source, name); });
+}
+
 VoErrorCode voDecodeUUEncode(VoMsgResourceLocator* target, VoMsgBufferedReader* source, long length) {
   if (!target || !source) return kVoBadArgument;
   return vomsg::detail::guarded([&] {
     const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
     if (!writer) return kVoWriteFailed;
-    char* found = nullptr;
-    const bool written = vomsg::detail::_decodeUUEncode(writer.get(), source, length, &found);
-    const vomsg::detail::CString name(found);
-    if (!written) return kVoWriteFailed;
+    vomsg::detail::CString name;
+    if (!vomsg::detail::decodeBlockAndFlush(*writer, *source, length, name)) return kVoWriteFailed;
     target->setResourceName(name ? name.get() : "noname", "us-ascii");
     return kVoSuccess;
   });

@@ -38,12 +38,13 @@ VOMSG_API VoErrorCode voDecodeUUEncode(VoMsgResourceLocator* target, VoMsgBuffer
 // kVoReadFailed: no reader; kVoWriteFailed: a write failed; kVoBadArgument: null.
 VOMSG_API VoErrorCode voEncodeUUEncode(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source);
 
+// The same two from stream to stream; both flush `target`. `*name`, unless `name` is null, becomes a copy of the name
+// in the "begin" line, for free(), or null when there was none. A null `name` is written as "unknown"; one that is
+// written ends at its first line end. False when a write fails, or for a null stream.
+VOMSG_API bool _decodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length, char** name);
+VOMSG_API bool _encodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, const char* name);
+
 namespace vomsg::detail {
-// The workers behind the two; both flush. `name` receives a copy of the name, for free(), or null without a "begin"
-// line; a null `name` is written as "unknown". A name that is written ends at its first line end. False when a write
-// fails.
-bool _decodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length, char** name);
-bool _encodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, const char* name);
 // voEncodeUUEncode() under another name than the resource's; null leaves that.
 VoErrorCode encodeUUEncode(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name);
 

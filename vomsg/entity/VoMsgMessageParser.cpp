@@ -8,19 +8,21 @@
 #include <memory>
 #include <string_view>
 
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgEntityInside.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMailMessage.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgNestedContent.h"
-#include "vomsg/entity/VoMsgRangeResource.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
-#include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgOptions.h"
+#include "vomsg/foundation/VoMsgRangeResource.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
@@ -63,10 +65,18 @@ MessageParser::MessageParser(VoMsgRfc822Entity& root, const MessagePlace& place,
       // The tree's root is not counted, so its parts are on its own level.
       mPartLevel(mRootLevel + (root.getParentEntity() ? 1 : 0)) {
   const auto* const part = dynamic_cast<VoMsgRfc822Entity*>(root.getParentEntity());
-  if (part && part->mHeader.getObject()) mRootCharset = inheritedCharset(viewOf(part->getCharset()));
+  if (part && Inside::header(*part).getObject()) mRootCharset = inheritedCharset(viewOf(part->getCharset()));
 }
 
 VoErrorCode MessageParser::parse() {
+  VoErrorCode code = guarded([&] { return read(); });
+  // Whatever step went on without what was refused: its answer is not to be trusted.
+  if (!voFailed(code) && mShortage.seen()) code = mShortage.code();
+  if (voFailed(code)) giveUp();
+  return code;
+}
+
+VoErrorCode MessageParser::read() {
   VoErrorCode code = _parseEntity(mRoot);
   while (!voFailed(code)) {
     const BodyEnd end = findBodyEnd(mReader, mBoundaries);
@@ -76,11 +86,10 @@ VoErrorCode MessageParser::parse() {
     const std::uint64_t bodyEnd = end.lineOffset - (noEpilogue ? mOpen.back().closeTerminator : end.terminatorBefore);
     code = _parseSingleBody(bodyEnd);
     if (voFailed(code)) break;
-    if (end.match.type == kVoBoundaryNone) {
-      closeAll(end.lineOffset);
-      return kVoSuccess;
-    }
-    while (mOpen.size() > end.match.depth + 1) closeInnermost(bodyEnd);
+    if (end.match.type == kVoBoundaryNone) return closeAll(end.lineOffset);
+    while (!voFailed(code) && mOpen.size() > end.match.depth + 1) code = closeInnermost(bodyEnd);
+    if (!voFailed(code) && mShortage.seen()) code = mShortage.code();
+    if (voFailed(code)) break;
     if (end.match.type == kVoBoundaryClose) {
       mBoundaries.pop();
       mOpen.back().inEpilogue = true;
@@ -91,36 +100,49 @@ VoErrorCode MessageParser::parse() {
     auto child = std::make_unique<VoMsgMimeEntity>();
     VoMsgMimeEntity& entity = *child;
     TreeAccess::append(mOpen.back().entity, child.release());
-    entity.mInPlace = true;
+    layoutOf(entity).inPlace = true;
     code = _parseEntity(entity);
   }
+  return code;
+}
+
+void MessageParser::giveUp() {
   // What was not read belongs to whatever was open, so that nothing of the source is lost when it is written.
   const std::uint64_t size = mReader.getSize();
-  if (mLeaf) mLeaf->mBodySize = static_cast<std::uint32_t>(size - mLeaf->mBodyOffset);
+  if (mUnread == &mRoot) {
+    mSurvey.offset = mSurvey.size = 0;
+    layoutOf(mRoot) = surveyedLayout(layoutOf(mRoot), mRoot.getParentEntity() != nullptr);
+    mLeaf = &mRoot;
+  } else if (mUnread) {
+    VoMsgEntity* const parent = mUnread->getParentEntity();
+    TreeAccess::removeAt(parent, parent->countChildEntity() - 1);
+  }
+  if (mLeaf) layoutOf(*mLeaf).endBodyAt(size);
+  // No epilogue is looked through any more.
   for (OpenMultipart& open : mOpen) open.inEpilogue = false;
   closeAll(size);
   // A message that was not understood is not corrected either: unedited, it comes out as it came in.
   VoMsgEntityIterator walk(&mRoot);
   for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
-    if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity)) mime->mIsMarked = mime->mSubtreeMarked = false;
-  return code;
+    if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity))
+      layoutOf(*mime).isMarked = layoutOf(*mime).subtreeMarked = false;
 }
 
 // Reads the header block of `entity` and decides what its body is: parts to come, or a leaf.
 VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
+  mUnread = &entity;
   const bool isChild = entity.getParentEntity() != nullptr;
   surveyHeaderBlock(mSurvey, mReader, isChild, mBoundaries.empty() ? nullptr : &mBoundaries);
-  entity.mMessageSource = mSource;
-  entity.mIsChildHeader = isChild;
-  if (!mOpen.empty()) entity.mBelowSigned = mOpen.back().belowSigned;
-  takeHeaderRange(entity);
+  Inside::source(entity) = mSource;
+  layoutOf(entity) = surveyedLayout(layoutOf(entity), isChild);
+  mUnread = nullptr;
   mLeaf = &entity;
   mPlan = {};
   bool multipart = false;
   const VoErrorCode code = _isMalformedMessage(entity, multipart);
   if (voFailed(code)) return code;
   if (mSurvey.end == HeaderEnd::boundaryLine || mSurvey.end == HeaderEnd::endOfData) {  // no body
-    entity.mIsMultipartBody = multipart;
+    layoutOf(entity).isMultipartBody = multipart;
     if (multipart) mLeaf = nullptr;
     return kVoSuccess;
   }
@@ -132,24 +154,29 @@ VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
   const StructuredParameter* boundary = nullptr;
   for (std::size_t i = 0; i < type.count; ++i)
     if (equalNoCase(type.parameters[i].name, "boundary")) boundary = &type.parameters[i];
-  OpenMultipart open{&entity, {}, entity.mBelowSigned || equalNoCase(type.value, "multipart/signed"), false, 0, 0};
+  OpenMultipart open{&entity, {}, layoutOf(entity).belowSigned || equalNoCase(type.value, "multipart/signed"),
+                     false,   0,  0};
   if (const StructuredParameter* const charset = type.find("charset")) open.charset = inheritedCharset(charset->value);
   mBoundaries.push(boundary->value);
   mOpen.push_back(std::move(open));
-  entity.mIsMultipartBody = true;
+  layoutOf(entity).isMultipartBody = true;
   mLeaf = nullptr;
   return kVoSuccess;
 }
 
-void MessageParser::takeHeaderRange(VoMsgRfc822Entity& entity) {
-  entity.mHeaderOffset = mSurvey.offset;
-  entity.mHeaderSize = mSurvey.size;
-  entity.mHasHeaderRange = true;
-  entity.mUnterminatedHeader = mSurvey.end == HeaderEnd::boundaryLine || mSurvey.end == HeaderEnd::endOfData;
-  entity.mBodyOffset = mSurvey.offset + mSurvey.size;
-  entity.mBodySize = 0;
-  entity.mHasBodyRange = true;
-  entity.mMayBePartial = mSurvey.hasContentType && startsWithNoCase(mSurvey.contentType.value, "message/");
+// What the header block says about an entity whose body is still to be read; `placed` says what is around it.
+VoMsgEntityLayout MessageParser::surveyedLayout(VoMsgEntityLayout placed, bool isChild) const {
+  placed.isChildHeader = isChild;
+  if (!mOpen.empty()) placed.belowSigned = mOpen.back().belowSigned;
+  placed.headerOffset = mSurvey.offset;
+  placed.headerSize = mSurvey.size;
+  placed.hasHeaderRange = true;
+  placed.unterminatedHeader = mSurvey.end == HeaderEnd::boundaryLine || mSurvey.end == HeaderEnd::endOfData;
+  placed.bodyOffset = mSurvey.offset + mSurvey.size;
+  placed.bodySize = 0;
+  placed.hasBodyRange = true;
+  placed.mayBePartial = mSurvey.hasContentType && startsWithNoCase(mSurvey.contentType.value, "message/");
+  return placed;
 }
 
 // Tests the block and settles what is odd about it. The fields are built at once where building them later could
@@ -158,7 +185,7 @@ VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& 
   const std::string& inherited = mOpen.empty() ? mRootCharset : mOpen.back().charset;
   const auto build = [&]() -> VoMsgEntityHeader& {
     const PositionKeeper keeper(mReader);
-    return *entity._buildHeader(inherited.empty() ? "us-ascii" : inherited.c_str());
+    return *Inside::buildHeader(entity, inherited.empty() ? "us-ascii" : inherited.c_str());
   };
   if (voFailed(mSurvey.code) || mSurvey.contentTypesDiffer) {
     build();
@@ -212,11 +239,12 @@ VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& 
 // A marked block is written anew, except where that would destroy what nobody touched: text that follows a block
 // without its empty line, and whatever a signature covers.
 void MessageParser::markForRewriting(VoMsgRfc822Entity& entity) {
-  if (entity.mUnterminatedHeader || entity.mBelowSigned) return;
-  entity.mIsMarked = true;
+  if (layoutOf(entity).unterminatedHeader || layoutOf(entity).belowSigned) return;
+  layoutOf(entity).isMarked = true;
   VoMsgEntity* up = &entity;
-  for (auto* current = &entity; current && !current->mSubtreeMarked; current = dynamic_cast<VoMsgRfc822Entity*>(up)) {
-    current->mSubtreeMarked = true;
+  for (auto* current = &entity; current && !layoutOf(*current).subtreeMarked;
+       current = dynamic_cast<VoMsgRfc822Entity*>(up)) {
+    layoutOf(*current).subtreeMarked = true;
     if (current == &mRoot) return;
     up = up->getParentEntity();
   }
@@ -289,9 +317,9 @@ bool MessageParser::_isTextMessage() const {
 VoErrorCode MessageParser::_parseSingleBody(std::uint64_t end) {
   if (!mLeaf) return kVoSuccess;
   VoMsgRfc822Entity& entity = *mLeaf;
-  entity.mBodySize = static_cast<std::uint32_t>(std::max<std::uint64_t>(end, entity.mBodyOffset) - entity.mBodyOffset);
+  layoutOf(entity).endBodyAt(end);
   mLeaf = nullptr;
-  return entity.mBodySize > 0 ? readNested(entity) : kVoSuccess;
+  return layoutOf(entity).bodySize > 0 ? readNested(entity) : kVoSuccess;
 }
 
 // At most one kind of child per leaf: a nested message, else TNEF, else attachments embedded in text.
@@ -300,6 +328,7 @@ VoErrorCode MessageParser::readNested(VoMsgRfc822Entity& entity) {
   if (mPlan.tnefByType || mPlan.tnefByName) {
     const PositionKeeper keeper(mReader);
     parseTnefChild(&entity, childPlace());
+    if (mShortage.seen()) return mShortage.code();
     if (entity.hasChildEntity() || !mPlan.tnefByType) return kVoSuccess;
     return _parseTextMessage(entity);  // named TNEF, but it is none
   }
@@ -316,18 +345,19 @@ VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
   std::unique_ptr<VoMsgResourceLocator> content;
   if (mPlan.encoding == TransferEncoding::identity) {
     VoObjectStub<VoMsgResourceLocator> whole(mSource.getObject()->sharedResource());
-    content = std::make_unique<RangeResource>(whole, entity.mBodyOffset, entity.mBodySize);
+    content = std::make_unique<RangeResource>(whole, layoutOf(entity).bodyOffset, layoutOf(entity).bodySize);
   } else {
     const PositionKeeper keeper(mReader);
-    if (!moveTo(mReader, entity.mBodyOffset)) return kVoReadFailed;
-    content.reset(VoMsgResourceManager::createTmpResource(decodedRoom(mPlan.encoding, mReader, entity.mBodySize)));
+    if (!moveTo(mReader, layoutOf(entity).bodyOffset)) return kVoReadFailed;
+    content.reset(
+        VoMsgResourceManager::createTmpResource(decodedRoom(mPlan.encoding, mReader, layoutOf(entity).bodySize)));
     if (!content) return kVoWriteFailed;
-    const VoErrorCode code = decodeTransfer(mPlan.encoding, *content, mReader, entity.mBodySize);
+    const VoErrorCode code = decodeTransfer(mPlan.encoding, *content, mReader, layoutOf(entity).bodySize);
     if (voFailed(code)) return code;
   }
   auto message = std::make_unique<VoMsgRfc822Message>(static_cast<VoMsgEntity*>(&entity));
   VoMsgRfc822Message& nested = *message;
-  nested.mBelowSigned = entity.mBelowSigned;
+  layoutOf(nested).belowSigned = layoutOf(entity).belowSigned;
   TreeAccess::append(&entity, message.release());
   const VoErrorCode code = nested.readFrom(content.release(), childPlace());
   if (voFailed(code)) TreeAccess::removeAt(&entity, 0);
@@ -340,13 +370,14 @@ VoErrorCode MessageParser::_parseTextMessage(VoMsgRfc822Entity& entity) {
   const PositionKeeper keeper(mReader);
   const VoErrorCode code = scanEmbeddedBlocks(&entity, mSource.getObject(), mPlan.encoding, childPlace());
   VO_LOG(9, mTag, "end  : _parseTextMessage");
+  if (mShortage.seen()) return kVoNoMemory;
   return (code & 0xFFFFu) == (kVoNoContent & 0xFFFFu) ? kVoSuccess : code;
 }
 
-void MessageParser::closeInnermost(std::uint64_t end) {
+VoErrorCode MessageParser::closeInnermost(std::uint64_t end) {
   OpenMultipart& open = mOpen.back();
   VoMsgRfc822Entity& entity = *open.entity;
-  entity.mBodySize = static_cast<std::uint32_t>(std::max<std::uint64_t>(end, entity.mBodyOffset) - entity.mBodyOffset);
+  layoutOf(entity).endBodyAt(end);
   if (!open.inEpilogue) {
     mBoundaries.pop();
   } else if (end > open.epilogueOffset) {
@@ -355,10 +386,13 @@ void MessageParser::closeInnermost(std::uint64_t end) {
                  static_cast<std::uint32_t>(end - open.epilogueOffset), childPlace());
   }
   mOpen.pop_back();
+  return mShortage.seen() ? kVoNoMemory : kVoSuccess;
 }
 
-void MessageParser::closeAll(std::uint64_t end) {
-  while (!mOpen.empty()) closeInnermost(end);
+VoErrorCode MessageParser::closeAll(std::uint64_t end) {
+  VoErrorCode code = kVoSuccess;
+  while (!mOpen.empty()) code = closeInnermost(end);
+  return code;
 }
 
 }  // namespace vomsg::detail

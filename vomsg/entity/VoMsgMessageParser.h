@@ -12,6 +12,7 @@
 #include "vomsg/entity/VoMsgNestedContent.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 #include "vomsg/foundation/VoMsgBoundaryTable.h"
+#include "vomsg/foundation/VoMsgShortage.h"
 #include "vomsg/header/VoMsgHeaderSurvey.h"
 
 namespace vomsg::detail {
@@ -25,7 +26,9 @@ class MessageParser {
   MessageParser(VoMsgRfc822Entity& root, const MessagePlace& place, const VoObjectStub<MessageSource>& source,
                 VoMsgBufferedReader& reader);
 
-  // A failure leaves the tree read so far; together its entities still cover the whole source.
+  // A failure leaves the tree read so far; together its entities still cover the whole source. What cannot be looked
+  // into because memory, room or a descriptor was refused ends the parse: kVoNoMemory for texts, elsewhere the code of
+  // what was refused. What cannot because it is broken does not.
   VoErrorCode parse();
 
  private:
@@ -49,9 +52,11 @@ class MessageParser {
     TransferEncoding encoding;
   };
 
+  VoErrorCode read();
+  void giveUp();
   VoErrorCode _parseEntity(VoMsgRfc822Entity& entity);
   VoErrorCode _isMalformedMessage(VoMsgRfc822Entity& entity, bool& multipart);
-  void takeHeaderRange(VoMsgRfc822Entity& entity);
+  VoMsgEntityLayout surveyedLayout(VoMsgEntityLayout placed, bool isChild) const;
   void markForRewriting(VoMsgRfc822Entity& entity);
   LeafPlan planLeaf(VoMsgRfc822Entity& entity);
   std::string_view declaredType() const;
@@ -66,9 +71,10 @@ class MessageParser {
   VoErrorCode _parseTextMessage(VoMsgRfc822Entity& entity);
   // Of a message in a part.
   MessagePlace childPlace() const { return {mTag, static_cast<unsigned>(mPartLevel), mSource.getObject()->options()}; }
-  void closeInnermost(std::uint64_t end);
-  void closeAll(std::uint64_t end);
+  VoErrorCode closeInnermost(std::uint64_t end);
+  VoErrorCode closeAll(std::uint64_t end);
 
+  ShortageWatch mShortage;
   VoMsgRfc822Entity& mRoot;
   const VoObjectStub<MessageSource>& mSource;
   VoMsgBufferedReader& mReader;
@@ -79,7 +85,8 @@ class MessageParser {
   BoundaryTable mBoundaries;
   std::vector<OpenMultipart> mOpen;
   HeaderSurvey mSurvey;
-  VoMsgRfc822Entity* mLeaf = nullptr;  // the leaf whose body is being read
+  VoMsgRfc822Entity* mUnread = nullptr;  // the entity whose header block is being read
+  VoMsgRfc822Entity* mLeaf = nullptr;    // the leaf whose body is being read
   LeafPlan mPlan{};
 };
 

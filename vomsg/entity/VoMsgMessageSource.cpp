@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "vomsg/entity/VoMsgRangeResource.h"
 #include "vomsg/foundation/VoMsgFileResource.h"
+#include "vomsg/foundation/VoMsgRangeResource.h"
 
 namespace vomsg::detail {
 

@@ -8,11 +8,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgEntityInside.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgNestedContent.h"
 #include "vomsg/entity/VoMsgSingleBody.h"
-#include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
@@ -35,7 +36,7 @@ bool isBehindParts(const VoMsgEntity& entity) { return entity.getEntityTypeID() 
 
 VoErrorCode MessageWriter::write(VoMsgRfc822Entity& root) {
   findChanges(root);
-  VoErrorCode code = begin(root, root.mHasHeaderRange && !root.mInPlace);
+  VoErrorCode code = begin(root, layoutOf(root).hasHeaderRange && !layoutOf(root).inPlace);
   while (!voFailed(code) && !mOpen.empty()) {
     OpenMultipart& open = mOpen.back();
     if (open.current) {
@@ -68,11 +69,11 @@ void MessageWriter::findChanges(VoMsgRfc822Entity& root) {
   VoMsgEntityIterator walk(&root);
   for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) {
     const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity);
-    if ((mime && !mime->mHasHeaderRange) || entity->_isModified()) {
+    if ((mime && !layoutOf(*mime).hasHeaderRange) || entity->_isModified()) {
       for (VoMsgEntity* up = entity; mEdited.insert(up).second && up != &root; up = up->getParentEntity())
         mAnew.insert(up);
       mAnew.insert(&root);
-    } else if (mime && mime->mIsMarked) {
+    } else if (mime && layoutOf(*mime).isMarked) {
       for (VoMsgEntity* up = entity; mAnew.insert(up).second && up != &root; up = up->getParentEntity())
         if (up->getEntityTypeID() & kVoEntityIsMessage) break;
     }
@@ -80,20 +81,20 @@ void MessageWriter::findChanges(VoMsgRfc822Entity& root) {
 }
 
 VoErrorCode MessageWriter::begin(VoMsgRfc822Entity& entity, bool wholeSource) {
-  if (entity.mMessageSource.getObject() && !readerOf(entity)) return kVoReadFailed;
+  if (Inside::source(entity).getObject() && !readerOf(entity)) return kVoReadFailed;
   VoMsgBufferedReader* const reader = readerOf(entity);
-  const std::uint64_t end = !entity.mHasBodyRange   ? 0
-                            : wholeSource && reader ? reader->getSize()
-                                                    : std::uint64_t{entity.mBodyOffset} + entity.mBodySize;
-  if (isUnchanged(entity)) return copySource(entity, entity.mHeaderOffset, end);
+  const std::uint64_t end = !layoutOf(entity).hasBodyRange ? 0
+                            : wholeSource && reader        ? reader->getSize()
+                                                           : layoutOf(entity).bodyEnd();
+  if (isUnchanged(entity)) return copySource(entity, layoutOf(entity).headerOffset, end);
   const VoErrorCode code = writeHeader(entity);
   if (voFailed(code)) return code;
-  if (!entity.mIsMultipartBody) return writeLeaf(entity, end);
+  if (!layoutOf(entity).isMultipartBody) return writeLeaf(entity, end);
   return openMultipart(entity, end);
 }
 
 VoErrorCode MessageWriter::writeHeader(VoMsgRfc822Entity& entity) {
-  const VoMsgEntity* const child = entity.mIsMultipartBody ? nullptr : entity.getChildEntity();
+  const VoMsgEntity* const child = layoutOf(entity).isMultipartBody ? nullptr : entity.getChildEntity();
   if (child && child->getEntityTypeID() == kVoEntityTnefMessage && mEdited.contains(child) &&
       encodingForChild(entity, *child) != transferEncodingOf(entity.getEncoding())) {
     const std::unique_ptr<VoMsgEntityHeader> header(entity.getEntityHeader()->newCopy());
@@ -106,26 +107,27 @@ VoErrorCode MessageWriter::writeHeader(VoMsgRfc822Entity& entity) {
     mLineIsEnded = true;
     return header->writeNewHeaderPart(&mOut);
   }
-  const VoMsgEntityHeader* const header = entity.mHeader.getObject();
-  if ((header && header->isEdited()) || entity.mIsMarked || !entity.mHasHeaderRange) {
+  const VoMsgEntityHeader* const header = Inside::header(entity).getObject();
+  if ((header && header->isEdited()) || layoutOf(entity).isMarked || !layoutOf(entity).hasHeaderRange) {
     mLineIsEnded = true;
     return entity.getEntityHeader()->writeNewHeaderPart(&mOut);
   }
-  const VoErrorCode code =
-      copySource(entity, entity.mHeaderOffset, std::uint64_t{entity.mHeaderOffset} + entity.mHeaderSize);
-  const bool getsBody = entity.mBody.getObject() && entity.mBody.getObject()->isNewBody();
-  if (voFailed(code) || !entity.mUnterminatedHeader || !(getsBody || entity.mChildrenChanged)) return code;
+  const VoErrorCode code = copySource(entity, layoutOf(entity).headerOffset, layoutOf(entity).headerEnd());
+  const bool getsBody = Inside::body(entity).getObject() && Inside::body(entity).getObject()->isNewBody();
+  if (voFailed(code) || !layoutOf(entity).unterminatedHeader || !(getsBody || layoutOf(entity).childrenChanged))
+    return code;
   // A new body needs the empty line that the block never had.
-  const std::uint64_t blockEnd = std::uint64_t{entity.mHeaderOffset} + entity.mHeaderSize;
-  const std::string last = entity.mHeaderSize ? sourceBytes(entity, blockEnd - 1, blockEnd) : std::string();
+  const std::uint64_t blockEnd = layoutOf(entity).headerEnd();
+  const std::string last = layoutOf(entity).headerSize ? sourceBytes(entity, blockEnd - 1, blockEnd) : std::string();
   const VoErrorCode ended = last.empty() || isLineEnd(last[0]) ? kVoSuccess : put(lineEndOf(entity));
   return voFailed(ended) ? ended : put(lineEndOf(entity));
 }
 
 VoErrorCode MessageWriter::writeLeaf(VoMsgRfc822Entity& entity, std::uint64_t end) {
-  const VoMsgEntityBody* const body = entity.mBody.getObject();
+  const VoMsgEntityBody* const body = Inside::body(entity).getObject();
   // A part made around a message has no bytes but the message's.
-  if (VoMsgEntity* const child = entity.getChildEntity(); child && (mEdited.contains(child) || !entity.mHasBodyRange))
+  if (VoMsgEntity* const child = entity.getChildEntity();
+      child && (mEdited.contains(child) || !layoutOf(entity).hasBodyRange))
     return writeChild(entity, *child);
   if (body && body->isNewBody()) {
     const VoMsgResourceLocator* const content = static_cast<const VoMsgSingleBody*>(body)->getNewContent();
@@ -139,7 +141,7 @@ VoErrorCode MessageWriter::writeLeaf(VoMsgRfc822Entity& entity, std::uint64_t en
     mLineIsEnded = false;  // a line end at the end of the content is content
     return code;
   }
-  return entity.mHasBodyRange ? copySource(entity, entity.mBodyOffset, end) : kVoSuccess;
+  return layoutOf(entity).hasBodyRange ? copySource(entity, layoutOf(entity).bodyOffset, end) : kVoSuccess;
 }
 
 // TNEF is binary, so a part that declares no encoding, or 7bit, gets base64.
@@ -156,7 +158,7 @@ VoErrorCode MessageWriter::writeChild(VoMsgRfc822Entity& entity, VoMsgEntity& ch
   const TransferEncoding encoding = encodingForChild(entity, child);
   mLineIsEnded = false;
   if (encoding == TransferEncoding::identity) return child._writeToResource(&mOut);
-  const std::unique_ptr<VoMsgResourceLocator> content = temporaryResource(entity.mBodySize);
+  const std::unique_ptr<VoMsgResourceLocator> content = temporaryResource(layoutOf(entity).bodySize);
   if (!content) return kVoNoMemory;
   {
     const std::unique_ptr<VoMsgBufferedWriter> writer(content->getOutputStream(VoMsgResourceLocator::dataPart));
@@ -178,9 +180,9 @@ VoErrorCode MessageWriter::openMultipart(VoMsgRfc822Entity& entity, std::uint64_
   OpenMultipart open{};
   open.entity = &entity;
   open.next = entity.getChildEntity();
-  const VoMsgEntityBody* const body = entity.mBody.getObject();
-  open.isNew = !entity.mHasBodyRange || (body && body->isNewBody());
-  open.position = entity.mBodyOffset;
+  const VoMsgEntityBody* const body = Inside::body(entity).getObject();
+  open.isNew = !layoutOf(entity).hasBodyRange || (body && body->isNewBody());
+  open.position = layoutOf(entity).bodyOffset;
   open.end = end;
   open.lineEnd = lineEndOf(entity);
   open.boundary = viewOf(entity.getBoundary());
@@ -192,7 +194,7 @@ VoErrorCode MessageWriter::openMultipart(VoMsgRfc822Entity& entity, std::uint64_
     std::sort(open.removed.begin(), open.removed.end(), [](const auto& a, const auto& b) { return a.begin < b.begin; });
   }
   for (const VoMsgEntity* child = open.next; child && !open.firstInPlace; child = child->getNextSiblingEntity())
-    if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(child); part && part->mInPlace)
+    if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(child); part && layoutOf(*part).inPlace)
       open.firstInPlace = part;
   VoErrorCode code = kVoSuccess;
   if (open.isNew) {
@@ -206,13 +208,13 @@ VoErrorCode MessageWriter::openMultipart(VoMsgRfc822Entity& entity, std::uint64_
 }
 
 VoErrorCode MessageWriter::beforeChild(OpenMultipart& open, VoMsgRfc822Entity& child) {
-  if (!open.isNew && child.mInPlace) return copyGap(open, child.mHeaderOffset);
+  if (!open.isNew && layoutOf(child).inPlace) return copyGap(open, layoutOf(child).headerOffset);
   std::string delimiter = "--" + open.boundary;
   delimiter += open.lineEnd;
   if (open.isNew) return put(delimiter);
   if (open.seenInPlace) return put(std::string(open.lineEnd) + delimiter);
   // A part added before the first one stands behind the delimiter line that is there.
-  if (open.firstInPlace) return copyGap(open, open.firstInPlace->mHeaderOffset);
+  if (open.firstInPlace) return copyGap(open, layoutOf(*open.firstInPlace).headerOffset);
   const VoErrorCode code = gotoInsertionPoint(open);
   return voFailed(code) ? code : put(delimiter);
 }
@@ -221,9 +223,9 @@ VoErrorCode MessageWriter::afterChild(OpenMultipart& open) {
   VoMsgRfc822Entity& child = *open.current;
   open.current = nullptr;
   if (open.isNew) return put(open.lineEnd);
-  if (child.mInPlace) {
+  if (layoutOf(child).inPlace) {
     open.seenInPlace = true;
-    open.position = std::uint64_t{child.mBodyOffset} + child.mBodySize;
+    open.position = layoutOf(child).bodyEnd();
   }
   if (open.seenInPlace) return kVoSuccess;  // what follows brings its line end
   if (!open.next && open.position >= open.end && open.close.empty()) return kVoSuccess;  // as does what is around
@@ -257,7 +259,7 @@ VoErrorCode MessageWriter::afterLastChild(OpenMultipart& open) {
 // Where parts go when none of the source is left: where the removed ones were, before the close delimiter, or at the
 // end of a body that has no delimiter at all.
 VoErrorCode MessageWriter::gotoInsertionPoint(OpenMultipart& open) {
-  if (open.position != open.entity->mBodyOffset || !open.close.empty()) return kVoSuccess;  // there already
+  if (open.position != layoutOf(*open.entity).bodyOffset || !open.close.empty()) return kVoSuccess;  // there already
   VoMsgBufferedReader* const reader = readerOf(*open.entity);
   if (!reader) return kVoReadFailed;
   const auto removed = std::find_if(open.removed.rbegin(), open.removed.rend(), [](const auto& r) { return r.isPart; });
@@ -273,7 +275,7 @@ VoErrorCode MessageWriter::gotoInsertionPoint(OpenMultipart& open) {
   open.close = "--" + open.boundary + "--";
   open.close += open.lineEnd;
   const VoErrorCode code = copyGap(open, open.end);
-  if (voFailed(code) || open.end == open.entity->mBodyOffset) return code;
+  if (voFailed(code) || open.end == layoutOf(*open.entity).bodyOffset) return code;
   const std::string last = sourceBytes(*open.entity, open.end - 1, open.end);
   return !last.empty() && isLineEnd(last[0]) ? kVoSuccess : put(open.lineEnd);
 }
@@ -369,7 +371,7 @@ std::uint64_t MessageWriter::behindLineEnd(OpenMultipart& open, std::uint64_t of
 // ---- streams
 
 VoMsgBufferedReader* MessageWriter::readerOf(const VoMsgRfc822Entity& entity) {
-  MessageSource* const source = entity.mMessageSource.getObject();
+  MessageSource* const source = Inside::source(entity).getObject();
   if (!source) return nullptr;
   std::unique_ptr<OpenSource>& opened = mSources[source];
   if (!opened) opened = std::make_unique<OpenSource>(source);
@@ -402,17 +404,18 @@ std::string MessageWriter::sourceBytes(const VoMsgRfc822Entity& entity, std::uin
   return bytes;
 }
 
-std::string_view MessageWriter::lineEndOf(const VoMsgRfc822Entity& entity) { return entity._lineEnd(readerOf(entity)); }
+std::string_view MessageWriter::lineEndOf(const VoMsgRfc822Entity& entity) {
+  return Inside::lineEnd(entity, readerOf(entity));
+}
 
 // The boundary that the delimiter lines of the source carry.
 std::string MessageWriter::sourceBoundaryOf(const VoMsgRfc822Entity& entity) {
-  const VoMsgEntityHeader* const header = entity.mHeader.getObject();
+  const VoMsgEntityHeader* const header = Inside::header(entity).getObject();
   if (!header || !header->isEdited()) return std::string(viewOf(entity.getBoundary()));
-  std::string block =
-      sourceBytes(entity, entity.mHeaderOffset, std::uint64_t{entity.mHeaderOffset} + entity.mHeaderSize);
+  std::string block = sourceBytes(entity, layoutOf(entity).headerOffset, layoutOf(entity).headerEnd());
   VoMsgMemoryReader reader(reinterpret_cast<unsigned char*>(block.data()), static_cast<unsigned>(block.size()));
   HeaderSurvey survey;
-  if (reader.open()) surveyHeaderBlock(survey, reader, entity.mIsChildHeader, nullptr);
+  if (reader.open()) surveyHeaderBlock(survey, reader, layoutOf(entity).isChildHeader, nullptr);
   std::string boundary;
   for (std::size_t i = 0; i < survey.contentType.count; ++i)
     if (equalNoCase(survey.contentType.parameters[i].name, "boundary"))

@@ -1,5 +1,5 @@
-// What the MIME parser asks of the folders above it: TNEF parts and attachments embedded in text. Both are
-// defined in tnef/; nothing here depends on them.
+// What the MIME parser asks of the folders above it: TNEF parts, defined in tnef/, and attachments embedded in text,
+// defined in embedded/. Nothing here depends on them.
 #pragma once
 
 #include <cstdint>

@@ -9,13 +9,13 @@
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/convert/VoMsgWholeText.h"
 #include "vomsg/encoding/VoBinHex.h"
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 #include "vomsg/entity/VoMsgSingleBody.h"
 #include "vomsg/entity/VoMsgTextCharset.h"
-#include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBoundaryTable.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
@@ -231,8 +231,7 @@ VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const 
   std::unique_ptr<VoMsgEntityHeader> copy(getEntityHeader()->newCopy());
   if (!copy) return kVoNoMemory;
   VoObjectStub<VoMsgEntityHeader> former;  // so that putting it back takes no memory
-  former.setNewObject(copy.get());
-  static_cast<void>(copy.release());
+  former.adopt(std::move(copy));
   code = _describeContent(content, contentType, encoding, takeName);
   if (voFailed(code)) {
     mHeader = former;

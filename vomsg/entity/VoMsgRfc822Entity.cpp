@@ -62,42 +62,28 @@ VoErrorCode encodeAddressNames(const char* field, const char* value, const char*
 
 }  // namespace
 
-VoMsgRfc822Entity::VoMsgRfc822Entity()
-    : mHasHeaderRange(false),
-      mHasBodyRange(false),
-      mIsMultipartBody(false),
-      mUnterminatedHeader(false),
-      mIsChildHeader(false),
-      mChildrenChanged(false),
-      mBelowSigned(false),
-      mIsMarked(false),
-      mSubtreeMarked(false),
-      mMayBePartial(false),
-      mInPlace(false),
-      mBoundaryIsAlone(false) {}
-
+VoMsgRfc822Entity::VoMsgRfc822Entity() = default;
 VoMsgRfc822Entity::~VoMsgRfc822Entity() = default;
 
 // ---- the header block
 
 VoMsgEntityHeader* VoMsgRfc822Entity::_buildHeader(const char* defaultCharset) const {
   auto header = std::make_unique<VoMsgEntityHeader>();
-  header->setChild(mIsChildHeader);
-  header->setHeaderRange(mHeaderOffset, mHeaderSize);
-  const OpenSource source(mHasHeaderRange ? mMessageSource.getObject() : nullptr);
-  if (source.reader() && moveTo(*source.reader(), mHeaderOffset)) {
+  header->setChild(mLayout.isChildHeader);
+  header->setHeaderRange(mLayout.headerOffset, mLayout.headerSize);
+  const OpenSource source(mLayout.hasHeaderRange ? mMessageSource.getObject() : nullptr);
+  if (source.reader() && moveTo(*source.reader(), mLayout.headerOffset)) {
     ReaderWindow::fill(*source.reader());
     const std::string_view window = ReaderWindow::buffered(*source.reader());
-    if (window.size() >= mHeaderSize) {
-      header->parseSurveyedBlock(window.substr(0, mHeaderSize), defaultCharset);
+    if (window.size() >= mLayout.headerSize) {
+      header->parseSurveyedBlock(window.substr(0, mLayout.headerSize), defaultCharset);
     } else {
-      std::string block(mHeaderSize, '\0');
-      block.resize(source.reader()->read(block.data(), mHeaderSize));
+      std::string block(mLayout.headerSize, '\0');
+      block.resize(source.reader()->read(block.data(), mLayout.headerSize));
       header->parseSurveyedBlock(block, defaultCharset);
     }
   }
-  mHeader.setNewObject(header.get());
-  return header.release();
+  return mHeader.adopt(std::move(header));
 }
 
 VoMsgEntityHeader* VoMsgRfc822Entity::getEntityHeader() const {
@@ -336,7 +322,7 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
   if (!child || child == this || child->getParentEntity()) return kVoBadArgument;
   for (const VoMsgEntity* up = this; up; up = up->getParentEntity())
     if (up == child) return kVoBadArgument;
-  const bool wasMultipart = isMultipartEntity() && mIsMultipartBody;
+  const bool wasMultipart = isMultipartEntity() && mLayout.isMultipartBody;
   if (i != kAtEnd && (wasMultipart ? i > 0 && !getChildEntityAt(i - 1) : i > 1)) return kVoOutOfRange;
   const VoErrorCode ready = wasMultipart ? _makeMultipartHeader() : _changeSingleToMulti();
   if (voFailed(ready)) return ready;
@@ -345,7 +331,8 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
   VoMsgEntity* added = child;
   if (child->getEntityTypeID() & kVoEntityIsMessage) added = child->createWrapperEntity();
   if (!added) return kVoNoMemory;
-  if (auto* const part = dynamic_cast<VoMsgRfc822Entity*>(added)) part->mInPlace = false;  // a copy of one that was
+  if (auto* const part = dynamic_cast<VoMsgRfc822Entity*>(added))
+    part->mLayout.inPlace = false;  // a copy of one that was
   std::uint32_t offset, size;
   const bool hasEpilogue = isEpilogueEntity(mpLastChild, offset, size);  // stands behind all parts, and stays there
   if (hasEpilogue) i = std::min(i, countChildEntity() - 1);
@@ -353,7 +340,7 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
     _appendChild(added);
   else
     _insertChildAt(added, i);
-  mChildrenChanged = true;
+  mLayout.childrenChanged = true;
   return kVoSuccess;
 }
 
@@ -376,12 +363,12 @@ VoErrorCode VoMsgRfc822Entity::removeChildEntityAt(unsigned i) {
 // The writer leaves out what the child was read from.
 void VoMsgRfc822Entity::_noteRemoval(const VoMsgEntity& child) {
   std::uint32_t offset, size;
-  if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(&child); part && part->mInPlace)
+  if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(&child); part && part->mLayout.inPlace)
     static_cast<VoMsgMultipartBody*>(_createEntityBody(true))
-        ->addRemoved({part->mHeaderOffset, part->mBodyOffset + part->mBodySize, true});
+        ->addRemoved({part->mLayout.headerOffset, static_cast<std::uint32_t>(part->mLayout.bodyEnd()), true});
   else if (isEpilogueEntity(&child, offset, size))
     static_cast<VoMsgMultipartBody*>(_createEntityBody(true))->addRemoved({offset, offset + size, false});
-  mChildrenChanged = true;
+  mLayout.childrenChanged = true;
 }
 
 bool VoMsgRfc822Entity::isModified() { return VoMsgEntity::isModified(); }
@@ -389,16 +376,16 @@ bool VoMsgRfc822Entity::isModified() { return VoMsgEntity::isModified(); }
 bool VoMsgRfc822Entity::_isModified() {
   const VoMsgEntityHeader* const header = mHeader.getObject();
   const VoMsgEntityBody* const body = mBody.getObject();
-  return mChildrenChanged || (header && header->isEdited()) || (body && body->isNewBody());
+  return mLayout.childrenChanged || (header && header->isEdited()) || (body && body->isNewBody());
 }
 
 // ---- the body object
 
 std::string_view VoMsgRfc822Entity::_lineEnd(VoMsgBufferedReader* reader) const {
-  const std::uint32_t length = std::min(2u, mHeaderSize);
+  const std::uint32_t length = std::min(2u, mLayout.headerSize);
   char last[2];
-  if (!reader || !mHasHeaderRange || length == 0 ||
-      !moveTo(*reader, std::uint64_t{mHeaderOffset} + mHeaderSize - length) || reader->read(last, length) != length)
+  if (!reader || !mLayout.hasHeaderRange || length == 0 || !moveTo(*reader, mLayout.headerEnd() - length) ||
+      reader->read(last, length) != length)
     return "\r\n";
   const std::string_view bytes(last, length);
   if (!isLineEnd(bytes.back()) || bytes == "\r\n") return "\r\n";
@@ -408,13 +395,12 @@ std::string_view VoMsgRfc822Entity::_lineEnd(VoMsgBufferedReader* reader) const 
 VoMsgEntityBody* VoMsgRfc822Entity::_body() const {
   if (VoMsgEntityBody* const body = mBody.getObject()) return body;
   std::unique_ptr<VoMsgEntityBody> body;
-  if (mIsMultipartBody)
+  if (mLayout.isMultipartBody)
     body = std::make_unique<VoMsgMultipartBody>();
   else
     body = std::make_unique<VoMsgSingleBody>();
-  body->setBodyRange(static_cast<std::int32_t>(mBodyOffset), static_cast<std::int32_t>(mBodySize));
-  mBody.setNewObject(body.get());
-  return body.release();
+  body->setBodyRange(static_cast<std::int32_t>(mLayout.bodyOffset), static_cast<std::int32_t>(mLayout.bodySize));
+  return mBody.adopt(std::move(body));
 }
 
 VoMsgSingleBody* VoMsgRfc822Entity::_singleBody() const {
@@ -437,10 +423,10 @@ VoMsgEntityBody* VoMsgRfc822Entity::_createEntityBody(bool multipart) {
   } else {
     body = std::make_unique<VoMsgSingleBody>();
   }
-  body->setBodyRange(static_cast<std::int32_t>(mBodyOffset), static_cast<std::int32_t>(mBodySize));
-  mBody.setNewObject(body.get());
-  mIsMultipartBody = multipart;
-  return body.release();
+  body->setBodyRange(static_cast<std::int32_t>(mLayout.bodyOffset), static_cast<std::int32_t>(mLayout.bodySize));
+  VoMsgEntityBody* const made = mBody.adopt(std::move(body));
+  mLayout.isMultipartBody = multipart;
+  return made;
 }
 
 VoMsgBufferedReader* VoMsgRfc822Entity::getContextSource(int& err) {
@@ -459,26 +445,11 @@ VoErrorCode VoMsgRfc822Entity::copy(VoMsgEntity* from) {
     if (const VoMsgEntityHeader* const block = other->mHeader.getObject()) {
       std::unique_ptr<VoMsgEntityHeader> header(block->newCopy());
       if (!header) return kVoNoMemory;
-      mHeader.setNewObject(header.get());
-      static_cast<void>(header.release());
+      mHeader.adopt(std::move(header));
     }
     mBody = other->mBody;
     mMessageSource = other->mMessageSource;
-    mHeaderOffset = other->mHeaderOffset;
-    mHeaderSize = other->mHeaderSize;
-    mBodyOffset = other->mBodyOffset;
-    mBodySize = other->mBodySize;
-    mHasHeaderRange = other->mHasHeaderRange;
-    mHasBodyRange = other->mHasBodyRange;
-    mIsMultipartBody = other->mIsMultipartBody;
-    mUnterminatedHeader = other->mUnterminatedHeader;
-    mIsChildHeader = other->mIsChildHeader;
-    mChildrenChanged = other->mChildrenChanged;
-    mBelowSigned = other->mBelowSigned;
-    mIsMarked = other->mIsMarked;
-    mSubtreeMarked = other->mSubtreeMarked;
-    mMayBePartial = other->mMayBePartial;
-    mInPlace = other->mInPlace;
+    mLayout = other->mLayout;
     return kVoSuccess;
   });
 }
@@ -512,9 +483,9 @@ VoErrorCode VoMsgRfc822Entity::_readBodyPart(VoMsgBoundaryType& end) {
     const std::uint32_t offset = reader->getOffset();
     const BodyEnd found = findBodyEnd(*reader, boundaries);
     end = found.match.type;
-    mBodyOffset = offset;
-    mBodySize = static_cast<std::uint32_t>(found.lineOffset - found.terminatorBefore) - offset;
-    mHasBodyRange = true;
+    mLayout.bodyOffset = offset;
+    mLayout.bodySize = static_cast<std::uint32_t>(found.lineOffset - found.terminatorBefore) - offset;
+    mLayout.hasBodyRange = true;
     mBody.free();
     return kVoSuccess;
   });

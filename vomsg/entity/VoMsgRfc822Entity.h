@@ -10,6 +10,7 @@
 
 #include "vomsg/entity/VoMsgEntity.h"
 #include "vomsg/entity/VoMsgEntityBody.h"
+#include "vomsg/entity/VoMsgEntityLayout.h"
 #include "vomsg/foundation/VoObjectStub.h"
 #include "vomsg/header/VoMsgEntityHeader.h"
 
@@ -18,10 +19,6 @@ class VoMsgSingleBody;
 class VoMsgMultipartBody;
 namespace vomsg::detail {
 class MessageSource;
-class MessageParser;
-class MessageWriter;
-class ContentEditor;
-class EditUndo;
 class BoundaryTable;
 }  // namespace vomsg::detail
 
@@ -104,14 +101,16 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   bool _isModified() override;
 
   // Where the entity lies in the resource it is read from.
-  unsigned getHeaderOffset() const { return mHeaderOffset; }
-  unsigned getHeaderSize() const { return mHeaderSize; }
-  unsigned getBodyOffset() const { return mBodyOffset; }
-  unsigned getBodySize() const { return mBodySize; }
+  unsigned getHeaderOffset() const { return mLayout.headerOffset; }
+  unsigned getHeaderSize() const { return mLayout.headerSize; }
+  unsigned getBodyOffset() const { return mLayout.bodyOffset; }
+  unsigned getBodySize() const { return mLayout.bodySize; }
   // How text without conversion losses would be read: the charset declared, detected or assumed for the text
   // content, for hosts that want to show it. The name is borrowed until the next call.
   enum class CharsetOrigin : std::uint8_t { declared, detected, assumed };
   const char* getTextCharset(CharsetOrigin& origin);
+
+  struct Inside;  // the way in for the library's own parser, writer and editing; no caller needs it
 
   // The header block; made from the source on first use. Borrowed, never null.
   VoMsgEntityHeader* getEntityHeader() const;
@@ -119,11 +118,6 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
 
  protected:
   VoMsgRfc822Entity();
-
-  friend class vomsg::detail::MessageParser;
-  friend class vomsg::detail::MessageWriter;
-  friend class vomsg::detail::ContentEditor;
-  friend class vomsg::detail::EditUndo;
 
   VoMsgEntityHeader* _buildHeader(const char* defaultCharset) const;
   // What ends a line that is added: what ends the header block, of whose source `reader` is a reader.
@@ -160,20 +154,5 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   mutable VoObjectStub<VoMsgEntityHeader> mHeader;  // empty until asked for
   mutable VoObjectStub<VoMsgEntityBody> mBody;      // empty until asked for
   VoObjectStub<vomsg::detail::MessageSource> mMessageSource;
-  std::uint32_t mHeaderOffset = 0;
-  std::uint32_t mHeaderSize = 0;
-  std::uint32_t mBodyOffset = 0;
-  std::uint32_t mBodySize = 0;
-  bool mHasHeaderRange : 1;      // the block lies in the source
-  bool mHasBodyRange : 1;        // the body lies in the source
-  bool mIsMultipartBody : 1;     // the body was cut into children
-  bool mUnterminatedHeader : 1;  // no empty line ended the block
-  bool mIsChildHeader : 1;       // the limits of blocks below the top level apply
-  bool mChildrenChanged : 1;     // a caller appended, inserted or removed children
-  bool mBelowSigned : 1;         // lies below a multipart/signed as it was parsed
-  bool mIsMarked : 1;            // the block carries a parser's mark that counts
-  bool mSubtreeMarked : 1;       // so does a block in the subtree, down to nested messages
-  bool mMayBePartial : 1;        // the block declares some message/* type
-  bool mInPlace : 1;             // lies between the delimiters of its parent's source
-  bool mBoundaryIsAlone : 1;     // no multipart below has the same boundary
+  VoMsgEntityLayout mLayout;
 };

@@ -54,12 +54,8 @@ VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source, const Mes
     return kVoNoMemory;
   }
   VoErrorCode code = guarded([&]() -> VoErrorCode {
-    std::unique_ptr<VoMsgResourceLocator> owned(source);
-    mSource.setNewObject(owned.get());
-    static_cast<void>(owned.release());
-    auto opened = std::make_unique<MessageSource>(mSource, place.options);
-    mMessageSource.setNewObject(opened.get());
-    static_cast<void>(opened.release());
+    mSource.adopt(std::unique_ptr<VoMsgResourceLocator>(source));
+    mMessageSource.adopt(std::make_unique<MessageSource>(mSource, place.options));
     return kVoSuccess;
   });
   if (voFailed(code)) {
@@ -101,7 +97,7 @@ VoErrorCode VoMsgRfc822Message::readMailHeaderFrom(VoMsgResourceLocator* source)
 VoErrorCode VoMsgRfc822Message::readMailBodyFrom(VoMsgResourceLocator* source) { return readFrom(source); }
 
 VoErrorCode VoMsgRfc822Message::_isPartialMessage() {
-  if (mHasHeaderRange && !mMayBePartial && !mHeader.getObject()) return kVoSuccess;
+  if (mLayout.hasHeaderRange && !mLayout.mayBePartial && !mHeader.getObject()) return kVoSuccess;
   VoMsgEntityIterator walk(this);
   const VoMsgEntity* const first = walk.first();
   const std::string_view type = viewOf(first ? first->getContentType() : nullptr);
@@ -140,7 +136,7 @@ VoErrorCode VoMsgRfc822Message::_writeToResource(VoMsgBufferedWriter* writer) {
   if (!writer) return VO_LOGGED(tag, kVoBadArgument);
   VO_DIAGNOSTIC(2, tag, mSource.getObject() ? "writing back message." : "writing new composed message.");
   const OpenSource source(mMessageSource.getObject());
-  if (mMessageSource.getObject() && (!source.reader() || !mHasHeaderRange)) {  // or it could not be read before
+  if (mMessageSource.getObject() && (!source.reader() || !mLayout.hasHeaderRange)) {  // or it could not be read before
     VO_DIAGNOSTIC(0, tag, "can not access original mail message.");
     return kVoReadFailed;
   }

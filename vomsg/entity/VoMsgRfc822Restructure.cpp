@@ -108,7 +108,7 @@ VoErrorCode VoMsgRfc822Entity::_editMultipartHeaderParameter() {
 
 // Without looking at the header blocks of leaves, which need not be made for this.
 std::string_view VoMsgRfc822Entity::_declaredBoundary() const {
-  return mIsMultipartBody || mHeader.getObject() ? viewOf(getBoundary()) : std::string_view();
+  return mLayout.isMultipartBody || mHeader.getObject() ? viewOf(getBoundary()) : std::string_view();
 }
 
 // A child that was made elsewhere may hold multiparts with the boundary of one around it, as when a message is
@@ -117,10 +117,10 @@ std::string_view VoMsgRfc822Entity::_declaredBoundary() const {
 // set as content.
 VoErrorCode VoMsgRfc822Entity::_separateBoundaries(VoMsgEntity* child) {
   VoErrorCode code = kVoSuccess;
-  if (!mBoundaryIsAlone)
+  if (!mLayout.boundaryIsAlone)
     for (VoMsgEntity* part = getChildEntity(); part && !voFailed(code); part = part->getNextSiblingEntity())
       if (boundariesIn(part).contains(_declaredBoundary())) code = _editMultipartHeaderParameter();
-  mBoundaryIsAlone = !voFailed(code);
+  mLayout.boundaryIsAlone = !voFailed(code);
   std::vector<VoMsgRfc822Entity*> around;
   for (VoMsgEntity* up = this; up; up = up->getParentEntity())
     if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(up); mime && !mime->_declaredBoundary().empty())
@@ -156,17 +156,16 @@ void VoMsgRfc822Entity::_findDelimiters(const BoundaryTable& boundaries, std::ve
                                                                : nullptr);
     findDelimiters(reader.get(), 0, size, boundaries, found);
   }
-  if (!mHasBodyRange || !(isFirst || !mInPlace)) return;
+  if (!mLayout.hasBodyRange || !(isFirst || !mLayout.inPlace)) return;
   const OpenSource source(mMessageSource.getObject());
-  findDelimiters(source.reader(), mHasHeaderRange ? mHeaderOffset : mBodyOffset, std::uint64_t{mBodyOffset} + mBodySize,
+  findDelimiters(source.reader(), mLayout.hasHeaderRange ? mLayout.headerOffset : mLayout.bodyOffset, mLayout.bodyEnd(),
                  boundaries, found);
 }
 
 // Puts the fields back that described the leaf, when it could not become a multipart after all.
 VoErrorCode VoMsgRfc822Entity::_removeMultipartHeader(std::unique_ptr<VoMsgEntityHeader> former) {
   if (!former) return kVoRestructureFailed;
-  mHeader.setNewObject(former.get());
-  static_cast<void>(former.release());
+  mHeader.adopt(std::move(former));
   return kVoSuccess;
 }
 
@@ -193,7 +192,7 @@ VoErrorCode VoMsgRfc822Entity::_changeSingleToMulti() {
     TreeAccess::moveChildren(this, first.get());
     TreeAccess::append(this, first.release());
   }
-  mChildrenChanged = true;
+  mLayout.childrenChanged = true;
   VO_LOG(9, tag, "end  : _changeSingleToMulti");
   return kVoSuccess;
 }
@@ -203,9 +202,10 @@ VoErrorCode VoMsgRfc822Entity::_changeSingleToMulti() {
 // leaf stays.
 VoErrorCode VoMsgRfc822Entity::_changeMultipartForEmbeded(std::unique_ptr<VoMsgMimeEntity>& first) {
   VoMsgEntityHeader& header = *getEntityHeader();
-  const bool isEmpty = !mHasBodyRange && !hasChildEntity() && !(mBody.getObject() && mBody.getObject()->isNewBody());
+  const bool isEmpty =
+      !mLayout.hasBodyRange && !hasChildEntity() && !(mBody.getObject() && mBody.getObject()->isNewBody());
   const bool wasEdited = header.isEdited();
-  const bool keepsType = isMultipartEntity() && !mIsMultipartBody;
+  const bool keepsType = isMultipartEntity() && !mLayout.isMultipartBody;
   const auto moves = [keepsType](const VoMsgHeaderField& field) {
     return isContentField(field) && !(keepsType && equalNoCase(viewOf(field.getName()), "Content-Type"));
   };
@@ -220,16 +220,7 @@ VoErrorCode VoMsgRfc822Entity::_changeMultipartForEmbeded(std::unique_ptr<VoMsgM
     }
     first->mBody = mBody;
     first->mMessageSource = mMessageSource;
-    first->mBodyOffset = mBodyOffset;
-    first->mBodySize = mBodySize;
-    first->mHasBodyRange = mHasBodyRange;
-    first->mBelowSigned = mBelowSigned;
-    // A multipart moves with its parts, which stay where they are in the source; its delimiters are looked up in the
-    // block that declared them.
-    first->mIsMultipartBody = mIsMultipartBody;
-    first->mChildrenChanged = mChildrenChanged;
-    first->mHeaderOffset = mHeaderOffset;
-    first->mHeaderSize = mHeaderSize;
+    first->mLayout = mLayout.ofMovedBody();
     // Moving is no edit: a signature over the content still holds.
     if (!wasEdited) target.setUnedited();
   }

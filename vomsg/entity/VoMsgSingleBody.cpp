@@ -1,6 +1,6 @@
 #include "vomsg/entity/VoMsgSingleBody.h"
 
-#include "vomsg/entity/VoMsgTransferEncoding.h"
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"

@@ -5,7 +5,7 @@
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/detect/VoMsgCharSetAnalysis.h"
-#include "vomsg/entity/VoMsgHtmlCharset.h"
+#include "vomsg/charset/detect/VoMsgHtmlCharset.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "vomsg/foundation/VoMsgLineWalk.h"
+#include "vomsg/foundation/VoMsgShortage.h"
 
 using vomsg::detail::ReaderWindow;
 
@@ -76,6 +77,7 @@ VoMsgBufferedReader::VoMsgBufferedReader(unsigned bufferSize)
   mpBuffer = bytes <= std::numeric_limits<std::size_t>::max()
                  ? static_cast<char*>(std::malloc(static_cast<std::size_t>(bytes)))
                  : nullptr;
+  if (!mpBuffer) vomsg::detail::noteShortage(kVoNoMemory);
   mpCurrent = mpEnd = mpBuffer;
 }
 

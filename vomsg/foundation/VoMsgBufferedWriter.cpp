@@ -9,6 +9,7 @@
 
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgLineWalk.h"
+#include "vomsg/foundation/VoMsgShortage.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
 using vomsg::detail::ReaderWindow;
@@ -58,6 +59,7 @@ VoMsgBufferedWriter::VoMsgBufferedWriter(unsigned bufferSize)
   mpBuffer = bytes <= std::numeric_limits<std::size_t>::max()
                  ? static_cast<char*>(std::malloc(static_cast<std::size_t>(bytes)))
                  : nullptr;
+  if (!mpBuffer) vomsg::detail::noteShortage(kVoNoMemory);
 }
 
 VoMsgBufferedWriter::~VoMsgBufferedWriter() { std::free(mpBuffer); }

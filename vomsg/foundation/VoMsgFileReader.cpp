@@ -12,6 +12,7 @@
 
 #include "vomsg/foundation/VoMsgCString.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
+#include "vomsg/foundation/VoMsgShortage.h"
 
 static_assert(sizeof(off_t) == 8, "positions of files of 2 GiB and more must not wrap");
 
@@ -34,6 +35,7 @@ std::size_t readAt(int file, char* dst, std::size_t n, std::uint64_t offset) {
   while (count < n) {
     const ssize_t got = ::pread(file, dst + count, n - count, static_cast<off_t>(offset + count));
     if (got < 0 && errno == EINTR) continue;
+    if (got < 0) vomsg::detail::noteShortage(kVoReadFailed);
     if (got <= 0) break;
     count += static_cast<std::size_t>(got);
   }
@@ -62,6 +64,7 @@ bool VoMsgFileReader::open() {
   mpCurrent = mpEnd = mpBuffer;
   mFile = openForReading(mpFileName);
   if (mFile < 0) {
+    vomsg::detail::noteShortage(kVoReadFailed);
     VO_LOG(1, "", "Can not open file [%s].", mpFileName);
     return false;
   }

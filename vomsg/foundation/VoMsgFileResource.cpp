@@ -9,6 +9,7 @@
 #include "vomsg/foundation/VoMsgFileWriter.h"
 #include "vomsg/foundation/VoMsgMultiString.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
+#include "vomsg/foundation/VoMsgShortage.h"
 
 namespace {
 
@@ -43,6 +44,7 @@ VoMsgBufferedReader* VoMsgFileResource::getInputStream(VoMsgResourceDataType typ
   const char* const path = getFilePath(type);
   if (!path || mParts[type] == Part::toBeCreated) return nullptr;
   std::unique_ptr<VoMsgFileReader> reader(new (std::nothrow) VoMsgFileReader(path, kBufferSize));
+  if (!reader) vomsg::detail::noteShortage(kVoNoMemory);
   return reader && reader->open() ? reader.release() : nullptr;
 }
 
@@ -53,10 +55,16 @@ VoMsgBufferedWriter* VoMsgFileResource::getOutputStream(VoMsgResourceDataType ty
     mParts[type] = Part::toBeCreated;
   }
   const char* const path = getFilePath(type);
-  if (!path) return nullptr;
+  if (!path) {
+    if (type == resourceForkPart) vomsg::detail::noteShortage(kVoWriteFailed);
+    return nullptr;
+  }
   if (mParts[type] == Part::created && ::access(path, F_OK) != 0) mParts[type] = Part::toBeCreated;  // removed since
   std::unique_ptr<VoMsgFileWriter> writer(new (std::nothrow) VoMsgFileWriter(path, kBufferSize));
-  if (!writer) return nullptr;
+  if (!writer) {
+    vomsg::detail::noteShortage(kVoNoMemory);
+    return nullptr;
+  }
   if (mParts[type] == Part::toBeCreated) writer->setCreation(VoMsgFileWriter::Creation::exclusive);
   if (mParts[type] == Part::created) writer->setCreation(VoMsgFileWriter::Creation::existing);
   if (!writer->open()) {

@@ -9,6 +9,7 @@
 
 #include "vomsg/foundation/VoMsgCString.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
+#include "vomsg/foundation/VoMsgShortage.h"
 
 namespace {
 
@@ -46,6 +47,7 @@ bool VoMsgFileWriter::open() {
     mFile = ::open(mpFileName, flags, mode);
   } while (mFile < 0 && errno == EINTR);
   if (mFile >= 0) return true;
+  vomsg::detail::noteShortage(kVoWriteFailed);
   VO_LOG(1, "", "Can not open file [%s].(system error code = %d)", mpFileName, errno);
   return false;
 }
@@ -80,7 +82,10 @@ std::size_t VoMsgFileWriter::put(const char* data, std::size_t n) {
     const ssize_t count = ::write(mFile, data + done, n - done);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) VO_LOG(1, "", "Fail to write data to file. System error code is %d", errno);
-    if (count <= 0) break;
+    if (count <= 0) {
+      vomsg::detail::noteShortage(kVoWriteFailed);
+      break;
+    }
     done += static_cast<std::size_t>(count);
   }
   mCount += done;

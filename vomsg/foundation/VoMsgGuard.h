@@ -1,9 +1,10 @@
-// Exported operations are walls: what throws inside becomes a code there.
+// Exported operations are walls: what throws inside becomes a code there, and a mark that memory was refused.
 #pragma once
 
 #include <utility>
 
 #include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/foundation/VoMsgShortage.h"
 
 namespace vomsg::detail {
 
@@ -12,7 +13,7 @@ VoErrorCode guarded(Body&& body) noexcept {
   try {
     return std::forward<Body>(body)();
   } catch (...) {
-    return kVoNoMemory;
+    return noteShortage(kVoNoMemory);
   }
 }
 
@@ -22,6 +23,7 @@ Value guardedOr(Value fallback, Body&& body) noexcept {
   try {
     return std::forward<Body>(body)();
   } catch (...) {
+    noteShortage(kVoNoMemory);
     return fallback;
   }
 }

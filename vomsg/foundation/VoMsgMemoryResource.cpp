@@ -11,6 +11,7 @@
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgMemoryWriter.h"
 #include "vomsg/foundation/VoMsgMultiString.h"
+#include "vomsg/foundation/VoMsgShortage.h"
 
 namespace {
 
@@ -69,7 +70,10 @@ VoMsgBufferedReader* VoMsgMemoryResource::getInputStream(VoMsgResourceDataType t
   auto* const data = reinterpret_cast<unsigned char*>(part->data);
   auto* const reader = new (std::nothrow) VoMsgMemoryReader(data, part->length);
   // A part without a block has nothing to open, yet it reads as what it is: empty.
-  if (reader) reader->open();
+  if (reader)
+    reader->open();
+  else
+    vomsg::detail::noteShortage(kVoNoMemory);
   return reader;
 }
 
@@ -77,7 +81,10 @@ VoMsgBufferedWriter* VoMsgMemoryResource::getOutputStream(VoMsgResourceDataType 
   VoMsgMemBlock* const part = block(type);
   if (!part) return nullptr;
   auto* const writer = new (std::nothrow) VoMsgMemoryWriter(part);
-  if (writer) writer->open();
+  if (writer)
+    writer->open();
+  else
+    vomsg::detail::noteShortage(kVoNoMemory);
   return writer;
 }
 

@@ -7,6 +7,7 @@
 
 #include "vomsg/foundation/VoMsgLargeBlock.h"
 #include "vomsg/foundation/VoMsgMemBlock.h"
+#include "vomsg/foundation/VoMsgShortage.h"
 
 namespace {
 
@@ -37,7 +38,10 @@ bool VoMsgMemoryWriter::writeBuffer() {
 }
 
 bool VoMsgMemoryWriter::append(const char* data, std::uint64_t n) {
-  if (n > kMaxCapacity || !reserve(mLength + n, false)) return false;
+  if (n > kMaxCapacity || !reserve(mLength + n, false)) {
+    vomsg::detail::noteShortage(kVoWriteFailed);
+    return false;
+  }
   if (n != 0) std::memcpy(mpData + mLength, data, static_cast<std::size_t>(n));
   mLength += static_cast<unsigned>(n);
   mpData[mLength] = '\0';

@@ -19,6 +19,7 @@
 #include "vomsg/foundation/VoMsgFileResource.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/foundation/VoMsgShortage.h"
 
 using vomsg::detail::CString;
 
@@ -124,9 +125,11 @@ char* VoMsgResourceManager::createTmpFilePath() {
 
 VoMsgResourceLocator* VoMsgResourceManager::createTmpFileResource() {
   const CString path(createTmpFilePath());
-  if (!path) return nullptr;
-  auto* const resource = new (std::nothrow) VoMsgFileResource(path.get(), 1, nullptr, "us-ascii");
-  if (resource) resource->mParts[VoMsgResourceLocator::dataPart] = VoMsgFileResource::Part::toBeCreated;
+  auto* const resource = path ? new (std::nothrow) VoMsgFileResource(path.get(), 1, nullptr, "us-ascii") : nullptr;
+  if (!resource)
+    vomsg::detail::noteShortage(kVoWriteFailed);
+  else
+    resource->mParts[VoMsgResourceLocator::dataPart] = VoMsgFileResource::Part::toBeCreated;
   return resource;
 }
 

@@ -2,6 +2,8 @@
 // countReference() before you change what others may share. Not for several threads.
 #pragma once
 
+#include <memory>
+
 #include "vomsg/foundation/VoObjectRef.h"
 
 template <class T>
@@ -32,7 +34,13 @@ class VoObjectStub {
   }
   T* getObject() const { return mpRef ? mpRef->mpObject : nullptr; }  // borrowed; null when empty
   int countReference() const { return mpRef ? mpRef->mCount : 0; }
-  // Lets go of the present object and becomes the first handle of `object`, which it takes over.
+  // Lets go of the present object and becomes the first handle of `object`, which it takes over and returns. Without
+  // memory for that it throws std::bad_alloc: the handle stays as it was, and `object` dies.
+  T* adopt(std::unique_ptr<T> object) {
+    setNewObject(object.get());
+    return object.release();
+  }
+  // The same with a plain pointer: without memory, `object` stays the caller's.
   void setNewObject(T* object) {
     VoObjectRef<T>* const ref = new VoObjectRef<T>(object);
     free();

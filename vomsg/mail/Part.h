@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "vomsg/embedded/VoMsgEmbededEntity.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/mail/Error.h"
 #include "vomsg/mail/Fields.h"
@@ -18,7 +19,6 @@
 #include "vomsg/mail/SafeName.h"
 #include "vomsg/mail/Stream.h"
 #include "vomsg/mail/Tree.h"
-#include "vomsg/tnef/VoMsgEmbededEntity.h"
 #include "vomsg/tnef/VoMsgTnefEntity.h"
 
 namespace vomsg {

@@ -1,5 +1,6 @@
 #include "vomsg/tnef/VoMsgTnefEntity.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -102,11 +103,11 @@ VoMsgTnefBody* VoMsgTnefEntity::_getTnefBody() const {
     VoMsgTnefMessage* const message = enclosingMessage();
     if (!message) return nullptr;
     if (mFirstRecord == kNoRecord) {
-      mBody.setNewObject(new VoMsgTnefBody);
+      mBody.adopt(std::make_unique<VoMsgTnefBody>());
     } else {
       const OpenSource source(message->mMessageSource.getObject());
       if (!source.reader()) return nullptr;
-      mBody.setNewObject(message->readRow(mFirstRecord, *source.reader()).release());
+      mBody.adopt(message->readRow(mFirstRecord, *source.reader()));
     }
     return mBody.getObject();
   });
@@ -282,9 +283,9 @@ VoErrorCode VoMsgTnefEntity::copy(VoMsgEntity* from) {
   return guarded([&]() -> VoErrorCode {
     VoMsgTnefBody* const body = other->_getTnefBody();
     if (body) {
-      VoMsgTnefBody* const copied = body->copy(this);
+      std::unique_ptr<VoMsgTnefBody> copied(body->copy(this));
       if (!copied) return kVoNoMemory;
-      mBody.setNewObject(copied);
+      mBody.adopt(std::move(copied));
     }
     takeOver(*other);
     mFirstRecord = kNoRecord;

@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
+#include "vomsg/entity/VoMsgHeaderlessEntity.h"
 #include "vomsg/foundation/VoObjectStub.h"
-#include "vomsg/tnef/VoMsgHeaderlessEntity.h"
 
 class VoMsgTnefBody;
 class VoMsgTnefMessage;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <utility>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
@@ -73,12 +74,8 @@ VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source, const Messa
     return kVoNoMemory;
   }
   const VoErrorCode taken = guarded([&] {
-    std::unique_ptr<VoMsgResourceLocator> owned(source);
-    mSource.setNewObject(owned.get());
-    static_cast<void>(owned.release());
-    auto opened = std::make_unique<MessageSource>(mSource, place.options);
-    mMessageSource.setNewObject(opened.get());
-    static_cast<void>(opened.release());
+    mSource.adopt(std::unique_ptr<VoMsgResourceLocator>(source));
+    mMessageSource.adopt(std::make_unique<MessageSource>(mSource, place.options));
     return kVoSuccess;
   });
   const OpenSource opened(mMessageSource.getObject());
@@ -370,7 +367,7 @@ VoErrorCode VoMsgTnefMessage::copy(VoMsgEntity* from) {
     shareSource(*other, 0, 0);
     const MessageSource* const source = other->mMessageSource.getObject();
     const int options = source ? source->options() : VoMsgExtraOption;
-    if (mSource.getObject()) mMessageSource.setNewObject(new MessageSource(mSource, options));
+    if (mSource.getObject()) mMessageSource.adopt(std::make_unique<MessageSource>(mSource, options));
     return copyStream(*other);
   });
 }
@@ -401,9 +398,10 @@ VoErrorCode VoMsgTnefMessage::copyRecords(const VoMsgTnefEntity& from, VoMsgTnef
   to.takeOver(from);
   VoMsgTnefBody* const body = from.mBody.getObject();
   if (!body || !(from.mIsChanged || body->_isModified())) return kVoSuccess;
-  VoMsgTnefBody* const copied = body->copy(&to);
-  if (copied) to.mBody.setNewObject(copied);
-  return copied ? kVoSuccess : kVoNoMemory;
+  std::unique_ptr<VoMsgTnefBody> copied(body->copy(&to));
+  if (!copied) return kVoNoMemory;
+  to.mBody.adopt(std::move(copied));
+  return kVoSuccess;
 }
 
 VoErrorCode VoMsgTnefMessage::copyTree(VoMsgTnefMessage& from) {

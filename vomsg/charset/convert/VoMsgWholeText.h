@@ -16,4 +16,7 @@ bool convertWholeText(const char* to, const char* from, bool substitute, std::st
 // is assumed where neither says (RFC 2781, section 4.3). What is no character becomes U+FFFD. False: not such a name.
 bool decodeWideText(const char* charset, std::string_view text, std::string& utf8);
 
+// Whether all of `text` is UTF-8: shortest forms only, no surrogates, nothing above U+10FFFF.
+bool isUtf8(std::string_view text);
+
 }  // namespace vomsg::detail

@@ -1,4 +1,4 @@
-#include "vomsg/entity/VoMsgHtmlCharset.h"
+#include "vomsg/charset/detect/VoMsgHtmlCharset.h"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,8 @@
 #include <memory>
 #include <string>
 
-#include "vomsg/tnef/VoMsgEmbededScanner.h"
-#include "vomsg/tnef/VoMsgHeaderlessEntity.h"
+#include "vomsg/embedded/VoMsgEmbededScanner.h"
+#include "vomsg/entity/VoMsgHeaderlessEntity.h"
 
 class VoMsgMultiEmbededEntity;
 namespace vomsg::detail {
@@ -29,7 +29,9 @@ class VOMSG_API VoMsgEmbededEntity : public VoMsgHeaderlessEntity {
   const char* getContentType() const override;  // "text/plain" or "application/octet-stream"
   const char* getCharset() const override;      // of a stretch of text: as of the whole text; else null
   const char* getEncoding() const override;     // "x-uuencode", "mac-binhex40", or null
-  // From the block, as it stands there: never trust it as a path. Null for text. Borrowed until the next call.
+  // From the block: never trust it as a path. Without `charset` as it stands there, else converted from the charset of
+  // the text; in one that names none, a name that is UTF-8 is taken for that and any other for windows-1252. Null for
+  // text. Borrowed until the next call.
   const char* getFileName(const char* charset) const override;
   unsigned getContentSize() const override;
   bool isMultipartEntity() const override;  // false

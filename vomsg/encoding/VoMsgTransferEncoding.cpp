@@ -1,4 +1,4 @@
-#include "vomsg/entity/VoMsgTransferEncoding.h"
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "vomsg/tnef/VoMsgMultiEmbededEntity.h"
+#include "vomsg/embedded/VoMsgMultiEmbededEntity.h"
 
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"

@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
+#include "vomsg/entity/VoMsgHeaderlessEntity.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/foundation/VoObjectStub.h"
-#include "vomsg/tnef/VoMsgHeaderlessEntity.h"
 
 class VOMSG_API VoMsgMultiEmbededEntity : public VoMsgHeaderlessEntity {
  public:

@@ -1,7 +1,8 @@
-#include "vomsg/tnef/VoMsgEmbededScanner.h"
+#include "vomsg/embedded/VoMsgEmbededScanner.h"
 
 #include <algorithm>
 
+#include "vomsg/embedded/VoMsgBlockStartSearch.h"
 #include "vomsg/encoding/VoBinHex.h"
 #include "vomsg/encoding/VoBinHexCoding.h"
 #include "vomsg/encoding/VoCodecSupport.h"
@@ -9,7 +10,6 @@
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgLineWalk.h"
-#include "vomsg/tnef/VoMsgBlockStartSearch.h"
 
 namespace vomsg::detail {
 

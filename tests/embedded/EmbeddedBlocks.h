@@ -13,7 +13,7 @@
 namespace vomsg::test {
 
 inline std::string uuencode(const std::string& bytes, const char* name) {
-  return through(bytes, 4096, [&](auto& out, auto& in) { EXPECT_TRUE(detail::_encodeUUEncode(&out, &in, name)); });
+  return through(bytes, 4096, [&](auto& out, auto& in) { EXPECT_TRUE(_encodeUUEncode(&out, &in, name)); });
 }
 
 inline std::string binHex(const std::string& bytes, const char* name) {

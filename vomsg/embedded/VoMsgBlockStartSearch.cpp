@@ -1,4 +1,4 @@
-#include "vomsg/tnef/VoMsgBlockStartSearch.h"
+#include "vomsg/embedded/VoMsgBlockStartSearch.h"
 
 #include <algorithm>
 

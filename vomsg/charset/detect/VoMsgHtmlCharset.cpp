@@ -1,4 +1,4 @@
-#include "vomsg/entity/VoMsgHtmlCharset.h"
+#include "vomsg/charset/detect/VoMsgHtmlCharset.h"
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/foundation/VoMsgAscii.h"

@@ -1,4 +1,4 @@
-#include "vomsg/tnef/VoMsgEmbededEntity.h"
+#include "vomsg/embedded/VoMsgEmbededEntity.h"
 
 #include <algorithm>
 #include <memory>
@@ -6,11 +6,13 @@
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/convert/VoMsgWholeText.h"
+#include "vomsg/embedded/VoMsgLineEndFilter.h"
+#include "vomsg/embedded/VoMsgMultiEmbededEntity.h"
 #include "vomsg/encoding/VoBinHex.h"
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/encoding/VoUUEncode.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
-#include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
@@ -20,8 +22,6 @@
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoObjectStub.h"
-#include "vomsg/tnef/VoMsgLineEndFilter.h"
-#include "vomsg/tnef/VoMsgMultiEmbededEntity.h"
 
 using namespace vomsg::detail;
 
@@ -167,8 +167,10 @@ const char* VoMsgEmbededEntity::rawName() const {
 const char* VoMsgEmbededEntity::getFileName(const char* charset) const {
   return guardedOr<const char*>(nullptr, [&]() -> const char* {
     const char* const name = rawName();
-    const char* const from = whole() ? whole()->getCharset() : nullptr;
-    if (!name || !charset || !from) return name;
+    if (!name || !charset) return name;
+    const char* from = whole() && !whole()->isEpilogue() ? whole()->getCharset() : nullptr;
+    // A text that names no charset does not say what its names are in either.
+    if (!from || !*from) from = isUtf8(name) ? "utf-8" : "windows-1252";
     state().shownName = name;
     return convert(state().shownName, charset, from, true) ? state().shownName.c_str() : name;
   });
@@ -359,7 +361,7 @@ VoErrorCode VoMsgEmbededEntity::install(VoMsgResourceLocator* content, const cha
   }
   if (voFailed(code)) return code;
   auto changed = std::make_unique<State>();
-  changed->bytes.setNewObject(bytes.release());
+  changed->bytes.adopt(std::move(bytes));
   mpState = std::move(changed);
   mPiece.kind = kind;
   return kVoSuccess;

@@ -1,4 +1,4 @@
-#include "vomsg/tnef/VoMsgHeaderlessEntity.h"
+#include "vomsg/entity/VoMsgHeaderlessEntity.h"
 
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 

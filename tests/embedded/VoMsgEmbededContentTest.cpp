@@ -4,12 +4,12 @@
 #include <memory>
 #include <random>
 
+#include "tests/embedded/EmbeddedBlocks.h"
 #include "tests/support/MessageFixture.h"
-#include "tests/tnef/EmbeddedBlocks.h"
+#include "vomsg/embedded/VoMsgEmbededEntity.h"
+#include "vomsg/embedded/VoMsgMultiEmbededEntity.h"
 #include "vomsg/encoding/VoBase64.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
-#include "vomsg/tnef/VoMsgEmbededEntity.h"
-#include "vomsg/tnef/VoMsgMultiEmbededEntity.h"
 
 namespace {
 
@@ -201,6 +201,52 @@ TEST(EmbeddedContent, AMessageInABlock) {
   for (const char* name : {".eml", "x.txt"}) {
     MessageFixture plain(header("8bit") + uuencode(inner, name));
     EXPECT_FALSE(piecesOf(*plain)[0]->hasChildEntity()) << name;
+  }
+}
+
+// The charset of the text says what its names are in; without one they are UTF-8 or else windows-1252.
+TEST(EmbeddedContent, NamesOfBlocks) {
+  const struct {
+    const char *type, *name, *charset, *expected;
+  } rows[] = {
+      {"text/plain", "caf\xC3\xA9", "utf-8", "caf\xC3\xA9"},
+      {"text/plain", "caf\xC3\xA9", "iso-8859-1", "caf\xE9"},
+      {"text/plain", "caf\xE9 \x80", "utf-8", "caf\xC3\xA9 \xE2\x82\xAC"},
+      {"text/plain", "caf\xE9", nullptr, "caf\xE9"},
+      {"text/plain", "\xC3\xA9 \xE9", "utf-8", "\xC3\x83\xC2\xA9 \xC3\xA9"},    // not all of it is UTF-8
+      {"text/plain", "\xED\xA0\x80", "utf-8", "\xC3\xAD\xC2\xA0\xE2\x82\xAC"},  // a surrogate is not UTF-8
+      {"text/plain; charset=windows-1251", "\xC4\xE0", "utf-8", "\xD0\x94\xD0\xB0"},
+      {"text/plain; charset=iso-8859-5", "\xC3\xA9", "utf-8", "\xD0\xA3\xD0\x89"},
+  };
+  for (const auto& [type, name, charset, expected] : rows) {
+    for (const std::string& block : {uuencode("x", name), binHex("x", name)}) {
+      MessageFixture message("Content-Type: " + std::string(type) + "\r\n\r\n" + block);
+      ASSERT_EQ(piecesOf(*message).size(), 1u);
+      EXPECT_STREQ(piecesOf(*message)[0]->getFileName(charset), expected) << type << name;
+      MessageFixture behind("Content-Type: multipart/mixed; boundary=q\r\n\r\n--q--\r\n" + block);
+      const bool isDeclared = std::string_view(type).find(';') != std::string::npos;
+      ASSERT_TRUE(behind->getChildEntity());
+      VoMsgEntity* const piece = behind->getChildEntity()->getChildEntity();
+      if (isDeclared) continue;
+      EXPECT_STREQ(piece->getFileName(charset), expected) << name;
+    }
+  }
+}
+
+// A part that says it is BinHex is one whatever it is called; only what comes out of it may be a message.
+TEST(EmbeddedContent, ABinHexPartNamedAsAMessage) {
+  const std::string inner = "Subject: inner\r\n\r\ntext\r\n";
+  for (const char* type : {"application/mac-binhex40", "Application/Mac-BinHex"}) {
+    MessageFixture message("Content-Type: " + std::string(type) + "; name=outer.eml\r\n\r\n" +
+                           binHex(inner, "inner.eml"));
+    const bool isText = std::string_view(type).ends_with("40");
+    ASSERT_EQ(message->hasChildEntity(), isText) << type;
+    if (!isText) continue;
+    EXPECT_EQ(message->getChildEntity()->getEntityTypeID(), kVoEntityMultiEmbeded);
+    VoMsgEntity* const block = piecesOf(*message)[0];
+    ASSERT_TRUE(block->getChildEntity());
+    EXPECT_STREQ(block->getChildEntity()->getHeaderValue("Subject", "utf-8"), "inner");
+    EXPECT_EQ(contentOf(*block), inner);
   }
 }
 

@@ -5,25 +5,25 @@
 #include <limits>
 #include <memory>
 
+#include "vomsg/embedded/VoMsgBlockStartSearch.h"
+#include "vomsg/embedded/VoMsgEmbededEntity.h"
+#include "vomsg/embedded/VoMsgMultiEmbededEntity.h"
 #include "vomsg/encoding/VoBase64.h"
 #include "vomsg/encoding/VoBinHex.h"
+#include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/encoding/VoPieceSink.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
 #include "vomsg/encoding/VoUUEncode.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgNestedContent.h"
-#include "vomsg/entity/VoMsgRangeResource.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
-#include "vomsg/entity/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgRangeResource.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
-#include "vomsg/tnef/VoMsgBlockStartSearch.h"
-#include "vomsg/tnef/VoMsgEmbededEntity.h"
-#include "vomsg/tnef/VoMsgMultiEmbededEntity.h"
 
 namespace vomsg::detail {
 
@@ -158,9 +158,10 @@ VoErrorCode scan(VoMsgEntity& parent, TransferEncoding encoding, MessageSource& 
   }
   text = decodedBody(encoding, source, offset, size);
   if (!text) return kVoNoContent;
-  VoObjectStub<VoMsgResourceLocator> shared(text.get());
-  text.release();
-  VoObjectStub<MessageSource> textSource(new MessageSource(shared, place.options));
+  VoObjectStub<VoMsgResourceLocator> shared;
+  shared.adopt(std::move(text));
+  VoObjectStub<MessageSource> textSource;
+  textSource.adopt(std::make_unique<MessageSource>(shared, place.options));
   if (!whole) {
     const OpenSource open(textSource.getObject());
     const std::uint32_t decodedSize = textSource.getObject()->resource()->getSize(VoMsgResourceLocator::dataPart);

@@ -1,4 +1,4 @@
-#include "vomsg/entity/VoMsgRangeResource.h"
+#include "vomsg/foundation/VoMsgRangeResource.h"
 
 #include <algorithm>
 #include <memory>

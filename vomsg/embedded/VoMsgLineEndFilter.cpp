@@ -1,4 +1,4 @@
-#include "vomsg/tnef/VoMsgLineEndFilter.h"
+#include "vomsg/embedded/VoMsgLineEndFilter.h"
 
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 

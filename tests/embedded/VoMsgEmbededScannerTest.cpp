@@ -1,4 +1,4 @@
-#include "vomsg/tnef/VoMsgEmbededScanner.h"
+#include "vomsg/embedded/VoMsgEmbededScanner.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 #include <random>
 #include <string>
 
-#include "tests/tnef/EmbeddedBlocks.h"
+#include "tests/embedded/EmbeddedBlocks.h"
+#include "vomsg/embedded/VoMsgBlockStartSearch.h"
 #include "vomsg/foundation/VoMsgAscii.h"
-#include "vomsg/tnef/VoMsgBlockStartSearch.h"
 
 namespace {
 
@@ -33,8 +33,8 @@ std::string range(const char* kind, std::size_t offset, std::size_t size) {
 }
 
 TEST(BlockStartSearch, FindsTheFirstLineHoweverTheTextIsCut) {
-  static constexpr const char* kWords[] = {"\n",      "\r", "b", "begin ",          "begin 6",
-                                           "begin x", "(",  "x", "xxxxxxxxxxxxxxxx"};
+  static constexpr const char* kWords[] = {"\n",      "\r", "b", "begin ", "begin 6",
+                                           "begin x", "(",  "x", " ",      "xxxxxxxxxxxxxxxx"};
   std::mt19937 random(45);
   std::vector<LineStartKernel> kernels{&findLineStartPortable};
   if (const auto kernel = lineStartKernelSse2()) kernels.push_back(kernel);
@@ -78,6 +78,7 @@ TEST(EmbeddedScanner, Blocks) {
   const Row rows[] = {
       {"Hello\n", block, "Bye\n", "u"},
       {"", block, "", "u"},
+      {"", "begin  a\n#86)C\n`\nend\n", "", "u"},  // no mode between the two blanks
       {"Hello\n", "begin 644 a\r\n#86)C\r\n`\r\nend", "", "u"},
       {"", "begin 644 a\n#86)C\n", "Hello\n", "u"},     // no end: as far as lines are data
       {"", "begin 644 a\n#86)C\n#86)C", "", "u"},       // the text ends
