@@ -197,8 +197,12 @@ void surviveUnchanged(const std::string& bytes) {
       int err = 0;
       entity->getContent(err, nullptr);
       entity->getContentSize();
+      const auto text = [](const char* value) { return value ? std::string("=") + value : std::string(); };
+      const std::string before = text(entity->getContentType()) + text(entity->getEncoding());
       if (const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity))
         marked = marked || mime->getEntityHeader()->getMark() != vomsg::detail::HeaderMark{};
+      // The header block, which is there now, says what was known without it.
+      ASSERT_EQ(text(entity->getContentType()) + text(entity->getEncoding()), before);
     }
     const std::string first = written(*message);
     if (!marked) {

@@ -10,6 +10,7 @@
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgTreeEpoch.h"
 
 namespace vomsg::detail {
 
@@ -23,6 +24,7 @@ VoErrorCode ContentEditor::moveContentToPart() { return Inside::changeSingleToMu
 VoErrorCode ContentEditor::makeMultipart(std::unique_ptr<VoMsgEntityHeader> header) {
   EditUndo undo(mEntity);
   Inside::header(mEntity).adopt(std::move(header));
+  noteTreeChange();
   const VoErrorCode code = Inside::makeMultipartHeader(mEntity);
   if (voFailed(code)) return code;
   Inside::body(mEntity).free();

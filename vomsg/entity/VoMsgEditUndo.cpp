@@ -5,6 +5,7 @@
 
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
+#include "vomsg/foundation/VoMsgTreeEpoch.h"
 
 namespace vomsg::detail {
 
@@ -29,6 +30,7 @@ EditUndo::~EditUndo() {
   }
   if (mAside->hasChildEntity()) TreeAccess::moveChildren(mAside.get(), &mEntity);
   Inside::header(mEntity) = mHeader;
+  noteTreeChange();
   Inside::body(mEntity) = mBody;
   layoutOf(mEntity) = mLayout;
 }

@@ -6,6 +6,8 @@
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgShortage.h"
+#include "vomsg/foundation/VoMsgTreeEpoch.h"
 
 namespace {
 
@@ -49,12 +51,48 @@ unsigned VoMsgEntity::getIndex() {
   return 0;
 }
 
-unsigned VoMsgEntity::getNestingLevel() {
-  unsigned level = 0;
-  for (const VoMsgEntity* entity = mpParent; entity && entity->mpParent; entity = entity->mpParent)
-    level += (entity->getEntityTypeID() & kVoEntityIsMessage) != 0;
-  return level;
+// ---- what climbing to the root tells
+
+bool VoMsgEntity::isKept(bool withProtection) const {
+  return mAncestry.epoch == treeEpoch() && (mAncestry.hasProtection || !withProtection);
 }
+
+void VoMsgEntity::learnFrom(const VoMsgEntity* parent, bool withProtection) {
+  Ancestry learnt;
+  learnt.root = parent ? parent->mAncestry.root : this;
+  learnt.epoch = treeEpoch();
+  const bool isInMessage = parent && parent->mpParent && (parent->getEntityTypeID() & kVoEntityIsMessage);
+  learnt.level = parent ? (parent->mAncestry.level + isInMessage) & 0x1FFFFFFF : 0;
+  if (withProtection) {
+    learnt.hasProtection = 1;
+    learnt.inSigned = (parent && parent->mAncestry.inSigned) || isType(*this, "multipart/signed");
+    learnt.inEncrypted = (parent && parent->mAncestry.inEncrypted) || isType(*this, "multipart/encrypted");
+  }
+  mAncestry = learnt;
+}
+
+// Up to the root or to the first entity that knows, then down again, telling everyone on the way. The memos on the way
+// are void, so they can hold the way down meanwhile.
+const VoMsgEntity::Ancestry& VoMsgEntity::ancestry(bool withProtection) {
+  const ShortageWatch shortage;
+  VoMsgEntity* below = nullptr;
+  VoMsgEntity* entity = this;
+  for (; entity && !entity->isKept(withProtection); entity = entity->mpParent) {
+    entity->mAncestry.epoch = 0;
+    entity->mAncestry.root = below;
+    below = entity;
+  }
+  for (const VoMsgEntity* parent = entity; below; parent = entity) {
+    entity = below;
+    below = entity->mAncestry.root;
+    entity->learnFrom(parent, withProtection);
+  }
+  if (shortage.seen()) noteTreeChange();  // a type could not be read now; next time perhaps it can
+  return mAncestry;
+}
+
+unsigned VoMsgEntity::getNestingLevel() { return ancestry(false).level; }
+VoMsgEntity* VoMsgEntity::_getRootEntity() { return ancestry(false).root; }
 
 bool VoMsgEntity::hasChildEntity() const { return mpCild != nullptr; }
 
@@ -86,9 +124,7 @@ bool VoMsgEntity::isContentType(const char* type, const char* subtype) const {
 
 bool VoMsgEntity::isSignedPart() {
   if (isPkcs7Mime(*this) && (hasSmimeType(*this, "signed-data") || isNamedP7m(*this))) return true;
-  for (const VoMsgEntity* entity = this; entity; entity = entity->mpParent)
-    if (isType(*entity, "multipart/signed")) return true;
-  return false;
+  return ancestry(true).inSigned;
 }
 
 // Unlike the test for signatures, octet streams named *.p7m count, and the entity itself being the
@@ -97,9 +133,7 @@ bool VoMsgEntity::isEncryptedPart() {
   if ((isPkcs7Mime(*this) || isType(*this, "application/octet-stream")) &&
       (hasSmimeType(*this, "enveloped-data") || isNamedP7m(*this)))
     return true;
-  for (const VoMsgEntity* entity = mpParent; entity; entity = entity->mpParent)
-    if (isType(*entity, "multipart/encrypted")) return true;
-  return false;
+  return mpParent && mpParent->ancestry(true).inEncrypted;
 }
 
 bool VoMsgEntity::isModified() {
@@ -142,8 +176,7 @@ VoErrorCode VoMsgEntity::_writeEntityToResource(VoMsgEntity* entity, VoMsgBuffer
 }
 
 const char* VoMsgEntity::_getUUIDString() {
-  VoMsgEntity* root = this;
-  while (root->mpParent) root = root->mpParent;
+  VoMsgEntity* const root = _getRootEntity();
   return root == this ? "" : root->_getUUIDString();
 }
 
@@ -156,6 +189,8 @@ VoMsgEntity* VoMsgEntity::getChildEntityByID(std::uint32_t id) {
 
 void VoMsgEntity::_appendChild(VoMsgEntity* child) {
   if (!child) return;
+  for (const VoMsgEntity* added = child; added; added = added->mpSibling)
+    if (added->mAncestry.epoch != 0) noteTreeChange();
   (mpLastChild ? mpLastChild->mpSibling : mpCild) = child;
   for (; child; child = child->mpSibling) {
     child->mpParent = this;
@@ -167,6 +202,7 @@ bool VoMsgEntity::_insertChildAt(VoMsgEntity* child, unsigned i) {
   if (!child) return false;
   VoMsgEntity* const before = i == 0 ? nullptr : getChildEntityAt(i - 1);
   if (i > 0 && !before) return false;
+  if (child->mAncestry.epoch != 0) noteTreeChange();
   VoMsgEntity*& link = before ? before->mpSibling : mpCild;
   child->mpSibling = link;
   child->mpParent = this;
@@ -216,6 +252,7 @@ void VoMsgEntity::_freeTree() {
 
 void vomsg::detail::TreeAccess::moveChildren(VoMsgEntity* from, VoMsgEntity* to) {
   VoMsgEntity* const first = from->mpCild;
+  noteTreeChange();
   from->mpCild = from->mpLastChild = nullptr;
   to->_appendChild(first);
 }

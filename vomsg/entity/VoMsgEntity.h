@@ -43,15 +43,16 @@ class VOMSG_API VoMsgEntity {
 
   virtual std::uint32_t getEntityTypeID() const = 0;
 
-  // --- the tree. All pointers are borrowed; null where there is nothing.
-  virtual unsigned getIndex();         // position among the parent's children; 0 for a root
-  virtual unsigned getNestingLevel();  // enclosing messages, the tree's root not counted
+  // --- the tree. All pointers are borrowed; null where there is nothing. What counts or numbers children walks over
+  // them: in a loop over the children follow getChildEntity() and getNextSiblingEntity() instead.
+  virtual unsigned getIndex();         // position among the parent's children; 0 for a root. Walks over them
+  virtual unsigned getNestingLevel();  // enclosing messages, the tree's root not counted. Kept until the tree changes
   virtual bool hasChildEntity() const;
-  virtual unsigned countChildEntity() const;
+  virtual unsigned countChildEntity() const;  // walks over the children
   virtual VoMsgEntity* getParentEntity() const;
   virtual VoMsgEntity* getNextSiblingEntity() const;
   virtual VoMsgEntity* getChildEntity() const;
-  virtual VoMsgEntity* getChildEntityAt(unsigned i) const;
+  virtual VoMsgEntity* getChildEntityAt(unsigned i) const;  // walks over the children up to there
 
   // The entity takes the child over unless the call fails. Removing destroys the child with its subtree.
   // kVoBadArgument: null; kVoOutOfRange: no such place; kVoNoChildren: not a multipart.
@@ -109,9 +110,9 @@ class VOMSG_API VoMsgEntity {
 
   // --- classification. isContentType is a prefix test on purpose: ("multipart", null) accepts every multipart.
   virtual bool isContentType(const char* type, const char* subtype) const;
-  virtual bool isSignedPart();
-  virtual bool isEncryptedPart();
-  virtual bool isModified();  // a caller changed something in this subtree
+  virtual bool isSignedPart();     // what the entities around contribute is kept until a type or the tree changes
+  virtual bool isEncryptedPart();  // the same
+  virtual bool isModified();       // a caller changed something in this subtree
 
   // --- addresses of From, To, Cc and BCC. Entities without addresses: 0, null, kVoNotSupported.
   virtual unsigned countUserAddress(const char* name) const;
@@ -153,8 +154,11 @@ class VOMSG_API VoMsgEntity {
   virtual const char* _getUUIDString();  // the log tag of the message around this entity; never null
 
   std::uint32_t getEntityID() const { return mEntityID; }  // unique in the process, from 1
-  // The first entity with that id in document order, from this entity on; null when there is none.
+  // The first entity with that id in document order, from this entity on; null when there is none. Walks over them.
   VoMsgEntity* getChildEntityByID(std::uint32_t id);
+
+  // Operations of this kind made on a subtree ask for its root often; amortised over a walk this is constant.
+  VoMsgEntity* _getRootEntity();
 
  protected:
   friend struct vomsg::detail::TreeAccess;
@@ -173,4 +177,23 @@ class VOMSG_API VoMsgEntity {
   std::uint32_t mReserved = 0;  // for the kinds' own use
   std::uint32_t mEntityID;
   VoMsgEntity* mpLastChild = nullptr;  // so that appending never walks the children
+
+ private:
+  // What climbing to the root told, in the epoch in which it was asked (0: never). It is told to every entity on the
+  // way, so a valid memo has valid ones above it, and a walk over a tree of any depth climbs each edge once.
+  struct Ancestry {
+    VoMsgEntity* root = nullptr;
+    std::uint32_t epoch = 0;
+    std::uint32_t level : 29;
+    std::uint32_t hasProtection : 1;  // the two below are known as well
+    std::uint32_t inSigned : 1;       // this entity or one around it is a multipart/signed
+    std::uint32_t inEncrypted : 1;    // the same for multipart/encrypted
+    Ancestry() : level(0), hasProtection(0), inSigned(0), inEncrypted(0) {}
+  };
+
+  const Ancestry& ancestry(bool withProtection);
+  bool isKept(bool withProtection) const;
+  void learnFrom(const VoMsgEntity* parent, bool withProtection);
+
+  Ancestry mAncestry;
 };

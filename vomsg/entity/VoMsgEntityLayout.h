@@ -30,6 +30,7 @@ struct VoMsgEntityLayout {
   VoMsgEntityLayout ofMovedBody() const {
     VoMsgEntityLayout moved = *this;
     moved.hasHeaderRange = moved.unterminatedHeader = moved.isChildHeader = moved.mayBePartial = false;
+    moved.declaredType = moved.declaredEncoding = 0;
     moved.isMarked = moved.subtreeMarked = moved.inPlace = false;
     return moved;
   }
@@ -40,6 +41,10 @@ struct VoMsgEntityLayout {
   std::uint32_t headerSize = 0;
   std::uint32_t bodyOffset = 0;
   std::uint32_t bodySize = 0;
+
+  // What the block in the source declares, by the numbers of VoMsgCommonValue.h; 0: not among those, ask the block.
+  std::uint8_t declaredType = 0;
+  std::uint8_t declaredEncoding = 0;
 
   bool hasHeaderRange : 1;      // the block lies in the source
   bool hasBodyRange : 1;        // the body lies in the source

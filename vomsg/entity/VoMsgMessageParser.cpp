@@ -10,6 +10,7 @@
 
 #include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgCommonValue.h"
 #include "vomsg/entity/VoMsgEntityInside.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMailMessage.h"
@@ -110,7 +111,7 @@ void MessageParser::giveUp() {
   // What was not read belongs to whatever was open, so that nothing of the source is lost when it is written.
   const std::uint64_t size = mReader.getSize();
   if (mUnread == &mRoot) {
-    mSurvey.offset = mSurvey.size = 0;
+    mSurvey = {};
     layoutOf(mRoot) = surveyedLayout(layoutOf(mRoot), mRoot.getParentEntity() != nullptr);
     mLeaf = &mRoot;
   } else if (mUnread) {
@@ -175,6 +176,10 @@ VoMsgEntityLayout MessageParser::surveyedLayout(VoMsgEntityLayout placed, bool i
   placed.bodyOffset = mSurvey.offset + mSurvey.size;
   placed.bodySize = 0;
   placed.hasBodyRange = true;
+  placed.declaredType =
+      static_cast<std::uint8_t>(mSurvey.hasContentType ? commonValueOf(mSurvey.contentType.value) : CommonValue::none);
+  placed.declaredEncoding =
+      static_cast<std::uint8_t>(mSurvey.hasEncoding ? commonValueOf(mSurvey.encoding.value) : CommonValue::none);
   placed.mayBePartial = mSurvey.hasContentType && startsWithNoCase(mSurvey.contentType.value, "message/");
   return placed;
 }

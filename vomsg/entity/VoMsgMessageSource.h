@@ -38,6 +38,10 @@ class OpenSource {
   OpenSource(const OpenSource&) = delete;
   OpenSource& operator=(const OpenSource&) = delete;
   VoMsgBufferedReader* reader() const { return mpReader; }
+  // What the reader reads; null without a source.
+  const VoObjectStub<VoMsgResourceLocator>* resource() const {
+    return mpSource ? &mpSource->sharedResource() : nullptr;
+  }
 
  private:
   MessageSource* mpSource;

@@ -25,6 +25,7 @@
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/foundation/VoMsgTreeEpoch.h"
 
 namespace {
 
@@ -100,7 +101,7 @@ const VoMsgResourceLocator* VoMsgRfc822Entity::_getContent(int& err, const VoMsg
     VoMsgSingleBody* const body = isMultipartEntity() ? nullptr : _singleBody();
     if (!body) return kVoNoContent;
     const OpenSource source(mMessageSource.getObject());
-    return body->getContent(source.reader(), getEncoding(), content);
+    return body->getContent(source.reader(), source.resource(), getEncoding(), content);
   });
   err = static_cast<int>(code);
   return voFailed(code) ? nullptr : content;
@@ -112,7 +113,7 @@ const VoMsgResourceLocator* VoMsgRfc822Entity::_getRawContent(int& err, const Vo
     VoMsgSingleBody* const body = isMultipartEntity() ? nullptr : _singleBody();
     if (!body) return kVoNoContent;
     const OpenSource source(mMessageSource.getObject());
-    return body->getRawContent(source.reader(), content);
+    return body->getRawContent(source.reader(), source.resource(), content);
   });
   err = static_cast<int>(code);
   return voFailed(code) ? nullptr : content;
@@ -235,6 +236,7 @@ VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const 
   code = _describeContent(content, contentType, encoding, takeName);
   if (voFailed(code)) {
     mHeader = former;
+    noteTreeChange();
     return code;
   }
   _freeTree();

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgCommonValue.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMessageWriter.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
@@ -21,6 +22,7 @@
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/foundation/VoMsgTreeEpoch.h"
 #include "vomsg/header/VoMsgStructuredValue.h"
 
 namespace {
@@ -278,11 +280,21 @@ VoErrorCode VoMsgRfc822Entity::removeUserAddressAt(const char* name, unsigned i)
 
 // ---- what the content is
 
-const char* VoMsgRfc822Entity::getContentType() const { return getRawHeaderValue("Content-Type"); }
+// Type and encoding are asked of every entity in a walk, and mostly known without a header block; one that is there
+// knows better.
+const char* VoMsgRfc822Entity::getContentType() const {
+  const auto known = static_cast<CommonValue>(mLayout.declaredType);
+  if (!mHeader.getObject() && known != CommonValue::unknown) return textOf(known);
+  return getRawHeaderValue("Content-Type");
+}
 const char* VoMsgRfc822Entity::getCharset() const {
   return getHeaderParameterValue("Content-Type", "charset", "us-ascii");
 }
-const char* VoMsgRfc822Entity::getEncoding() const { return getRawHeaderValue("Content-Transfer-Encoding"); }
+const char* VoMsgRfc822Entity::getEncoding() const {
+  const auto known = static_cast<CommonValue>(mLayout.declaredEncoding);
+  if (!mHeader.getObject() && known != CommonValue::unknown) return textOf(known);
+  return getRawHeaderValue("Content-Transfer-Encoding");
+}
 const char* VoMsgRfc822Entity::getBoundary() const { return getRawHeaderParameterValue("Content-Type", "boundary"); }
 
 const char* VoMsgRfc822Entity::getFileName(const char* charset) const {
@@ -447,6 +459,7 @@ VoErrorCode VoMsgRfc822Entity::copy(VoMsgEntity* from) {
       if (!header) return kVoNoMemory;
       mHeader.adopt(std::move(header));
     }
+    noteTreeChange();
     mBody = other->mBody;
     mMessageSource = other->mMessageSource;
     mLayout = other->mLayout;

@@ -22,6 +22,7 @@
 #include "vomsg/foundation/VoMsgKeyedHash.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/foundation/VoMsgTreeEpoch.h"
 #include "vomsg/header/VoMsgHeaderField.h"
 
 namespace {
@@ -166,6 +167,7 @@ void VoMsgRfc822Entity::_findDelimiters(const BoundaryTable& boundaries, std::ve
 VoErrorCode VoMsgRfc822Entity::_removeMultipartHeader(std::unique_ptr<VoMsgEntityHeader> former) {
   if (!former) return kVoRestructureFailed;
   mHeader.adopt(std::move(former));
+  noteTreeChange();
   return kVoSuccess;
 }
 

@@ -4,6 +4,7 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgRangeResource.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
@@ -49,8 +50,9 @@ VoErrorCode VoMsgSingleBody::withEncodedBytes(VoMsgBufferedReader* reader, Sink&
   return sink(*reader, static_cast<std::uint32_t>(mBodySize));
 }
 
-VoErrorCode VoMsgSingleBody::fetch(VoMsgBufferedReader* reader, TransferEncoding encoding,
-                                   std::unique_ptr<VoMsgResourceLocator>& kept, const VoMsgResourceLocator*& resource) {
+VoErrorCode VoMsgSingleBody::fetch(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
+                                   TransferEncoding encoding, std::unique_ptr<VoMsgResourceLocator>& kept,
+                                   const VoMsgResourceLocator*& resource) {
   if (kept) {
     if (resource) return copyResource(*kept, *resource);
     resource = kept.get();
@@ -61,6 +63,12 @@ VoErrorCode VoMsgSingleBody::fetch(VoMsgBufferedReader* reader, TransferEncoding
       // Streams and names of a resource are reached through its constant interface; only the name of what a
       // uuencode or BinHex block holds is set on it, which the caller who passed it as a target expects.
       return decodeTransfer(encoding, const_cast<VoMsgResourceLocator&>(*resource), source, length);
+    }
+    if (whole && !mpNewContent && encoding == TransferEncoding::identity) {
+      if (std::uint64_t{length} > source.getSize() - std::uint64_t{source.getOffset()}) return kVoReadFailed;
+      kept = std::make_unique<RangeResource>(*whole, static_cast<std::uint32_t>(mBodyOffset), length);
+      resource = kept.get();
+      return kVoSuccess;
     }
     std::unique_ptr<VoMsgResourceLocator> target(
         VoMsgResourceManager::createTmpResource(decodedRoom(encoding, source, length)));
@@ -75,11 +83,21 @@ VoErrorCode VoMsgSingleBody::fetch(VoMsgBufferedReader* reader, TransferEncoding
 
 VoErrorCode VoMsgSingleBody::getContent(VoMsgBufferedReader* reader, const char* encoding,
                                         const VoMsgResourceLocator*& resource) {
-  return guarded([&] { return fetch(reader, transferEncodingOf(encoding), mpDecoded, resource); });
+  return getContent(reader, nullptr, encoding, resource);
 }
 
 VoErrorCode VoMsgSingleBody::getRawContent(VoMsgBufferedReader* reader, const VoMsgResourceLocator*& resource) {
-  return guarded([&] { return fetch(reader, TransferEncoding::identity, mpRaw, resource); });
+  return getRawContent(reader, nullptr, resource);
+}
+
+VoErrorCode VoMsgSingleBody::getContent(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
+                                        const char* encoding, const VoMsgResourceLocator*& resource) {
+  return guarded([&] { return fetch(reader, whole, transferEncodingOf(encoding), mpDecoded, resource); });
+}
+
+VoErrorCode VoMsgSingleBody::getRawContent(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
+                                           const VoMsgResourceLocator*& resource) {
+  return guarded([&] { return fetch(reader, whole, TransferEncoding::identity, mpRaw, resource); });
 }
 
 VoErrorCode VoMsgSingleBody::countContent(VoMsgBufferedReader* reader, const char* encoding, unsigned& size) {

@@ -7,6 +7,7 @@
 #include "vomsg/entity/VoMsgEntityBody.h"
 #include "vomsg/foundation/VoErrorCode.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoObjectStub.h"
 
 class VoMsgBufferedReader;
 namespace vomsg::detail {
@@ -26,6 +27,12 @@ class VOMSG_API VoMsgSingleBody : public VoMsgEntityBody {
   VoErrorCode getContent(VoMsgBufferedReader* reader, const char* encoding, const VoMsgResourceLocator*& resource);
   // The body as it stands, still encoded.
   VoErrorCode getRawContent(VoMsgBufferedReader* reader, const VoMsgResourceLocator*& resource);
+  // The same; where nothing is encoded, what the body keeps is a range of `whole` (may be null), which `reader` reads,
+  // instead of a copy.
+  VoErrorCode getContent(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
+                         const char* encoding, const VoMsgResourceLocator*& resource);
+  VoErrorCode getRawContent(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
+                            const VoMsgResourceLocator*& resource);
   // Bytes of the decoded content, counted without keeping them.
   VoErrorCode countContent(VoMsgBufferedReader* reader, const char* encoding, unsigned& size);
 
@@ -43,8 +50,9 @@ class VOMSG_API VoMsgSingleBody : public VoMsgEntityBody {
  private:
   template <class Sink>
   VoErrorCode withEncodedBytes(VoMsgBufferedReader* reader, Sink&& sink) const;
-  VoErrorCode fetch(VoMsgBufferedReader* reader, vomsg::detail::TransferEncoding encoding,
-                    std::unique_ptr<VoMsgResourceLocator>& kept, const VoMsgResourceLocator*& resource);
+  VoErrorCode fetch(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
+                    vomsg::detail::TransferEncoding encoding, std::unique_ptr<VoMsgResourceLocator>& kept,
+                    const VoMsgResourceLocator*& resource);
 
   std::unique_ptr<VoMsgResourceLocator> mpNewContent;
   std::unique_ptr<VoMsgResourceLocator> mpDecoded;

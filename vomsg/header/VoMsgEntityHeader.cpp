@@ -12,6 +12,7 @@
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/foundation/VoMsgTreeEpoch.h"
 #include "vomsg/header/VoMsgHeaderBlockBuilder.h"
 #include "vomsg/header/VoMsgHeaderLimits.h"
 #include "vomsg/header/VoMsgHeaderLines.h"
@@ -396,6 +397,12 @@ void VoMsgEntityHeader::settleAddresses() const {
 }
 
 // --- state
+
+// A field that came or went may have been the Content-Type.
+void VoMsgEntityHeader::setEdited() {
+  mIsNewHeader = mIsEdited = true;
+  vomsg::detail::noteTreeChange();
+}
 
 bool VoMsgEntityHeader::isNewHeader() const { return mIsNewHeader || isEdited(); }
 

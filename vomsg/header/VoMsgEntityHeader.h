@@ -81,7 +81,7 @@ class VOMSG_API VoMsgEntityHeader {
   bool isNewHeader() const;
   // A caller changed the block or a field of it; what the parser marked does not count.
   bool isEdited() const;
-  void setEdited() { mIsNewHeader = mIsEdited = true; }
+  void setEdited();
   // The fields so far were put together from unchanged ones, and nobody edited anything.
   void setUnedited();
   // The parser's mark: the first reason and the source offset of the line that caused it.

@@ -14,6 +14,7 @@
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
+#include "vomsg/foundation/VoMsgTreeEpoch.h"
 #include "vomsg/header/VoMsgEncodedWord.h"
 #include "vomsg/header/VoMsgFieldEncoding.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
@@ -41,6 +42,7 @@ bool looksLikePath(std::string_view charset) {
 VoMsgHeaderField::VoMsgHeaderField(const char* name, const char* rawValue)
     : mName(isUsableName(viewOf(name)) ? copyCStringOrNull(name) : nullptr) {
   setRawFieldValue(rawValue);
+  mValueMatters = true;
 }
 
 VoMsgHeaderField::~VoMsgHeaderField() = default;
@@ -85,6 +87,7 @@ VoErrorCode VoMsgHeaderField::store(const char* raw, bool hasEncodedWord) {
   mHasEncodedWord = hasEncodedWord;
   mDecoded = {};
   mCleaned.reset();
+  if (mValueMatters && equalNoCase(viewOf(getName()), "Content-Type")) noteTreeChange();
   return kVoSuccess;
 }
 

@@ -120,6 +120,7 @@ class VOMSG_API VoMsgHeaderField {
   vomsg::detail::CString mName;
   std::unique_ptr<VoMsgMultiString> mValue;
   bool mHasEncodedWord = false;
+  bool mValueMatters = false;  // somebody may have seen it
   Decoded mDecoded;
   vomsg::detail::CString mCleaned;  // Japanese text with its needed escape sequences only
   vomsg::detail::CString mDefaultCharset;

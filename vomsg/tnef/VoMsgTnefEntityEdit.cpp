@@ -10,6 +10,7 @@
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgMultiString.h"
+#include "vomsg/foundation/VoMsgTreeEpoch.h"
 #include "vomsg/tnef/VoMsgMapiAttachment.h"
 #include "vomsg/tnef/VoMsgTnefAttachData.h"
 #include "vomsg/tnef/VoMsgTnefBody.h"
@@ -192,6 +193,7 @@ VoErrorCode VoMsgTnefEntity::_setFileName(const char* name) {
 }
 
 VoErrorCode VoMsgTnefEntity::_setContentType(const char* contentType) {
+  vomsg::detail::noteTreeChange();
   if (!contentType) return kVoBadArgument;
   if (!hasRecord(kAttAttachment)) return kVoSuccess;
   VoMsgTnefBody* const body = _getTnefBody();
