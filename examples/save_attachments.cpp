@@ -1,30 +1,27 @@
-// Saves the attachments of a message as attachment-1, attachment-2, ... in the current folder. The names that a mail
-// gives to its attachments are printed, and never used as paths.
+// Saves the attachments of a message in the current folder, as 1_NAME, 2_NAME, ... with names that are safe there: what
+// a mail calls its attachments is never used as a path.
 #include <cstdio>
-#include <string>
+#include <fstream>
 
-#include "vomsg/vomsg.h"
+#include "vomsg/mail.h"
 
 int main(int argc, char** argv) {
   if (argc != 2) return std::fprintf(stderr, "usage: save_attachments MESSAGE\n"), 64;
-  VoMsgRfc822Message message;
-  if (voFailed(message.readFrom(new VoMsgFileResource(argv[1], nullptr, nullptr)))) return 65;
+  const vomsg::Result<vomsg::Message> message = vomsg::Message::open(argv[1]);
+  if (!message) return std::fprintf(stderr, "%s: %s\n", argv[1], message.error().text().c_str()), 65;
 
-  int saved = 0;
-  int failed = 0;
-  VoMsgEntityIterator parts(&message);
-  for (VoMsgEntity* part = parts.first(); part != nullptr; part = parts.next()) {
-    const char* name = part->getFileName("utf-8");
-    if (name == nullptr || part->isMultipartEntity()) continue;
-    const std::string path = "attachment-" + std::to_string(saved + 1);
-    VoMsgFileResource target(path.c_str(), name, "utf-8");
-    int code = 0;  // the content goes to the target, decoded
-    if (part->getContent(code, &target) != nullptr && !voFailed(code)) {
-      std::printf("%s: \"%s\"\n", path.c_str(), name);
-      ++saved;
+  int number = 0;
+  int exit = 0;
+  for (const vomsg::Part& part : message->attachments()) {
+    // A nested message is an attachment too; its bytes are its carrier's content.
+    const vomsg::Result<std::string> bytes = part.bytes();
+    const std::string path = std::to_string(++number) + "_" + part.safeName();
+    if (bytes && std::ofstream(path, std::ios::binary) << *bytes) {
+      std::printf("%s\n", path.c_str());
     } else {
-      ++failed;
+      std::fprintf(stderr, "%s: %s\n", path.c_str(), bytes ? "not written" : bytes.error().text().c_str());
+      exit = 65;
     }
   }
-  return failed == 0 ? 0 : 65;
+  return exit;
 }

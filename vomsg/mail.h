@@ -11,3 +11,4 @@
 #include "vomsg/mail/Part.h"
 #include "vomsg/mail/SafeName.h"
 #include "vomsg/mail/Settings.h"
+#include "vomsg/mail/Winmail.h"

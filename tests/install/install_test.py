@@ -2,6 +2,7 @@
 
 usage: install_test.py BUILD_FOLDER CMAKE CXX [FLAG...]
 """
+import base64
 import os
 import pathlib
 import re
@@ -42,8 +43,10 @@ class InstalledPackage(unittest.TestCase):
         self.assertEqual(output.splitlines()[1:], ["text/plain, 3 bytes", "image/png, 3 bytes"])
         copy = (self.work / "copy.eml").read_bytes()
         self.assertNotIn(b"Subject: old", copy)
-        self.assertRegex(copy, rb"(?i)Subject: =\?iso-8859-1\?")
-        self.assertEqual(copy.partition(b"\r\n\r\n")[2], MESSAGE.partition(b"\r\n\r\n")[2])
+        self.assertRegex(copy, rb"(?i)Subject: =\?utf-8\?Q\?")
+        body, image = copy.partition(b"\r\n\r\n")[2].split(b"--b\r\nContent-Type: ")
+        self.assertEqual(body, MESSAGE.partition(b"\r\n\r\n")[2].split(b"--b\r\nContent-Type: ")[0])
+        self.assertIn(base64.b64encode(b"An image was here.\r\n"), image)
 
     def test_find_package(self):
         run(CMAKE, "-G", "Ninja", "-S", ROOT / "tests/install", "-B", self.work / "consumer",

@@ -1,18 +1,15 @@
 // The program of README.md, built here against the installed package.
 #include <cstdio>
 
-#include "vomsg/vomsg.h"
+#include "vomsg/mail.h"
 
 int main(int argc, char** argv) {
-  VoMsgRfc822Message message;
-  const VoErrorCode code = message.readFrom(new VoMsgFileResource(argc > 1 ? argv[1] : "", nullptr, nullptr));
-  if (voFailed(code)) return 1;
-  VoMsgEntityIterator parts(&message);
-  for (VoMsgEntity* part = parts.first(); part != nullptr; part = parts.next()) {
-    const char* type = part->getContentType();
-    std::printf("%s, %u bytes\n", type ? type : "text/plain", part->getContentSize());
+  vomsg::Result<vomsg::Message> message = vomsg::Message::open(argc > 1 ? argv[1] : "");
+  if (!message) return std::fprintf(stderr, "%s\n", message.error().text().c_str()), 1;
+  for (vomsg::Part part : message->parts()) std::printf("%s, %u bytes\n", part.type().c_str(), part.size());
+  for (vomsg::Part part : message->attachments()) {
+    if (part.isType("image")) part.replaceWithText("An image was here.\r\n").orThrow();
   }
-  message.setHeaderValue("Subject", "Köln", "utf-8", "iso-8859-1");  // encoded as it must be
-  VoMsgFileResource copy("copy.eml", nullptr, nullptr);
-  return voFailed(message.writeTo(&copy)) ? 1 : 0;  // all else comes out byte for byte
+  message->setSubject("Köln").orThrow();  // encoded as it must be
+  message->write("copy.eml").orThrow();   // all else comes out byte for byte
 }

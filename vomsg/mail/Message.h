@@ -62,6 +62,7 @@ class Message : public Fields<Message> {
 
   VoMsgMailMessage* message() const { return mTree->message.get(); }  // borrowed: the interface below this one
   VoMsgEntity* entity() const { return message(); }
+  inner::Tree* tree() const { return mTree.get(); }  // for the files of this layer
   bool isTnef() const { return inner::isTnef(*message()); }
   bool isModified() const { return message()->isModified(); }
 
