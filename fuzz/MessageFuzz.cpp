@@ -1,40 +1,14 @@
 // A whole message: read, walk, take every content, write back, edit, read again, edit at random. What must hold for any
 // bytes: an unedited message without marks comes out as it was; one that is written anew stays as it is from then on;
 // bodies lie inside their resource, parts inside their multipart, in order and apart from one another.
-#include <algorithm>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "vomsg/entity/VoMsgEntityIterator.h"
+#include "fuzz/FuzzSupport.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
-#include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/header/VoMsgHeaderField.h"
 
+using namespace vomsg::fuzz;
+
 namespace {
-
-void require(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "violated: %s\n", what);
-  std::abort();
-}
-
-// In place for the input itself, so that a byte read behind its end is seen.
-VoMsgResourceLocator* memory(const void* data, std::size_t size, bool copy) {
-  return new VoMsgMemoryResource(const_cast<void*>(data), static_cast<unsigned>(size), copy ? 1 : 0, nullptr, nullptr);
-}
-
-std::string writeOut(VoMsgMailMessage& message) {
-  VoMsgMemoryResource target(0u, nullptr, nullptr);
-  require(!voFailed(message.writeTo(&target)), "a message that was read can be written");
-  const auto* bytes = static_cast<const char*>(target.getMemoryPointer(VoMsgResourceLocator::dataPart));
-  return bytes ? std::string(bytes, target.getSize(VoMsgResourceLocator::dataPart)) : std::string();
-}
 
 void lookAtHeader(VoMsgRfc822Entity& entity) {
   for (unsigned i = 0; i < entity.countHeaders(); ++i) {
@@ -122,7 +96,7 @@ void edit(VoMsgRfc822Message& message, std::string_view choices) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   VoMsgRfc822Message message;
-  message.readFrom(memory(data, size, false));
+  message.readFrom(inPlace({reinterpret_cast<const char*>(data), size}));
   const bool marked = walk(message);
   require(!message.isModified(), "reading changes nothing");
   const std::string first = writeOut(message);
@@ -132,14 +106,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   require(copy != nullptr && writeOut(*copy) == first, "a copy is written like its original");
 
   VoMsgRfc822Message again;
-  again.readFrom(memory(first.data(), first.size(), true));
+  again.readFrom(copyOf(first));
   if (marked) require(writeOut(again) == first, "what was written anew stays as it is");
 
   // One edit must survive the way out and back in.
   if (!voFailed(again.setHeaderValue("X-Fuzz", "seen", "us-ascii", "us-ascii"))) {
     const std::string edited = writeOut(again);
     VoMsgRfc822Message third;
-    third.readFrom(memory(edited.data(), edited.size(), true));
+    third.readFrom(copyOf(edited));
     const char* value = third.getHeaderValue("X-Fuzz", "us-ascii");
     require(value != nullptr && std::string_view(value) == "seen", "an edited field reads back");
   }
@@ -147,7 +121,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   edit(message, source.substr(size - std::min<std::size_t>(size, 4)));
   const std::string edited = writeOut(message);
   VoMsgRfc822Message fourth;
-  fourth.readFrom(memory(edited.data(), edited.size(), true));
+  fourth.readFrom(copyOf(edited));
   walk(fourth);
   return 0;
 }

@@ -1,43 +1,17 @@
 // A TNEF stream: read, walk, take every content, write back, edit. What must hold for any bytes: an unedited stream
 // and its copy come out as they were; content is as long as its entity says; new content replaces the bytes of its
 // record and no others; a property list that is written anew reads back with the properties it had.
-#include <algorithm>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
-#include <string>
-#include <string_view>
-
-#include "vomsg/entity/VoMsgEntityIterator.h"
-#include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "fuzz/FuzzSupport.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"
-#include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgMemoryWriter.h"
 #include "vomsg/tnef/VoMsgMapiAttachment.h"
 #include "vomsg/tnef/VoMsgTnefAttachData.h"
 #include "vomsg/tnef/VoMsgTnefBody.h"
 #include "vomsg/tnef/VoMsgTnefMessage.h"
 
+using namespace vomsg::fuzz;
+
 namespace {
-
-void require(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "violated: %s\n", what);
-  std::abort();
-}
-
-VoMsgResourceLocator* inPlace(std::string_view bytes) {
-  return new VoMsgMemoryResource(const_cast<char*>(bytes.data()), static_cast<unsigned>(bytes.size()), nullptr,
-                                 nullptr);
-}
-
-std::string writeOut(VoMsgMailMessage& message) {
-  VoMsgMemoryResource target(0u, nullptr, nullptr);
-  require(!voFailed(message.writeTo(&target)), "a stream that was read can be written");
-  const auto* bytes = static_cast<const char*>(target.getMemoryPointer(VoMsgResourceLocator::dataPart));
-  return bytes ? std::string(bytes, target.getSize(VoMsgResourceLocator::dataPart)) : std::string();
-}
 
 void checkList(VoMsgMapiAttachment& list, VoMsgBufferedReader& source) {
   VoMsgMemoryWriter writer;

@@ -210,7 +210,8 @@ VoErrorCode divide(const std::u16string& text, const Target& target, int firstRo
     VoErrorCode code = fillPiece(text, target, budget, start, end, piece);
     if (voFailed(code)) return code;
     if (piece.size() >= kPieceBlock) return kVoConversionFailed;
-    code = appendPiece(lines, piece);
+    // Characters that the target says with nothing (a soft hyphen in ISO-2022-JP) make no piece of their own.
+    if (!piece.empty()) code = appendPiece(lines, piece);
     if (voFailed(code)) return code;
     budget = target.nextBudget();
   }
