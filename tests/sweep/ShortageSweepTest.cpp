@@ -60,10 +60,6 @@ struct Operation {
 };
 
 const Operation kOperations[] = {
-    {"getContent", Target::lastLeaf,
-     [](auto&, auto& e, auto&) {
-       return content(e, [](VoMsgEntity& of, int& result) { return of.getContent(result, nullptr); });
-     }},
     {"getRawContent", Target::firstLeaf,
      [](auto&, auto& e, auto&) {
        return content(e, [](VoMsgEntity& of, int& result) { return of.getRawContent(result, nullptr); });
