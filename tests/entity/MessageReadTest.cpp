@@ -1,8 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <pthread.h>
+
+#include <functional>
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/MessageFixture.h"
@@ -115,6 +119,55 @@ TEST(MessageRead, NestedMessagesEndAtTheExtractLevel) {
   EXPECT_EQ(messages, 21);  // the message and 20 nested ones
   EXPECT_EQ(entitiesOf(*message).back()->getNestingLevel(), 20u);
   EXPECT_STREQ(entitiesOf(*message).back()->getContentType(), "message/rfc822");
+}
+
+// On a stack that no recursion would fit on.
+void onASmallStack(const std::function<void()>& body) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+  pthread_t thread;
+  void* (*const run)(void*) = [](void* work) -> void* {
+    (*static_cast<const std::function<void()>*>(work))();
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&body)), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
+TEST(MessageRead, AnyDepthOfMessages) {
+  const int level = std::exchange(VoMsgMailMessage::mMaxExtractLevel, 1 << 30);
+  struct Row {
+    int depth;
+    std::string block;
+    Source source;
+  };
+  const std::string message = "Content-Type: message/rfc822\r\n\r\n";
+  const std::string encoded = "Content-Type: message/rfc822\nContent-Transfer-Encoding: quoted-printable\n\n";
+  for (const Row& row :
+       {Row{100000, message, Source::memory}, Row{3000, message, Source::file}, Row{300, encoded, Source::memory}}) {
+    std::string text;
+    for (int i = 0; i < row.depth; ++i) text += row.block;
+    text += "Subject: innermost\n\nx";
+    onASmallStack([&] {
+      MessageFixture nested(text, row.source);
+      EXPECT_EQ(nested.code, kVoSuccess);
+      unsigned count = 0;
+      VoMsgEntity* last = nullptr;
+      VoMsgEntityIterator walk(&*nested);
+      for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) {
+        EXPECT_FALSE(entity->isSignedPart());
+        last = entity;
+        ++count;
+      }
+      EXPECT_EQ(count, static_cast<unsigned>(row.depth) + 1);
+      EXPECT_EQ(last->getNestingLevel(), static_cast<unsigned>(row.depth) - 1);
+      EXPECT_STREQ(last->getHeaderValue("Subject", "us-ascii"), "innermost");
+      EXPECT_EQ(written(*nested), text);
+    });
+  }
+  VoMsgMailMessage::mMaxExtractLevel = level;
 }
 
 TEST(MessageRead, TagsAndReportsWhatHappens) {

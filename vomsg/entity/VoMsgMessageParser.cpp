@@ -1,4 +1,4 @@
-// The loop in parse() is the whole story: read a header block (_parseEntity), look for the next delimiter of any
+// The loop in proceed() is the whole story: read a header block (_parseEntity), look for the next delimiter of any
 // multipart in force, give the body that ends there to its entity, close the multiparts that the delimiter ends, and
 // start the next part. The depth at which the delimiter matched says how many multiparts it ends.
 
@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgBodyScanner.h"
@@ -57,59 +58,105 @@ class PositionKeeper {
 }  // namespace
 
 MessageParser::MessageParser(VoMsgRfc822Entity& root, const MessagePlace& place,
-                             const VoObjectStub<MessageSource>& source, VoMsgBufferedReader& reader)
+                             const VoObjectStub<MessageSource>& source, HeaderSurvey& survey)
     : mRoot(root),
       mSource(source),
-      mReader(reader),
+      mReader(*source.getObject()->openReader()),
+      mSize(mReader.get().getSize()),
       mTag(place.tag),
       mRootLevel(static_cast<int>(place.level)),
       // The tree's root is not counted, so its parts are on its own level.
-      mPartLevel(mRootLevel + (root.getParentEntity() ? 1 : 0)) {
+      mPartLevel(mRootLevel + (root.getParentEntity() ? 1 : 0)),
+      mSurvey(survey) {
   const auto* const part = dynamic_cast<VoMsgRfc822Entity*>(root.getParentEntity());
   if (part && Inside::header(*part).getObject()) mRootCharset = inheritedCharset(viewOf(part->getCharset()));
 }
 
-VoErrorCode MessageParser::parse() {
-  VoErrorCode code = guarded([&] { return read(); });
-  // Whatever step went on without what was refused: its answer is not to be trusted.
-  if (!voFailed(code) && mShortage.seen()) code = mShortage.code();
-  if (voFailed(code)) giveUp();
-  return code;
+// ---- the course of a parse
+
+void MessageParser::start() {
+  mCode = guarded([&] { return proceed(_parseEntity(mRoot)); });
 }
 
-VoErrorCode MessageParser::read() {
-  VoErrorCode code = _parseEntity(mRoot);
-  while (!voFailed(code)) {
-    const BodyEnd end = findBodyEnd(mReader, mBoundaries);
+NestedMessage MessageParser::takeNested() {
+  mIsNestedTaken = true;
+  return std::exchange(mNested, {});
+}
+
+// A nested message that failed goes, and the message around it fails with its code.
+void MessageParser::resume(VoErrorCode nestedCode) {
+  mIsNestedTaken = false;
+  mCode = guarded([&] {
+    VoErrorCode code = wake();
+    if (voFailed(nestedCode)) code = nestedCode;
+    if (voFailed(code)) TreeAccess::removeAt(mNestedPart, 0);
+    voMessageLog(9, kLogSource, "_parseRfc822Message", __LINE__, mTag, "end  : _parseRfc822Message");
+    return voFailed(code) ? code : proceed(passDelimiter());
+  });
+}
+
+void MessageParser::suspend() {
+  mSuspendedAt = mReader.get().getOffset();
+  mIsSuspended = true;
+  mSource.getObject()->closeReader();
+}
+
+VoErrorCode MessageParser::wake() {
+  if (!std::exchange(mIsSuspended, false)) return kVoSuccess;
+  VoMsgBufferedReader* const reader = mSource.getObject()->openReader();
+  if (!reader) return kVoReadFailed;
+  mReader = *reader;
+  return moveTo(*reader, mSuspendedAt) ? kVoSuccess : kVoReadFailed;
+}
+
+VoErrorCode MessageParser::conclude() {
+  // Whatever step went on without what was refused: its answer is not to be trusted.
+  if (!voFailed(mCode) && mShortage.seen()) mCode = mShortage.code();
+  if (voFailed(mCode)) giveUp();
+  return mCode;
+}
+
+// Goes on from the start of a body or of what follows a delimiter line.
+VoErrorCode MessageParser::proceed(VoErrorCode code) {
+  while (!voFailed(code) && !mIsRead) {
+    mEnd = findBodyEnd(mReader, mBoundaries);
     // Right behind a close delimiter, the line end before this line is the close delimiter's own.
-    const bool noEpilogue = end.match.type != kVoBoundaryNone && !mOpen.empty() && mOpen.back().inEpilogue &&
-                            end.lineOffset == mOpen.back().epilogueOffset;
-    const std::uint64_t bodyEnd = end.lineOffset - (noEpilogue ? mOpen.back().closeTerminator : end.terminatorBefore);
-    code = _parseSingleBody(bodyEnd);
-    if (voFailed(code)) break;
-    if (end.match.type == kVoBoundaryNone) return closeAll(end.lineOffset);
-    while (!voFailed(code) && mOpen.size() > end.match.depth + 1) code = closeInnermost(bodyEnd);
-    if (!voFailed(code) && mShortage.seen()) code = mShortage.code();
-    if (voFailed(code)) break;
-    if (end.match.type == kVoBoundaryClose) {
-      mBoundaries.pop();
-      mOpen.back().inEpilogue = true;
-      mOpen.back().epilogueOffset = static_cast<std::uint32_t>(end.lineEnd);
-      mOpen.back().closeTerminator = end.terminator;
-      continue;
-    }
-    auto child = std::make_unique<VoMsgMimeEntity>();
-    VoMsgMimeEntity& entity = *child;
-    TreeAccess::append(mOpen.back().entity, child.release());
-    layoutOf(entity).inPlace = true;
-    code = _parseEntity(entity);
+    const bool noEpilogue = mEnd.match.type != kVoBoundaryNone && !mOpen.empty() && mOpen.back().inEpilogue &&
+                            mEnd.lineOffset == mOpen.back().epilogueOffset;
+    mBodyEnd = mEnd.lineOffset - (noEpilogue ? mOpen.back().closeTerminator : mEnd.terminatorBefore);
+    code = _parseSingleBody(mBodyEnd);
+    if (voFailed(code) || isWaiting()) return code;
+    code = passDelimiter();
   }
   return code;
 }
 
+// Closes the multiparts that the delimiter behind the body ends, and starts what it starts.
+VoErrorCode MessageParser::passDelimiter() {
+  if (mEnd.match.type == kVoBoundaryNone) {
+    mIsRead = true;
+    return closeAll(mEnd.lineOffset);
+  }
+  VoErrorCode code = kVoSuccess;
+  while (!voFailed(code) && mOpen.size() > mEnd.match.depth + 1) code = closeInnermost(mBodyEnd);
+  if (!voFailed(code) && mShortage.seen()) code = mShortage.code();
+  if (voFailed(code)) return code;
+  if (mEnd.match.type == kVoBoundaryClose) {
+    mBoundaries.pop();
+    mOpen.back().inEpilogue = true;
+    mOpen.back().epilogueOffset = static_cast<std::uint32_t>(mEnd.lineEnd);
+    mOpen.back().closeTerminator = mEnd.terminator;
+    return kVoSuccess;
+  }
+  auto child = std::make_unique<VoMsgMimeEntity>();
+  VoMsgMimeEntity& entity = *child;
+  TreeAccess::append(mOpen.back().entity, child.release());
+  layoutOf(entity).inPlace = true;
+  return _parseEntity(entity);
+}
+
 void MessageParser::giveUp() {
   // What was not read belongs to whatever was open, so that nothing of the source is lost when it is written.
-  const std::uint64_t size = mReader.getSize();
   if (mUnread == &mRoot) {
     mSurvey = {};
     layoutOf(mRoot) = surveyedLayout(layoutOf(mRoot), mRoot.getParentEntity() != nullptr);
@@ -118,10 +165,10 @@ void MessageParser::giveUp() {
     VoMsgEntity* const parent = mUnread->getParentEntity();
     TreeAccess::removeAt(parent, parent->countChildEntity() - 1);
   }
-  if (mLeaf) layoutOf(*mLeaf).endBodyAt(size);
+  if (mLeaf) layoutOf(*mLeaf).endBodyAt(mSize);
   // No epilogue is looked through any more.
   for (OpenMultipart& open : mOpen) open.inEpilogue = false;
-  closeAll(size);
+  closeAll(mSize);
   // A message that was not understood is not corrected either: unedited, it comes out as it came in.
   VoMsgEntityIterator walk(&mRoot);
   for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
@@ -324,11 +371,11 @@ VoErrorCode MessageParser::_parseSingleBody(std::uint64_t end) {
   VoMsgRfc822Entity& entity = *mLeaf;
   layoutOf(entity).endBodyAt(end);
   mLeaf = nullptr;
-  return layoutOf(entity).bodySize > 0 ? readNested(entity) : kVoSuccess;
+  return layoutOf(entity).bodySize > 0 ? lookInside(entity) : kVoSuccess;
 }
 
 // At most one kind of child per leaf: a nested message, else TNEF, else attachments embedded in text.
-VoErrorCode MessageParser::readNested(VoMsgRfc822Entity& entity) {
+VoErrorCode MessageParser::lookInside(VoMsgRfc822Entity& entity) {
   if (mPlan.message) return _parseRfc822Message(entity);
   if (mPlan.tnefByType || mPlan.tnefByName) {
     const PositionKeeper keeper(mReader);
@@ -340,7 +387,8 @@ VoErrorCode MessageParser::readNested(VoMsgRfc822Entity& entity) {
   return mPlan.text ? _parseTextMessage(entity) : kVoSuccess;
 }
 
-// A message that lies in its part as it is is read in place; an encoded one from a decoded copy of its own.
+// A message that lies in its part as it is is read in place; an encoded one from a decoded copy of its own. The parser
+// then waits for it: what stands behind is read once resume() says how that went.
 VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
   VO_LOG(9, mTag, "begin: _parseRfc822Message");
   if (mSurvey.hasContentType && mSurvey.contentType.find("charset")) {  // which the message inherits
@@ -361,13 +409,11 @@ VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
     if (voFailed(code)) return code;
   }
   auto message = std::make_unique<VoMsgRfc822Message>(static_cast<VoMsgEntity*>(&entity));
-  VoMsgRfc822Message& nested = *message;
-  layoutOf(nested).belowSigned = layoutOf(entity).belowSigned;
+  layoutOf(*message).belowSigned = layoutOf(entity).belowSigned;
+  mNestedPart = &entity;
+  mNested = {message.get(), std::move(content)};
   TreeAccess::append(&entity, message.release());
-  const VoErrorCode code = nested.readFrom(content.release(), childPlace());
-  if (voFailed(code)) TreeAccess::removeAt(&entity, 0);
-  VO_LOG(9, mTag, "end  : _parseRfc822Message");
-  return code;
+  return kVoSuccess;
 }
 
 VoErrorCode MessageParser::_parseTextMessage(VoMsgRfc822Entity& entity) {

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "vomsg/entity/VoMsgEntityIterator.h"
-#include "vomsg/entity/VoMsgMessageParser.h"
+#include "vomsg/entity/VoMsgMessageReading.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMessageWriter.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
@@ -46,49 +46,65 @@ VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source) {
 }
 
 VoErrorCode VoMsgRfc822Message::readFrom(VoMsgResourceLocator* source, const MessagePlace& place) {
+  return guarded([&] { return MessageReading().run(*this, source, place); });
+}
+
+namespace {
+
+// The lines of a reading name the operation that was called, for each message in the tree.
+void diagnoseReading(unsigned level, unsigned line, const char* tag, const char* text) {
+  if (isDiagnosed(level)) voMsgDiagnosticLog(level, kLogSource, "readFrom", line, tag, "%s", text);
+}
+
+}  // namespace
+
+VoErrorCode VoMsgRfc822Message::_beginReading(VoMsgResourceLocator* source, const MessagePlace& place) {
   const char* const tag = place.tag;
-  VO_DIAGNOSTIC(2, tag, "parsing message.");
-  if (!source) return VO_LOGGED(tag, kVoBadArgument);
+  diagnoseReading(2, __LINE__, tag, "parsing message.");
+  if (!source) return logged(kVoBadArgument, kLogSource, "readFrom", __LINE__, [&] { return tag; });
   if (mSource.getObject()) {
-    VO_LOG(1, tag, "Resource of this message object has already existed.");
+    voMessageLog(1, kLogSource, "readFrom", __LINE__, tag, "Resource of this message object has already existed.");
     return kVoNoMemory;
   }
-  VoErrorCode code = guarded([&]() -> VoErrorCode {
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
     mSource.adopt(std::unique_ptr<VoMsgResourceLocator>(source));
     mMessageSource.adopt(std::make_unique<MessageSource>(mSource, place.options));
     return kVoSuccess;
   });
   if (voFailed(code)) {
-    VO_DIAGNOSTIC(0, tag, "parse error. (can not allocate memory)");
+    diagnoseReading(0, __LINE__, tag, "parse error. (can not allocate memory)");
     return kVoNoMemory;
   }
   MessageSource* const opened = mMessageSource.getObject();
   auto* const reader = guardedOr<VoMsgBufferedReader*>(nullptr, [opened] { return opened->openReader(); });
-  if (!reader || isTooLarge(source, *reader)) {
-    opened->closeReader();
-    VO_DIAGNOSTIC(0, tag, "parse error. (can not read message)");
-    return kVoReadFailed;
-  }
-  code = guarded([&] { return MessageParser(*this, place, mMessageSource, *reader).parse(); });
-  mEndPosition = std::max(0, static_cast<int>(reader->getOffset()));
+  if (reader && !isTooLarge(source, *reader)) return kVoSuccess;
+  opened->closeReader();
+  diagnoseReading(0, __LINE__, tag, "parse error. (can not read message)");
+  return kVoReadFailed;
+}
+
+VoErrorCode VoMsgRfc822Message::_endReading(VoErrorCode code, const MessagePlace& place) {
+  const char* const tag = place.tag;
+  MessageSource* const opened = mMessageSource.getObject();
+  if (opened->isOpen()) mEndPosition = std::max(0, static_cast<int>(opened->openReader()->getOffset()));
   opened->closeReader();
   if (!voFailed(code)) {
-    VO_DIAGNOSTIC(2, tag, "finished parsing message.");
+    diagnoseReading(2, __LINE__, tag, "finished parsing message.");
     return _isPartialMessage();
   }
   switch (code & 0xFFFFu) {
     case kVoTnefMalformed & 0xFFFFu:
     case kVoMalformed & 0xFFFFu:
-      VO_DIAGNOSTIC(0, tag, "detected as malformed mail message.");
+      diagnoseReading(0, __LINE__, tag, "detected as malformed mail message.");
       break;
     case kVoNoMemory & 0xFFFFu:
-      VO_DIAGNOSTIC(0, tag, "parse error. (can not allocate memory)");
+      diagnoseReading(0, __LINE__, tag, "parse error. (can not allocate memory)");
       break;
     case kVoPartialMessage & 0xFFFFu:
-      VO_DIAGNOSTIC(0, tag, "message/partial data is not supported.");
+      diagnoseReading(0, __LINE__, tag, "message/partial data is not supported.");
       break;
     default:
-      VO_DIAGNOSTIC(0, tag, "parse error. (error code:%x)", code);
+      voMsgDiagnosticLog(0, kLogSource, "readFrom", __LINE__, tag, "parse error. (error code:%x)", code);
   }
   return code;
 }

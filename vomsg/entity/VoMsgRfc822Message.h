@@ -9,7 +9,8 @@
 class VoMsgMimeEntity;
 namespace vomsg::detail {
 struct MessagePlace;
-}
+class MessageReading;
+}  // namespace vomsg::detail
 
 class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822Entity {
  public:
@@ -73,6 +74,13 @@ class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822
                                            const char* srcCharset, const char* preferCharset);
 
  private:
+  friend class vomsg::detail::MessageReading;
+
+  // The two ends of readFrom; between them the opened source is read. _endReading() turns the parser's code into the
+  // one to return.
+  VoErrorCode _beginReading(VoMsgResourceLocator* source, const vomsg::detail::MessagePlace& place);
+  VoErrorCode _endReading(VoErrorCode code, const vomsg::detail::MessagePlace& place);
+
   VoErrorCode _insertDiscMsgToText(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
                                    const char* srcCharset, const char* preferCharset);
   VoErrorCode _insertDiscMsgToHTML(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
