@@ -28,7 +28,7 @@ TEST(DivisionConvert, PiecesStandAlone) {
   constexpr struct {
     const char* charset;
     std::size_t first, next;  // the longest pieces for a first room of 30, closing sequences included
-  } kRows[] = {{"utf-8", 21, 45},     {"iso-2022-jp", 21, 42}, {"hz-gb-2312", 42, 42}, {"gb2312", 21, 45},
+  } kRows[] = {{"utf-8", 21, 45},     {"iso-2022-jp", 21, 42}, {"hz-gb-2312", 84, 42}, {"gb2312", 21, 45},
                {"euc-jp", 21, 45},    {"big5", 21, 48},        {"utf-7", 21, 45},      {"iso-8859-1", 10, 19},
                {"Shift_jis", 21, 42}, {"gb18030", 21, 45},     {"koi8-r", 30, 62},     {"iso_8859-5", 30, 58},
                {"iso-8859-5", 10, 19}};
@@ -70,6 +70,23 @@ TEST(DivisionConvert, FillsPiecesAndKeepsTheirRules) {
   std::string lone;
   for (int i = 0; i < 100; ++i) lone += "+2D0-";
   EXPECT_EQ(divide("utf-7", "utf-8", lone, 30).texts[1].size(), 45u);
+}
+
+// The first room decides alone about the first piece, up to the block of 127 bytes that every piece lies in.
+TEST(DivisionConvert, FirstPieceTakesTheRoomGiven) {
+  constexpr struct {
+    const char* charset;
+    unsigned room;
+    std::size_t longest;  // bytes, the closing sequence included
+  } kRows[] = {{"hz-gb-2312", 16, 42},   {"hz-gb-2312", 17, 45}, {"hz-gb-2312", 30, 84}, {"hz-gb-2312", 44, 126},
+               {"hz-gb-2312", 999, 127}, {"iso-2022-jp", 57, 42}, {"iso-2022-jp", 60, 45}, {"iso-2022-jp", 999, 127}};
+  std::string kanji;
+  for (int i = 0; i < 100; ++i) kanji += "\xE4\xB8\xAD";
+  for (const auto& row : kRows) {
+    const std::size_t size = divide("utf-8", row.charset, kanji, row.room).texts[0].size();
+    EXPECT_LE(size, row.longest) << row.charset << ", room " << row.room;
+    EXPECT_GT(size + 6, row.longest) << row.charset << ", room " << row.room;  // what a character may leave over
+  }
 }
 
 TEST(DivisionConvert, RefusesWhatCannotBe) {

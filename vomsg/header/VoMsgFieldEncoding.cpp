@@ -69,11 +69,20 @@ struct LineTableDeleter {
   void operator()(std::list<char*>* lines) const { voFreeLineTable(lines); }
 };
 
+// The most to ask for where the first piece could outgrow an encoded word of 75 columns (RFC 2047, section 2): room for
+// ISO-2022-JP is what its name leaves, and HZ gives three bytes for every column asked for.
+unsigned firstRoomFor(const char* target, unsigned room) {
+  constexpr unsigned kJisRoom = 68 - 11, kHzRoom = 16;
+  const std::string_view name = canonicalName(target);
+  if (equalNoCase(name, "iso-2022-jp")) return std::min(room, kJisRoom);
+  return equalNoCase(name, "hz-gb-2312") ? std::min(room, kHzRoom) : room;
+}
+
 VoErrorCode encodeDivided(std::string& out, std::string_view value, const char* source, const char* target,
                           unsigned firstRoom) {
   std::string text(value);
   std::list<char*>* pieces = nullptr;
-  const VoErrorCode divided = voDivisionConvert(source, target, text, firstRoom, &pieces);
+  const VoErrorCode divided = voDivisionConvert(source, target, text, firstRoomFor(target, firstRoom), &pieces);
   const std::unique_ptr<std::list<char*>, LineTableDeleter> owner(pieces);
   if (voFailed(divided) || !pieces) return kVoConversionFailed;
   for (const char* piece : *pieces) {

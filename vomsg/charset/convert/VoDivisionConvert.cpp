@@ -77,10 +77,9 @@ class Target {
 
   // Bytes of text, without the closing sequence, for the first piece and for those after it.
   int firstBudget(int room) const {
+    // HZ counts its first room more generously than the others. Who asks for more than an encoded word holds gets it.
     const std::int64_t wanted = mMode == Mode::hz ? std::int64_t{3} * room - 8 : budgetFor(room);
-    // HZ counts its first room more generously than the others; even so a piece has to fit into an encoded word.
-    return static_cast<int>(
-        std::min<std::int64_t>(wanted, mMode != Mode::jis && mMode != Mode::hz ? kPieceBlock - 1 : nextBudget()));
+    return static_cast<int>(std::min<std::int64_t>(wanted, kPieceBlock - 1 - closing().size()));
   }
   int nextBudget() const {
     const int room = mName.size() > INT_MAX / 2 ? INT_MIN / 2 : kEncodedWordRoom - static_cast<int>(mName.size());
@@ -93,7 +92,6 @@ class Target {
     std::size_t counted;
   };
   bool encode(std::u16string_view text, Encoded& piece) const {
-    const std::string_view closing = mMode == Mode::jis ? kJisToAscii : mMode == Mode::hz ? kHzToAscii : "";
     std::string bytes;
     if (mMode == Mode::gb || mMode == Mode::hz) {
       std::u16string adjusted(text);
@@ -109,12 +107,17 @@ class Target {
       piece.bytes = std::move(bytes);
     }
     piece.counted = piece.bytes.size();
-    if (endsWith(piece.bytes, closing)) piece.counted -= closing.size();
+    if (endsWith(piece.bytes, closing())) piece.counted -= closing().size();
     // Pieces are handed out as C strings; a NUL would hide the rest of one.
     return piece.bytes.find('\0') == std::string::npos;
   }
 
  private:
+  // What a piece may end with beyond its budget.
+  std::string_view closing() const {
+    return mMode == Mode::jis ? kJisToAscii : mMode == Mode::hz ? kHzToAscii : std::string_view();
+  }
+
   static bool endsWith(std::string_view text, std::string_view end) {
     return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
   }
