@@ -78,7 +78,7 @@ TEST(DivisionConvert, FirstPieceTakesTheRoomGiven) {
     const char* charset;
     unsigned room;
     std::size_t longest;  // bytes, the closing sequence included
-  } kRows[] = {{"hz-gb-2312", 16, 42},   {"hz-gb-2312", 17, 45}, {"hz-gb-2312", 30, 84}, {"hz-gb-2312", 44, 126},
+  } kRows[] = {{"hz-gb-2312", 16, 42},   {"hz-gb-2312", 17, 45},  {"hz-gb-2312", 30, 84},  {"hz-gb-2312", 44, 126},
                {"hz-gb-2312", 999, 127}, {"iso-2022-jp", 57, 42}, {"iso-2022-jp", 60, 45}, {"iso-2022-jp", 999, 127}};
   std::string kanji;
   for (int i = 0; i < 100; ++i) kanji += "\xE4\xB8\xAD";

@@ -9,7 +9,7 @@
 #include "SlowAnalysis.h"
 #include "tests/support/MessageFixture.h"
 #include "tests/support/Tools.h"
-#include "vomsg/charset/convert/VoMsgIcuHandle.h"
+#include "vomsg/charset/convert/VoMsgIcuStage.h"
 #include "vomsg/charset/detect/VoMsgCharSetAnalysis.h"
 #include "vomsg/filter/VoMsgPlainTextFilter.h"
 #include "vomsg/filter/VoMsgTextFormatFilterPool.h"
@@ -49,12 +49,8 @@ Result analyseSlowly(const std::string& text) {
 }
 
 std::string inCharset(const std::string& text, const char* charset) {
-  const auto from = vomsg::detail::openIcu("utf-8");
-  const auto to = vomsg::detail::openIcu(charset);
   std::string out;
-  if (!from || !to) return {};
-  vomsg::detail::substituteInIcu(*to, '?');
-  EXPECT_EQ(vomsg::detail::transcodeWithIcu(*from, *to, text, out), kVoSuccess) << charset;
+  EXPECT_EQ(vomsg::detail::newIcuStage(charset, "utf-8", {true, '?'})->convert(text, true, out), kVoSuccess) << charset;
   return out;
 }
 

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
-#include "vomsg/charset/convert/VoMsgWholeText.h"
+#include "vomsg/charset/convert/VoMsgTextConversion.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 
@@ -47,7 +47,7 @@ bool decodeExactly(std::string_view bytes, const char* charset, std::string& utf
   }
   if (voIsUnicode(charset) && !(charset = wideCharset(charset, bytes))) return false;
   const auto substitutes = [](std::string_view text) { return std::count(text.begin(), text.end(), '\x1A'); };
-  return convertWholeText("utf-8", charset, false, bytes, utf8) && utf8.find(kReplacement) == utf8.npos &&
+  return convertWholeText("utf-8", charset, Loss::refused, bytes, utf8) && utf8.find(kReplacement) == utf8.npos &&
          substitutes(utf8) == substitutes(bytes) && isUtf8(utf8);
 }
 
@@ -57,7 +57,7 @@ bool encodeExactly(std::string_view utf8, const char* charset, std::string& byte
     return isUtf8(utf8);
   }
   std::string again;
-  return convertWholeText(charset, "utf-8", false, utf8, bytes) && decodeExactly(bytes, charset, again) &&
+  return convertWholeText(charset, "utf-8", Loss::refused, utf8, bytes) && decodeExactly(bytes, charset, again) &&
          again == utf8;
 }
 
@@ -66,7 +66,7 @@ bool isPlainSuperset(const char* charset) {
   if (!voIsSinglebyteCharset(charset)) return false;
   constexpr std::string_view kProbe = "\t\r\n !\"'-./0129:;<=>ABXYZ\\abxyz";  // EBCDIC has them elsewhere
   std::string converted;
-  return convertWholeText("utf-8", charset, false, kProbe, converted) && converted == kProbe;
+  return convertWholeText("utf-8", charset, Loss::refused, kProbe, converted) && converted == kProbe;
 }
 
 bool endsLine(std::string_view text) { return !text.empty() && isLineEnd(text.back()); }

@@ -5,12 +5,13 @@
 #include <string>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
-#include "vomsg/charset/convert/VoMsgWholeText.h"
+#include "vomsg/charset/convert/VoMsgTextConversion.h"
 #include "vomsg/embedded/VoMsgLineEndFilter.h"
 #include "vomsg/embedded/VoMsgMultiEmbededEntity.h"
 #include "vomsg/encoding/VoBinHex.h"
 #include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/encoding/VoUUEncode.h"
+#include "vomsg/entity/VoMsgMailText.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -43,12 +44,11 @@ constexpr TransferEncoding transferEncodingFor(EmbeddedKind kind) {
   return TransferEncoding::identity;
 }
 
-// False without a converter, or when it cannot say something and may not put "?" for it.
-bool convert(std::string& text, const char* to, const char* from, bool substitute) {
+bool convertName(std::string& name, const char* to, const char* from) {
   if (voIsEqualCharsetName(to, from)) return true;
   std::string converted;
-  if (!convertWholeText(to, from, substitute, text, converted)) return false;
-  text.swap(converted);
+  if (!convertWholeText(to, from, Loss::replaced, name, converted)) return false;
+  name.swap(converted);
   return true;
 }
 
@@ -172,7 +172,7 @@ const char* VoMsgEmbededEntity::getFileName(const char* charset) const {
     // A text that names no charset does not say what its names are in either.
     if (!from || !*from) from = isUtf8(name) ? "utf-8" : "windows-1252";
     state().shownName = name;
-    return convert(state().shownName, charset, from, true) ? state().shownName.c_str() : name;
+    return convertName(state().shownName, charset, from) ? state().shownName.c_str() : name;
   });
 }
 
@@ -243,18 +243,16 @@ const VoMsgResourceLocator* VoMsgEmbededEntity::_getTextContent(int& err, const 
         whole() && !whole()->isEpilogue() ? dynamic_cast<VoMsgRfc822Entity*>(whole()->getParentEntity()) : nullptr;
     VoMsgRfc822Entity::CharsetOrigin origin;
     const char* const from = part ? part->getTextCharset(origin) : getCharset();
-    std::string text;
-    if (voFailed(readBytes(*result, text))) return kVoReadFailed;
-    const bool converted = from && convert(text, charset, from, true);
+    const bool isWanted = from && !voIsEqualCharsetName(charset, from);
+    std::unique_ptr<VoMsgResourceLocator> converted;
+    const VoErrorCode made = convertBody(*result, charset, isWanted ? from : nullptr, target, converted);
+    if (voFailed(made)) return made;
     if (target) {
       result = target;
-      return writeBytes(*target, text);
+    } else if (converted) {
+      state().text = std::move(converted);
+      result = state().text.get();
     }
-    if (!converted) return kVoSuccess;
-    std::unique_ptr<VoMsgResourceLocator> made = temporaryResource(text.size());
-    if (!made || voFailed(writeBytes(*made, text))) return kVoWriteFailed;
-    state().text = std::move(made);
-    result = state().text.get();
     return kVoSuccess;
   });
   err = static_cast<int>(code);
@@ -371,12 +369,13 @@ VoErrorCode VoMsgEmbededEntity::installText(VoMsgResourceLocator* content, const
   if (!content) return kVoBadArgument;
   const char* const declared = whole() ? whole()->getCharset() : nullptr;
   const char* const to = declared && *declared && !whole()->isEpilogue() ? declared : "us-ascii";
-  std::string text;
-  if (voFailed(readBytes(*content, text))) return kVoReadFailed;
-  if (charset && !isBlock() && !convert(text, to, charset, false)) return kVoConversionFailed;
-  VoMsgMemoryResource converted(text.data(), static_cast<unsigned>(text.size()), nullptr, nullptr);
+  std::unique_ptr<VoMsgResourceLocator> converted;
+  if (charset && !isBlock() && !voIsEqualCharsetName(to, charset)) {
+    const VoErrorCode code = convertExactly(*content, to, charset, converted);
+    if (voFailed(code)) return code;
+  }
   const std::string name(viewOf(rawName()));
-  return install(&converted, nullptr, false, name.c_str());
+  return install(converted ? converted.get() : content, nullptr, false, name.c_str());
 }
 
 VoErrorCode VoMsgEmbededEntity::setContent(VoMsgResourceLocator* content, const char*, const char* encoding) {

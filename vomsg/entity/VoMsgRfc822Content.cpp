@@ -7,10 +7,10 @@
 #include <string_view>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
-#include "vomsg/charset/convert/VoMsgWholeText.h"
 #include "vomsg/encoding/VoBinHex.h"
 #include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgMailText.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
@@ -33,20 +33,8 @@ using namespace vomsg::detail;
 
 constexpr char kLogSource[] = "VoMsgRfc822Entity";
 constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
-constexpr std::size_t kLongestLine = 998;  // RFC 5322, section 2.1.1
 
 bool isTextType(const char* type) { return !type || startsWithNoCase(type, "text/"); }
-
-bool isMailText(std::string_view text) {
-  if (!isAscii(text) || text.find('\0') != text.npos) return false;
-  while (!text.empty()) {
-    const std::size_t end = text.find('\n');
-    if (end == text.npos) return text.size() <= kLongestLine;
-    if (end > kLongestLine + 1) return false;  // the CR counts
-    text.remove_prefix(end + 1);
-  }
-  return true;
-}
 
 // Whether the encoded `body` holds a delimiter line of a multipart around `entity`.
 bool holdsDelimiter(const VoMsgResourceLocator& body, const VoMsgEntity& entity) {
@@ -134,21 +122,14 @@ const VoMsgResourceLocator* VoMsgRfc822Entity::_getTextContent(int& err, const V
       result = kept;
       return kVoSuccess;
     }
-    std::string text;
-    std::string converted;
-    const bool isConverted = isWanted && !voFailed(readBytes(*content, text)) &&
-                             convertWholeText(charset, from.name.c_str(), true, text, converted);
-    if (!target && !isConverted) return kVoSuccess;
-    if (!isConverted && voFailed(readBytes(*content, converted))) return kVoReadFailed;
-    if (target) {
+    std::unique_ptr<VoMsgResourceLocator> converted;
+    const VoErrorCode made = convertBody(*content, charset, isWanted ? from.name.c_str() : nullptr, target, converted);
+    if (voFailed(made)) return made;
+    if (target)
       result = target;
-      return writeBytes(*target, converted);
-    }
-    std::unique_ptr<VoMsgResourceLocator> kept = temporaryResource(converted.size());
-    if (!kept) return kVoWriteFailed;
-    const VoErrorCode written = writeBytes(*kept, converted);
-    if (!voFailed(written)) result = body.keepText(std::move(kept), conversion);
-    return written;
+    else if (converted)
+      result = body.keepText(std::move(converted), conversion);
+    return kVoSuccess;
   });
   err = static_cast<int>(code);
   return voFailed(code) ? nullptr : result;
@@ -290,34 +271,29 @@ VoErrorCode VoMsgRfc822Entity::_setTextContent(VoMsgResourceLocator* content, co
                                                const char* charset, VoMsgReplaceOption option) {
   if (!content) return kVoBadArgument;
   if (isMultipartEntity() || startsWithNoCase(viewOf(contentType), "multipart/")) return kVoNoContent;
-  std::string text;
-  std::string converted;
-  if (voFailed(readBytes(*content, text))) return kVoReadFailed;
   std::string label(viewOf(getCharset()));
   std::string source = charset ? charset : label;
-  if (decodeWideText(source.c_str(), text, converted)) {
-    text.swap(converted);
-    source = "utf-8";
-  }
+  const std::string readAs = voIsUnicode(source.c_str()) ? "utf-8" : source;
   if (voIsUnicode(label.c_str())) label = "utf-8";
-  text = withCrLf(text);
-  if (!source.empty() && !voIsEqualCharsetName(source.c_str(), label.c_str())) {
-    const char* const target = label.empty() ? "us-ascii" : label.c_str();
-    if (option != kVoReplaceUseCharset && convertWholeText(target, source.c_str(), false, text, converted))
-      text.swap(converted);
-    else
-      label = source;
+  MailText text;
+  const bool isOther = !readAs.empty() && !voIsEqualCharsetName(readAs.c_str(), label.c_str());
+  VoErrorCode made = kVoConversionFailed;
+  if (isOther && option != kVoReplaceUseCharset)
+    made = makeMailText(*content, source.c_str(), label.empty() ? "us-ascii" : label.c_str(), text);
+  if (made == kVoConversionFailed) {
+    made = makeMailText(*content, source.c_str(), nullptr, text);
+    if (isOther) label = readAs;
   }
+  if (voFailed(made)) return made;
   const TransferEncoding present = transferEncodingOf(getEncoding());
   const char* encoding = nullptr;
   if (present != TransferEncoding::base64 && present != TransferEncoding::quotedPrintable) {
     const bool isDeclared = getEncoding() != nullptr;
-    encoding = !isMailText(text) ? "quoted-printable" : isDeclared ? "7bit" : nullptr;
+    encoding = !text.isMail ? "quoted-printable" : isDeclared ? "7bit" : nullptr;
   }
-  VoMsgMemoryResource encoded(text.data(), static_cast<unsigned>(text.size()), nullptr, nullptr);
   const char* type = contentType;
   if (!type && !getContentType()) type = "text/plain";
-  const VoErrorCode installed = _setContent(&encoded, type, encoding, false, false, "\r\n");
+  const VoErrorCode installed = _setContent(text.bytes.get(), type, encoding, false, false, "\r\n");
   if (voFailed(installed) || label.empty() || label == viewOf(getCharset())) return installed;
   return voFailed(setHeaderParameterValue("Content-Type", "charset", label.c_str(), "us-ascii", nullptr))
              ? kVoContentParameterFailed

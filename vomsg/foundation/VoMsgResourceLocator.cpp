@@ -3,7 +3,7 @@
 #include <new>
 #include <string>
 
-#include "vomsg/charset/convert/VoMsgConverterFactory.h"
+#include "vomsg/charset/convert/VoMsgTextConversion.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgMultiString.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
@@ -17,12 +17,9 @@ constexpr std::uint32_t kUnknownCode = 0x3F3F3F3F;  // "????"
 
 // `name` in another charset; empty when no converter handles the pair or the conversion yields nothing.
 std::string convertName(const char* name, const char* toCharset, const char* fromCharset) {
-  std::string given(name), converted;
-  VoMsgConverterFactory* const factory = VoMsgConverterFactory::getInstance();
-  VoMsgCharsetConverter* const converter = factory->createConverter(toCharset, fromCharset, 1, '?');
-  if (!converter) return converted;
-  if (voFailed(converter->convert(converted, given))) converted.clear();
-  factory->destoryConverter(converter);
+  using vomsg::detail::Conversion;
+  std::string converted;
+  if (vomsg::detail::convertText(converted, toCharset, fromCharset, name) != Conversion::done) converted.clear();
   return converted;
 }
 

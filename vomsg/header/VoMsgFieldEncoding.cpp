@@ -8,11 +8,11 @@
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/convert/VoConvertCharset.h"
+#include "vomsg/charset/convert/VoMsgTextConversion.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgCString.h"
 #include "vomsg/header/VoMsgEncodedWord.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
-#include "vomsg/header/VoMsgTextConversion.h"
 
 namespace vomsg::detail {
 

@@ -11,6 +11,7 @@
 
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/convert/VoConvertCharset.h"
+#include "vomsg/charset/convert/VoMsgTextConversion.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
@@ -18,7 +19,6 @@
 #include "vomsg/header/VoMsgEncodedWord.h"
 #include "vomsg/header/VoMsgFieldEncoding.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
-#include "vomsg/header/VoMsgTextConversion.h"
 
 using namespace vomsg::detail;
 
@@ -154,20 +154,9 @@ bool VoMsgHeaderField::cleanJapanese() {
   if (mCleaned) return true;
   const char* const utf8 = getFieldValue("utf-8");
   if (!utf8) return false;
-  std::string buffer(viewOf(utf8).size() + 15, '\0');
-  const auto convert = [&] {
-    VoErrorCode code = kVoSuccess;
-    const int needed =
-        voConvertCharset(buffer.data(), static_cast<unsigned>(buffer.size()), mDecoded.charset, utf8, "utf-8", &code);
-    return voFailed(code) || needed <= 0 ? std::size_t{0} : static_cast<std::size_t>(needed);
-  };
-  std::size_t needed = convert();
-  if (needed > buffer.size()) {
-    buffer.assign(needed, '\0');
-    needed = convert();
-  }
-  if (needed == 0 || needed > buffer.size()) return false;
-  mCleaned = copyCString(buffer.c_str());
+  std::string cleaned;
+  if (convertText(cleaned, mDecoded.charset, "utf-8", utf8) != Conversion::done) return false;
+  mCleaned = copyCString(cleaned.c_str());
   return mCleaned != nullptr;
 }
 

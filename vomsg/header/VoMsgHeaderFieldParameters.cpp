@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
+#include "vomsg/charset/convert/VoMsgTextConversion.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
@@ -11,7 +12,6 @@
 #include "vomsg/header/VoMsgHeaderField.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
 #include "vomsg/header/VoMsgRfc2231.h"
-#include "vomsg/header/VoMsgTextConversion.h"
 
 using namespace vomsg::detail;
 

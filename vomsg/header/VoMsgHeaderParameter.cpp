@@ -2,9 +2,9 @@
 
 #include <string>
 
+#include "vomsg/charset/convert/VoMsgTextConversion.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/header/VoMsgEncodedWord.h"
-#include "vomsg/header/VoMsgTextConversion.h"
 
 using vomsg::detail::Conversion;
 using vomsg::detail::CString;

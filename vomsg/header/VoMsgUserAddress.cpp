@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <string>
 
+#include "vomsg/charset/convert/VoMsgTextConversion.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/header/VoMsgEncodedWord.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
-#include "vomsg/header/VoMsgTextConversion.h"
 
 using vomsg::detail::Conversion;
 using vomsg::detail::CString;

@@ -12,15 +12,16 @@ constexpr std::size_t kSlots = 8;  // no honest value mixes more charsets, and a
 
 }  // namespace
 
-void WordConverters::GiveBack::operator()(VoMsgCharsetConverter* converter) const {
-  VoMsgConverterFactory::getInstance()->destoryConverter(converter);
+void WordConverters::append(std::string& out, std::string_view charset, std::string_view bytes) {
+  Slot& slot = slotOf(charset);
+  mConverted.clear();
+  const bool converted = slot.stage && !voFailed(slot.stage->convert(bytes, true, mConverted));
+  if (!converted && slot.stage) slot.stage = stageFor(slot.charset);
+  out += converted ? std::string_view(mConverted) : bytes;
 }
 
-void WordConverters::append(std::string& out, std::string_view charset, std::string& bytes) {
-  const Slot& slot = slotOf(charset);
-  mConverted.clear();
-  const bool converted = slot.converter && !voFailed(slot.converter->convert(mConverted, bytes));
-  out += converted ? mConverted : bytes;
+std::unique_ptr<TextStage> WordConverters::stageFor(const std::string& charset) const {
+  return VoMsgConverterFactory::getInstance()->newStage(mTarget, charset.c_str(), {true, '?'});
 }
 
 WordConverters::Slot& WordConverters::slotOf(std::string_view charset) {
@@ -29,8 +30,7 @@ WordConverters::Slot& WordConverters::slotOf(std::string_view charset) {
   if (known != mSlots.end()) return *known;
 
   Slot slot{std::string(charset), nullptr};
-  if (!charset.empty() && !voIsEqualCharsetName(slot.charset.c_str(), mTarget))
-    slot.converter.reset(VoMsgConverterFactory::getInstance()->createConverter(mTarget, slot.charset.c_str(), 1, '?'));
+  if (!charset.empty() && !voIsEqualCharsetName(slot.charset.c_str(), mTarget)) slot.stage = stageFor(slot.charset);
   if (mSlots.size() < kSlots) return mSlots.emplace_back(std::move(slot));
   Slot& replaced = mSlots[mOldest];
   mOldest = (mOldest + 1) % kSlots;

@@ -1,4 +1,4 @@
-// The converters of one value's encoded words. Making a converter costs far more than converting a word, and a long
+// The conversions of one value's encoded words. Making one costs more than converting a word, and a long
 // subject names its charset again in each of its words.
 #pragma once
 
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-class VoMsgCharsetConverter;
+#include "vomsg/charset/convert/VoMsgTextStage.h"
 
 namespace vomsg::detail {
 
@@ -17,19 +17,17 @@ class WordConverters {
   explicit WordConverters(const char* target) : mTarget(target) {}  // borrowed
 
   // Appends `bytes`, which are in `charset`, converted to the target; as they are when the charsets are equal, no
-  // converter handles the pair or the conversion fails. `bytes` is left in an unspecified state.
-  void append(std::string& out, std::string_view charset, std::string& bytes);
+  // converter handles the pair or the conversion fails.
+  void append(std::string& out, std::string_view charset, std::string_view bytes);
 
  private:
-  struct GiveBack {
-    void operator()(VoMsgCharsetConverter* converter) const;
-  };
   struct Slot {
     std::string charset;
-    std::unique_ptr<VoMsgCharsetConverter, GiveBack> converter;  // null: the bytes pass
+    std::unique_ptr<TextStage> stage;  // null: the bytes pass
   };
 
   Slot& slotOf(std::string_view charset);
+  std::unique_ptr<TextStage> stageFor(const std::string& charset) const;
 
   const char* mTarget;
   std::vector<Slot> mSlots;

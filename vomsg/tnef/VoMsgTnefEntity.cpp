@@ -163,7 +163,7 @@ const char* VoMsgTnefEntity::getFileName(const char* charset) const {
     if (!own) own = getCharset();
     if (!charset || !own || voIsEqualCharsetName(own, charset)) return cache->getString();
     if (!cache->getString(charset)) {
-      const std::string other = convertText(name, own, charset);
+      const std::string other = convertedText(name, own, charset);
       if (other.empty()) return cache->getString();
       cache->addString(other.c_str(), charset);
     }

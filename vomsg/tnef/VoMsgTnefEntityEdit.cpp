@@ -158,7 +158,7 @@ VoErrorCode VoMsgTnefEntity::installContent(std::unique_ptr<VoMsgResourceLocator
 // Names that are not UTF-16 are in the code page of the stream, where it has a known one.
 std::string VoMsgTnefEntity::inCodepage(const char* utf8) const {
   const char* const charset = getCharset();
-  const std::string text = charset ? convertText(utf8, "utf-8", charset) : std::string();
+  const std::string text = charset ? convertedText(utf8, "utf-8", charset) : std::string();
   return text.empty() ? std::string(utf8) : text;
 }
 

@@ -12,6 +12,6 @@ std::string utf8FromUtf16(std::string_view bytes);
 // The reverse, without a NUL; malformed UTF-8 becomes U+FFFD.
 std::string utf16FromUtf8(std::string_view text);
 // `text` in another charset, "?" for what that cannot say; empty when it cannot be converted.
-std::string convertText(const char* text, const char* from, const char* to);
+std::string convertedText(const char* text, const char* from, const char* to);
 
 }  // namespace vomsg::detail

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 
-#include "vomsg/charset/convert/VoMsgConverterFactory.h"
+#include "vomsg/charset/convert/VoMsgTextConversion.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
+
+using vomsg::detail::Conversion;
 
 static constexpr char kLogSource[] = "VoConvertCharset";
 
@@ -19,14 +20,14 @@ int voConvertCharset(char* out, unsigned int outSize, const char* toCharset, con
     return 0;
   };
   if (!out || !toCharset || !input || !fromCharset) return failed(kVoBadArgument);
-  const std::unique_ptr<VoMsgCharsetConverter> converter(
-      VoMsgConverterFactory::getInstance()->createConverter(toCharset, fromCharset, 1, '?'));
-  if (!converter) return failed(kVoConversionFailed);
   std::string result;
-  *err = vomsg::detail::guarded([&] {
-    std::string text = input;
-    return converter->convert(result, text);
+  Conversion conversion = Conversion::failed;
+  const VoErrorCode walled = vomsg::detail::guarded([&] {
+    conversion = vomsg::detail::convertText(result, toCharset, fromCharset, input, err);
+    return kVoSuccess;
   });
+  if (voFailed(walled)) *err = walled;
+  if (conversion == Conversion::missing) return failed(kVoConversionFailed);
   if (voFailed(*err)) failed(*err);
   if (outSize != 0) {
     const std::size_t length = std::min<std::size_t>(result.size(), outSize - 1);

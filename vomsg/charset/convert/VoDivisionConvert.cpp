@@ -61,14 +61,19 @@ struct LineTableDeleter {
   void operator()(std::list<char*>* lines) const { voFreeLineTable(lines); }
 };
 
+template <class Reader, class Writer>
+void rewrite(std::string_view bytes, std::string& out) {
+  vomsg::detail::RewriteStage<Reader, Writer>(kReplacement).convert(bytes, true, out);
+}
+
 // The target charset and what fits into one encoded word of it.
 class Target {
  public:
   explicit Target(const char* name) : mName(name), mMode(modeOf(name)) {
-    const IcuHandle named = vomsg::detail::openIcu(name);
-    mpConverter = vomsg::detail::openIcu(icuName(name, mMode));
+    const vomsg::detail::IcuSetup setup{vomsg::detail::IcuSetup::kDefault, vomsg::detail::icuRuleOf(kReplacement)};
+    const IcuHandle named = vomsg::detail::openIcu(name, setup);
+    mpConverter = vomsg::detail::openIcu(icuName(name, mMode), setup);
     if (!named || !mpConverter) return;
-    vomsg::detail::substituteInIcu(*mpConverter, kReplacement.byte);
     mWidth = vomsg::detail::maxBytesPerChar(*named);
   }
 
@@ -99,9 +104,9 @@ class Target {
       if (!vomsg::detail::encodeWithIcu(*mpConverter, adjusted, bytes)) return false;
       piece.bytes.clear();
       if (mMode == Mode::gb)
-        vomsg::detail::keepGb2312(bytes, kReplacement, piece.bytes);
+        rewrite<vomsg::detail::GbReader, vomsg::detail::EucWriter>(bytes, piece.bytes);
       else
-        vomsg::detail::rewriteText<vomsg::detail::GbReader, vomsg::detail::HzWriter>(bytes, kReplacement, piece.bytes);
+        rewrite<vomsg::detail::GbReader, vomsg::detail::HzWriter>(bytes, piece.bytes);
     } else {
       if (!vomsg::detail::encodeWithIcu(*mpConverter, text, bytes)) return false;
       piece.bytes = std::move(bytes);
@@ -146,7 +151,7 @@ bool decode(const char* charset, std::string_view bytes, std::u16string& text) {
   std::string prepared;
   if (mode == Mode::jis) bytes = prepared = vomsg::detail::dropRedundantJisEscapes(bytes);
   if (mode == Mode::hz) {
-    vomsg::detail::rewriteText<vomsg::detail::HzReader, vomsg::detail::EucWriter>(bytes, kReplacement, prepared);
+    rewrite<vomsg::detail::HzReader, vomsg::detail::EucWriter>(bytes, prepared);
     bytes = prepared;
   }
   if (!vomsg::detail::decodeWithIcu(*converter, bytes, text)) return false;

@@ -2,7 +2,8 @@
 
 #include "vomsg/charset/convert/VoMsgBig5Mapping.h"
 
-VoErrorCode VoMsgBIG5ToUTF8TwConverter::transform(std::string_view text, vomsg::detail::Replacement replacement,
-                                                  std::string& out) const {
-  return vomsg::detail::big5ToUtf8(text, replacement, out);
+using namespace vomsg::detail;
+
+std::unique_ptr<TextStage> VoMsgBIG5ToUTF8TwConverter::newStage(Replacement replacement) const {
+  return newBig5ToUtf8(replacement);
 }

@@ -1,6 +1,6 @@
 #include "vomsg/charset/convert/VoMsgBig5Mapping.h"
 
-#include "vomsg/charset/convert/VoMsgIcuHandle.h"
+#include "vomsg/charset/convert/VoMsgIcuStage.h"
 
 namespace vomsg::detail {
 namespace {
@@ -13,12 +13,12 @@ void dropSingleBytes(char16_t* units, std::size_t count) {
 
 }  // namespace
 
-VoErrorCode big5ToUtf8(std::string_view text, Replacement replacement, std::string& out) {
-  return rewriteWithIcu("utf-8", "big5", text, replacement, out, dropSingleBytes);
+std::unique_ptr<TextStage> newBig5ToUtf8(Replacement replacement) {
+  return newIcuStage("utf-8", "big5", replacement, dropSingleBytes);
 }
 
-VoErrorCode utf8ToBig5(std::string_view text, Replacement replacement, std::string& out) {
-  return rewriteWithIcu("big5", "utf-8", text, replacement, out, dropSingleBytes);
+std::unique_ptr<TextStage> newUtf8ToBig5(Replacement replacement) {
+  return newIcuStage("big5", "utf-8", replacement, dropSingleBytes);
 }
 
 }  // namespace vomsg::detail

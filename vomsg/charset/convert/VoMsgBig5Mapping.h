@@ -1,16 +1,15 @@
 // Big5 and Unicode, by ICU's Big5.
 #pragma once
 
-#include <string>
-#include <string_view>
+#include <memory>
 
 #include "vomsg/charset/convert/VoMsgReplacement.h"
-#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/charset/convert/VoMsgTextStage.h"
 
 namespace vomsg::detail {
 
-// These append to `out`; kVoConversionFailed: a character is invalid or unknown and no replacement allowed.
-VoErrorCode big5ToUtf8(std::string_view text, Replacement replacement, std::string& out);
-VoErrorCode utf8ToBig5(std::string_view text, Replacement replacement, std::string& out);
+// A code of theirs: a character is invalid or unknown and no replacement allowed.
+std::unique_ptr<TextStage> newBig5ToUtf8(Replacement replacement);
+std::unique_ptr<TextStage> newUtf8ToBig5(Replacement replacement);
 
 }  // namespace vomsg::detail

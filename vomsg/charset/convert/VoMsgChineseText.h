@@ -12,10 +12,8 @@ namespace vomsg::detail {
 // character) but belong to no row of GB2312.
 struct GbReader {
   template <class Writer>
-  static bool read(std::string_view in, Writer& writer) {
-    Bytes at = reinterpret_cast<Bytes>(in.data());
-    const Bytes end = at + in.size();
-    while (at < end) {
+  bool read(Bytes& at, Bytes end, bool last, Writer& writer) {
+    while (at < end && (last || end - at >= kLongestSequence)) {
       bool goesOn = true;
       if (*at < 0x80) {
         const std::string_view text = textRun(at, end);
@@ -43,21 +41,18 @@ struct GbReader {
 // line end is back in ASCII.
 struct HzReader {
   template <class Writer>
-  static bool read(std::string_view in, Writer& writer) {
-    Bytes at = reinterpret_cast<Bytes>(in.data());
-    const Bytes end = at + in.size();
-    bool inGb = false;
-    while (at < end) {
+  bool read(Bytes& at, Bytes end, bool last, Writer& writer) {
+    while (at < end && (last || end - at >= kLongestSequence)) {
       const unsigned char byte = *at;
       bool goesOn = true;
       if (byte == '~') {
-        goesOn = readTilde(at, end, inGb, writer);
-      } else if (!inGb && byte < 0x80) {
+        goesOn = readTilde(at, end, writer);
+      } else if (!mInGb && byte < 0x80) {
         const Bytes start = at;
         while (at < end && *at < 0x80 && *at != '~') ++at;
         writer.text(viewOf(start, at));
       } else if (byte <= ' ' || byte == 0x7F) {
-        if (byte == '\r' || byte == '\n') inGb = false;
+        if (byte == '\r' || byte == '\n') mInGb = false;
         writer.text(viewOf(at, at + 1));
         ++at;
       } else if (byte < 0x80 && end - at > 1 && at[1] > ' ' && at[1] < 0x7F) {
@@ -76,7 +71,7 @@ struct HzReader {
 
  private:
   template <class Writer>
-  static bool readTilde(Bytes& at, Bytes end, bool& inGb, Writer& writer) {
+  bool readTilde(Bytes& at, Bytes end, Writer& writer) {
     const std::ptrdiff_t left = end - at;
     if (left == 1) {  // cut off: nobody knows what it was to be
       ++at;
@@ -84,7 +79,7 @@ struct HzReader {
     }
     const unsigned char next = at[1];
     if (next == '{' || next == '}') {
-      inGb = next == '{';
+      mInGb = next == '{';
       at += 2;
     } else if (next == '\n' || (next == '\r' && left > 2 && at[2] == '\n')) {
       at += next == '\n' ? 2 : 3;
@@ -95,13 +90,17 @@ struct HzReader {
     }
     return true;
   }
+
+  bool mInGb = false;
 };
 
 // Characters stand between "~{" and "~}", which closes before anything in ASCII, line ends among it, and at the end.
 class HzWriter {
  public:
-  HzWriter(std::string& target, Replacement replacement) : mOut(target), mReplacement(replacement) {}
+  explicit HzWriter(Replacement replacement) : mReplacement(replacement) {}
 
+  void aim(std::string& target) { mOut.aim(target); }
+  void flush() { mOut.flush(); }
   void text(std::string_view ascii) {
     leaveGb();
     for (std::size_t tilde; (tilde = ascii.find('~')) != ascii.npos; ascii.remove_prefix(tilde + 1)) {

@@ -2,9 +2,10 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 #include <vector>
 
-#include "vomsg/charset/convert/VoMsgCharsetConverter.h"
+#include "vomsg/charset/convert/VoMsgStagedConverter.h"
 
 class VOMSG_API VoMsgConverterFactory {
  public:
@@ -19,8 +20,24 @@ class VOMSG_API VoMsgConverterFactory {
 
   ~VoMsgConverterFactory();
 
+  // For the library: the conversion without a converter around it; null when no class handles the pair. Throws
+  // std::bad_alloc.
+  std::unique_ptr<vomsg::detail::TextStage> newStage(const char* toCharset, const char* fromCharset,
+                                                     vomsg::detail::Replacement replacement);
+
  private:
+  struct Prototype {
+    std::unique_ptr<VoMsgStagedConverter> converter;
+    int to, from;  // the pair, as records of the table of names, of a class that has only one; else negative
+  };
+
+  template <class Converter>
+  void add();
+  template <class Ask>
+  auto firstOf(const char* toCharset, const char* fromCharset, Ask ask) const
+      -> decltype(ask(std::declval<VoMsgStagedConverter&>(), toCharset, fromCharset));
+
   VoMsgConverterFactory();
 
-  std::vector<std::unique_ptr<VoMsgCharsetConverter>> mPrototypes;
+  std::vector<Prototype> mPrototypes;
 };

@@ -3,7 +3,8 @@
 #include "vomsg/charset/convert/VoMsgJapaneseReaders.h"
 #include "vomsg/charset/convert/VoMsgJapaneseWriters.h"
 
-VoErrorCode VoMsgEUCToJISJpConverter::transform(std::string_view text, vomsg::detail::Replacement replacement,
-                                                std::string& out) const {
-  return vomsg::detail::rewriteText<vomsg::detail::EucReader, vomsg::detail::JisWriter>(text, replacement, out);
+using namespace vomsg::detail;
+
+std::unique_ptr<TextStage> VoMsgEUCToJISJpConverter::newStage(Replacement replacement) const {
+  return std::make_unique<RewriteStage<EucReader, JisWriter>>(replacement);
 }

@@ -3,7 +3,8 @@
 #include "vomsg/charset/convert/VoMsgJapaneseReaders.h"
 #include "vomsg/charset/convert/VoMsgJapaneseWriters.h"
 
-VoErrorCode VoMsgEUCToSJISJpConverter::transform(std::string_view text, vomsg::detail::Replacement replacement,
-                                                 std::string& out) const {
-  return vomsg::detail::rewriteText<vomsg::detail::EucReader, vomsg::detail::SjisWriter>(text, replacement, out);
+using namespace vomsg::detail;
+
+std::unique_ptr<TextStage> VoMsgEUCToSJISJpConverter::newStage(Replacement replacement) const {
+  return std::make_unique<RewriteStage<EucReader, SjisWriter>>(replacement);
 }

@@ -2,7 +2,8 @@
 
 #include "vomsg/charset/convert/VoMsgGbMapping.h"
 
-VoErrorCode VoMsgEUCToUTF8CnConverter::transform(std::string_view text, vomsg::detail::Replacement replacement,
-                                                 std::string& out) const {
-  return vomsg::detail::gbToUtf8(text, replacement, out);
+using namespace vomsg::detail;
+
+std::unique_ptr<TextStage> VoMsgEUCToUTF8CnConverter::newStage(Replacement replacement) const {
+  return newGbToUtf8(replacement);
 }

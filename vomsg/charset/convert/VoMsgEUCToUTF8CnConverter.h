@@ -11,5 +11,5 @@ class VOMSG_API VoMsgEUCToUTF8CnConverter : public VoMsgPairConverterOf<VoMsgEUC
   using VoMsgPairConverterOf::VoMsgPairConverterOf;
 
  protected:
-  VoErrorCode transform(std::string_view text, vomsg::detail::Replacement replacement, std::string& out) const override;
+  std::unique_ptr<vomsg::detail::TextStage> newStage(vomsg::detail::Replacement replacement) const override;
 };

@@ -2,7 +2,8 @@
 
 #include "vomsg/charset/convert/VoMsgChineseText.h"
 
-VoErrorCode VoMsgGBToHZCnConverter::transform(std::string_view text, vomsg::detail::Replacement replacement,
-                                              std::string& out) const {
-  return vomsg::detail::rewriteText<vomsg::detail::GbReader, vomsg::detail::HzWriter>(text, replacement, out);
+using namespace vomsg::detail;
+
+std::unique_ptr<TextStage> VoMsgGBToHZCnConverter::newStage(Replacement replacement) const {
+  return std::make_unique<RewriteStage<GbReader, HzWriter>>(replacement);
 }

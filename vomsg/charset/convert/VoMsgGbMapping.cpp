@@ -1,7 +1,7 @@
 #include "vomsg/charset/convert/VoMsgGbMapping.h"
 
 #include "vomsg/charset/convert/VoMsgChineseText.h"
-#include "vomsg/charset/convert/VoMsgIcuHandle.h"
+#include "vomsg/charset/convert/VoMsgIcuStage.h"
 
 namespace vomsg::detail {
 
@@ -12,23 +12,18 @@ void dropPrivateByte(char16_t* units, std::size_t count) { replaceUnits(units, c
 
 }  // namespace
 
-VoErrorCode gbToUtf8(std::string_view text, Replacement replacement, std::string& out) {
-  return rewriteWithIcu("utf-8", kGbMapping, text, replacement, out, dropPrivateByte);
+std::unique_ptr<TextStage> newGbToUtf8(Replacement replacement) {
+  return newIcuStage("utf-8", kGbMapping, replacement, dropPrivateByte);
 }
 
-VoErrorCode utf8ToGb(std::string_view text, Replacement replacement, std::string& out) {
-  std::string gbk;
-  const VoErrorCode code = rewriteWithIcu(kGbMapping, "utf-8", text, replacement, gbk, adjustForGb);
-  return voFailed(code) ? code : keepGb2312(gbk, replacement, out);
+std::unique_ptr<TextStage> newUtf8ToGb(Replacement replacement) {
+  return std::make_unique<StageChain>(newIcuStage(kGbMapping, "utf-8", replacement, adjustForGb),
+                                      std::make_unique<RewriteStage<GbReader, EucWriter>>(replacement));
 }
 
 void adjustForGb(char16_t* units, std::size_t count) {
   replaceUnits(units, count, u'\u2015', u'\u2014');  // A1AA
   replaceUnits(units, count, u'\u30FB', u'\u00B7');  // A1A4
-}
-
-VoErrorCode keepGb2312(std::string_view gbk, Replacement replacement, std::string& out) {
-  return rewriteText<GbReader, EucWriter>(gbk, replacement, out);
 }
 
 }  // namespace vomsg::detail

@@ -2,7 +2,8 @@
 
 #include "vomsg/charset/convert/VoMsgChineseText.h"
 
-VoErrorCode VoMsgHZToGBCnConverter::transform(std::string_view text, vomsg::detail::Replacement replacement,
-                                              std::string& out) const {
-  return vomsg::detail::rewriteText<vomsg::detail::HzReader, vomsg::detail::EucWriter>(text, replacement, out);
+using namespace vomsg::detail;
+
+std::unique_ptr<TextStage> VoMsgHZToGBCnConverter::newStage(Replacement replacement) const {
+  return std::make_unique<RewriteStage<HzReader, EucWriter>>(replacement);
 }

@@ -4,10 +4,10 @@
 
 #include <cstddef>
 
-#include "vomsg/charset/convert/VoMsgCharsetConverter.h"
 #include "vomsg/charset/convert/VoMsgIcuHandle.h"
+#include "vomsg/charset/convert/VoMsgStagedConverter.h"
 
-class VOMSG_API VoMsgICUConverter : public VoMsgCharsetConverter {
+class VOMSG_API VoMsgICUConverter : public VoMsgStagedConverter {
  public:
   VoMsgICUConverter();
   // Opens both sides under the names given. When ICU refuses one, convert returns kVoConverterMissing.
@@ -19,6 +19,8 @@ class VOMSG_API VoMsgICUConverter : public VoMsgCharsetConverter {
                               char replaceChar) override;
   // Also kVoConverterMissing when decoding fails. Each call is a conversion of its own.
   VoErrorCode convert(std::string& out, std::string& in) override;
+  std::unique_ptr<vomsg::detail::TextStage> newStageFor(const char* toCharset, const char* fromCharset,
+                                                        vomsg::detail::Replacement replacement) const override;
 
  private:
   static constexpr std::size_t kLongestName = 64;

@@ -7,6 +7,7 @@
 
 #include "vomsg/charset/convert/VoMsgAsciiRun.h"
 #include "vomsg/charset/convert/VoMsgJisEscapes.h"
+#include "vomsg/charset/convert/VoMsgTextWriters.h"
 #include "vomsg/charset/convert/tables/VoKanaTable.h"
 
 namespace vomsg::detail {
@@ -15,10 +16,8 @@ namespace vomsg::detail {
 // other Japanese charset of ours has.
 struct EucReader {
   template <class Writer>
-  static bool read(std::string_view in, Writer& writer) {
-    Bytes at = reinterpret_cast<Bytes>(in.data());
-    const Bytes end = at + in.size();
-    while (at < end) {
+  bool read(Bytes& at, Bytes end, bool last, Writer& writer) {
+    while (at < end && (last || end - at >= kLongestSequence)) {
       const std::ptrdiff_t left = end - at;
       bool goesOn = true;
       if (*at < 0x80) {
@@ -49,10 +48,8 @@ struct EucReader {
 // Shift_JIS: lead bytes 0x81 to 0x9F and 0xE0 to 0xFC around the half-width kana, which take one byte.
 struct SjisReader {
   template <class Writer>
-  static bool read(std::string_view in, Writer& writer) {
-    Bytes at = reinterpret_cast<Bytes>(in.data());
-    const Bytes end = at + in.size();
-    while (at < end) {
+  bool read(Bytes& at, Bytes end, bool last, Writer& writer) {
+    while (at < end && (last || end - at >= kLongestSequence)) {
       bool goesOn = true;
       if (*at < 0x80) {
         const std::string_view text = textRun(at, end);
@@ -105,35 +102,31 @@ struct SjisReader {
 // in ASCII, whatever the line before it forgot.
 struct JisReader {
   template <class Writer>
-  static bool read(std::string_view in, Writer& writer) {
-    Bytes at = reinterpret_cast<Bytes>(in.data());
-    const Bytes end = at + in.size();
-    Set set = Set::ascii;
-    bool shifted = false;
-    while (at < end) {
+  bool read(Bytes& at, Bytes end, bool last, Writer& writer) {
+    while (at < end && (last || end - at >= kLongestSequence)) {
       const unsigned char byte = *at;
       bool goesOn = true;
       if (byte == kEscape) {
-        const std::size_t length = designate(viewOf(at, end), set);
+        const std::size_t length = designate(viewOf(at, end), mSet);
         if (length == 0) goesOn = writer.unknown();
         at += length ? length : 1;
       } else if (byte == kShiftOut || byte == kShiftIn) {
-        shifted = byte == kShiftOut;
+        mShifted = byte == kShiftOut;
         ++at;
-      } else if (set == Set::ascii && !shifted && byte < 0x80) {
+      } else if (mSet == Set::ascii && !mShifted && byte < 0x80) {
         const Bytes start = at;
         while (at < end && kPlain[*at]) ++at;
         writer.text(viewOf(start, at));
       } else if (byte == '\r' || byte == '\n') {
-        set = Set::ascii;
-        shifted = false;
+        mSet = Set::ascii;
+        mShifted = false;
       } else if (byte <= ' ' || byte == 0x7F) {
         writer.text(viewOf(at, at + 1));
         ++at;
-      } else if ((shifted || set == Set::kana) && byte + 0x80u <= kLastKana) {
+      } else if ((mShifted || mSet == Set::kana) && byte + 0x80u <= kLastKana) {
         goesOn = writer.kana(byte + 0x80u);
         ++at;
-      } else if (!shifted && set == Set::kanji && end - at > 1 && isSevenBit(at[0]) && isSevenBit(at[1])) {
+      } else if (!mShifted && mSet == Set::kanji && end - at > 1 && isSevenBit(at[0]) && isSevenBit(at[1])) {
         goesOn = writer.kanji(unsigned{byte} << 8 | at[1]);
         at += 2;
       } else {
@@ -175,6 +168,9 @@ struct JisReader {
       }
     return 0;
   }
+
+  Set mSet = Set::ascii;
+  bool mShifted = false;
 };
 
 }  // namespace vomsg::detail

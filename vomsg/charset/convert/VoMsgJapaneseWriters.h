@@ -9,8 +9,10 @@ namespace vomsg::detail {
 
 class SjisWriter {
  public:
-  SjisWriter(std::string& target, Replacement replacement) : mOut(target), mReplacement(replacement) {}
+  explicit SjisWriter(Replacement replacement) : mReplacement(replacement) {}
 
+  void aim(std::string& target) { mOut.aim(target); }
+  void flush() { mOut.flush(); }
   void text(std::string_view ascii) { mOut.put(ascii); }
   // Two rows of 94 cells share a lead byte; trail bytes leave out 0x7F, lead bytes the half-width kana.
   bool kanji(unsigned jis) {
@@ -39,8 +41,10 @@ class SjisWriter {
 // before anything in ASCII, line ends among it, and at the end of the text.
 class JisWriter {
  public:
-  JisWriter(std::string& target, Replacement replacement) : mOut(target), mReplacement(replacement) {}
+  explicit JisWriter(Replacement replacement) : mReplacement(replacement) {}
 
+  void aim(std::string& target) { mOut.aim(target); }
+  void flush() { mOut.flush(); }
   void text(std::string_view ascii) {
     settle();
     leaveKanji();

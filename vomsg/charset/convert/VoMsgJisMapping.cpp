@@ -1,6 +1,6 @@
 #include "vomsg/charset/convert/VoMsgJisMapping.h"
 
-#include "vomsg/charset/convert/VoMsgIcuHandle.h"
+#include "vomsg/charset/convert/VoMsgIcuStage.h"
 
 namespace vomsg::detail {
 namespace {
@@ -27,12 +27,12 @@ void adjustForJis(char16_t* units, std::size_t count) {
 
 }  // namespace
 
-VoErrorCode eucToUtf8(std::string_view text, Replacement replacement, std::string& out) {
-  return rewriteWithIcu("utf-8", kJisMapping, text, replacement, out);
+std::unique_ptr<TextStage> newEucToUtf8(Replacement replacement) {
+  return newIcuStage("utf-8", kJisMapping, replacement);
 }
 
-VoErrorCode utf8ToEuc(std::string_view text, Replacement replacement, std::string& out) {
-  return rewriteWithIcu(kJisMapping, "utf-8", text, replacement, out, adjustForJis);
+std::unique_ptr<TextStage> newUtf8ToEuc(Replacement replacement) {
+  return newIcuStage(kJisMapping, "utf-8", replacement, adjustForJis);
 }
 
 }  // namespace vomsg::detail

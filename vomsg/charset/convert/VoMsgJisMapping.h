@@ -1,16 +1,15 @@
 // Japanese text and Unicode, by ICU's EUC-JP, which unlike its Shift_JIS leaves control characters in their places.
 #pragma once
 
-#include <string>
-#include <string_view>
+#include <memory>
 
 #include "vomsg/charset/convert/VoMsgReplacement.h"
-#include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/charset/convert/VoMsgTextStage.h"
 
 namespace vomsg::detail {
 
-// These append to `out`; kVoConversionFailed: a character is invalid or unknown and no replacement allowed.
-VoErrorCode eucToUtf8(std::string_view text, Replacement replacement, std::string& out);
-VoErrorCode utf8ToEuc(std::string_view text, Replacement replacement, std::string& out);
+// A code of theirs: a character is invalid or unknown and no replacement allowed.
+std::unique_ptr<TextStage> newEucToUtf8(Replacement replacement);
+std::unique_ptr<TextStage> newUtf8ToEuc(Replacement replacement);
 
 }  // namespace vomsg::detail

@@ -1,23 +1,19 @@
-// What the converters between two certain charsets share. Each of them names its pair and rewrites the text.
+// What the converters between two certain charsets share. Each of them names its pair and its stage.
 #pragma once
 
 #include <new>
-#include <string_view>
 
-#include "vomsg/charset/convert/VoMsgCharsetConverter.h"
-#include "vomsg/charset/convert/VoMsgReplacement.h"
+#include "vomsg/charset/convert/VoMsgStagedConverter.h"
 
-class VOMSG_API VoMsgPairConverter : public VoMsgCharsetConverter {
+class VOMSG_API VoMsgPairConverter : public VoMsgStagedConverter {
  public:
-  using VoMsgCharsetConverter::VoMsgCharsetConverter;
+  using VoMsgStagedConverter::VoMsgStagedConverter;
 
   // Text ends at the first NUL. On failure `out` is empty.
   VoErrorCode convert(std::string& out, std::string& in) override;
 
  protected:
-  // Appends the rewritten `text`, which holds no NUL, to `out`.
-  virtual VoErrorCode transform(std::string_view text, vomsg::detail::Replacement replacement,
-                                std::string& out) const = 0;
+  virtual std::unique_ptr<vomsg::detail::TextStage> newStage(vomsg::detail::Replacement replacement) const = 0;
   static bool isPair(const char* to, const char* wantedTo, const char* from, const char* wantedFrom);
 };
 
@@ -31,5 +27,9 @@ class VoMsgPairConverterOf : public VoMsgPairConverter {
                               char replaceChar) override {
     if (!isPair(toCharset, Class::kTo, fromCharset, Class::kFrom)) return nullptr;
     return new (std::nothrow) Class(enforce, replaceChar);
+  }
+  std::unique_ptr<vomsg::detail::TextStage> newStageFor(const char* toCharset, const char* fromCharset,
+                                                        vomsg::detail::Replacement replacement) const override {
+    return isPair(toCharset, Class::kTo, fromCharset, Class::kFrom) ? newStage(replacement) : nullptr;
   }
 };

@@ -4,10 +4,9 @@
 #include "vomsg/charset/convert/VoMsgJisMapping.h"
 #include "vomsg/charset/convert/VoMsgTextWriters.h"
 
-VoErrorCode VoMsgSJISToUTF8JpConverter::transform(std::string_view text, vomsg::detail::Replacement replacement,
-                                                  std::string& out) const {
-  std::string euc;
-  const VoErrorCode code =
-      vomsg::detail::rewriteText<vomsg::detail::SjisReader, vomsg::detail::EucWriter>(text, replacement, euc);
-  return voFailed(code) ? code : vomsg::detail::eucToUtf8(euc, replacement, out);
+using namespace vomsg::detail;
+
+std::unique_ptr<TextStage> VoMsgSJISToUTF8JpConverter::newStage(Replacement replacement) const {
+  return std::make_unique<StageChain>(std::make_unique<RewriteStage<SjisReader, EucWriter>>(replacement),
+                                      newEucToUtf8(replacement));
 }

@@ -10,19 +10,9 @@
 #include "vomsg/encoding/VoUtf8.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 
-VoMsgToUTF8EuConverter::VoMsgToUTF8EuConverter(const VoUnicodeTable* fromTable, signed char enforce, char replaceChar)
-    : VoMsgCharsetConverter(enforce, replaceChar), mpFromTable(fromTable) {}
-
-VoMsgToUTF8EuConverter::~VoMsgToUTF8EuConverter() = default;
-
-VoMsgCharsetConverter* VoMsgToUTF8EuConverter::copy(const char* toCharset, const char* fromCharset, signed char enforce,
-                                                    char replaceChar) {
-  if (!voIsEqualCharsetName(toCharset, "utf-8")) return nullptr;
-  const VoUnicodeTable* from = voGetUnicodeMappingTable(voGetFQNCharsetName(fromCharset));
-  return from ? new (std::nothrow) VoMsgToUTF8EuConverter(from, enforce, replaceChar) : nullptr;
-}
-
 namespace {
+
+using namespace vomsg::detail;
 
 // What a high byte becomes, looked up when it is first met.
 struct Sequence {
@@ -30,28 +20,26 @@ struct Sequence {
   std::array<unsigned char, 4> bytes{};
 };
 
-}  // namespace
+class ToUtf8Stage final : public TextStage {
+ public:
+  // `enforce` as the table's look-up takes it.
+  ToUtf8Stage(const VoUnicodeTable* table, signed char enforce, char replaceChar)
+      : mpTable(table), mEnforce(enforce), mReplaceChar(static_cast<unsigned char>(replaceChar)) {}
 
-VoErrorCode VoMsgToUTF8EuConverter::convert(std::string& out, std::string& in) {
-  return vomsg::detail::guarded([&] {
-    const auto replacement = static_cast<unsigned char>(mReplaceChar);
-    std::array<Sequence, 128> sequences;
-    std::string result;
-    result.reserve(in.size());
-    vomsg::detail::BlockWriter writer(result);
+  VoErrorCode convert(std::string_view piece, bool, std::string& out) override {
+    BlockWriter writer(&out);
     VoErrorCode code = kVoSuccess;
-    const std::string_view text = vomsg::detail::untilNul(in);
-    auto at = reinterpret_cast<vomsg::detail::Bytes>(text.data());
-    for (const auto end = at + text.size(); at < end;) {
+    auto at = reinterpret_cast<Bytes>(piece.data());
+    for (const auto end = at + piece.size(); at < end;) {
       if (*at < 0x80) {
-        const std::string_view run = vomsg::detail::textRun(at, end);
+        const std::string_view run = textRun(at, end);
         writer.put(run);
         at += run.size();
         continue;
       }
-      Sequence& sequence = sequences[*at - 0x80u];
+      Sequence& sequence = mSequences[*at - 0x80u];
       if (sequence.length == 0) {
-        const unsigned ucs = mpFromTable->getCode(*at, mEnforce, replacement);
+        const unsigned ucs = mpTable->getCode(*at, mEnforce, mReplaceChar);
         if (ucs == 0) {
           code = kVoConversionFailed;
           break;
@@ -62,7 +50,44 @@ VoErrorCode VoMsgToUTF8EuConverter::convert(std::string& out, std::string& in) {
       ++at;
     }
     writer.flush();
-    out = std::move(result);
     return code;
+  }
+
+ private:
+  const VoUnicodeTable* const mpTable;
+  const signed char mEnforce;
+  const unsigned char mReplaceChar;
+  std::array<Sequence, 128> mSequences;
+};
+
+const VoUnicodeTable* tableFor(const char* toCharset, const char* fromCharset) {
+  if (!voIsEqualCharsetName(toCharset, "utf-8")) return nullptr;
+  return voGetUnicodeMappingTable(voGetFQNCharsetName(fromCharset));
+}
+
+}  // namespace
+
+VoMsgToUTF8EuConverter::VoMsgToUTF8EuConverter(const VoUnicodeTable* fromTable, signed char enforce, char replaceChar)
+    : VoMsgStagedConverter(enforce, replaceChar), mpFromTable(fromTable) {}
+
+VoMsgToUTF8EuConverter::~VoMsgToUTF8EuConverter() = default;
+
+VoMsgCharsetConverter* VoMsgToUTF8EuConverter::copy(const char* toCharset, const char* fromCharset, signed char enforce,
+                                                    char replaceChar) {
+  const VoUnicodeTable* const from = tableFor(toCharset, fromCharset);
+  return from ? new (std::nothrow) VoMsgToUTF8EuConverter(from, enforce, replaceChar) : nullptr;
+}
+
+std::unique_ptr<TextStage> VoMsgToUTF8EuConverter::newStageFor(const char* toCharset, const char* fromCharset,
+                                                               Replacement replacement) const {
+  const VoUnicodeTable* const from = tableFor(toCharset, fromCharset);
+  if (!from) return nullptr;
+  return std::make_unique<ToUtf8Stage>(from, replacement.allowed, replacement.byte);
+}
+
+VoErrorCode VoMsgToUTF8EuConverter::convert(std::string& out, std::string& in) {
+  return guarded([&] {
+    ToUtf8Stage stage(mpFromTable, mEnforce, mReplaceChar);
+    return convertWhole(stage, true, out, in);
   });
 }

@@ -2,7 +2,8 @@
 
 #include "vomsg/charset/convert/VoMsgBig5Mapping.h"
 
-VoErrorCode VoMsgUTF8ToBIG5TwConverter::transform(std::string_view text, vomsg::detail::Replacement replacement,
-                                                  std::string& out) const {
-  return vomsg::detail::utf8ToBig5(text, replacement, out);
+using namespace vomsg::detail;
+
+std::unique_ptr<TextStage> VoMsgUTF8ToBIG5TwConverter::newStage(Replacement replacement) const {
+  return newUtf8ToBig5(replacement);
 }

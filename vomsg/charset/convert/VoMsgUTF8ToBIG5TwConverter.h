@@ -11,5 +11,5 @@ class VOMSG_API VoMsgUTF8ToBIG5TwConverter : public VoMsgPairConverterOf<VoMsgUT
   using VoMsgPairConverterOf::VoMsgPairConverterOf;
 
  protected:
-  VoErrorCode transform(std::string_view text, vomsg::detail::Replacement replacement, std::string& out) const override;
+  std::unique_ptr<vomsg::detail::TextStage> newStage(vomsg::detail::Replacement replacement) const override;
 };

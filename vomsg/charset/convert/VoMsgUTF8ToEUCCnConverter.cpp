@@ -2,7 +2,8 @@
 
 #include "vomsg/charset/convert/VoMsgGbMapping.h"
 
-VoErrorCode VoMsgUTF8ToEUCCnConverter::transform(std::string_view text, vomsg::detail::Replacement replacement,
-                                                 std::string& out) const {
-  return vomsg::detail::utf8ToGb(text, replacement, out);
+using namespace vomsg::detail;
+
+std::unique_ptr<TextStage> VoMsgUTF8ToEUCCnConverter::newStage(Replacement replacement) const {
+  return newUtf8ToGb(replacement);
 }

@@ -36,6 +36,7 @@ unsigned int VoUnicodeTable::getCode(unsigned int code, signed char enforce, uns
 
 const VoUnicodeTable* voGetUnicodeMappingTable(const char* charset) {
   const std::string_view name = vomsg::detail::viewOf(charset);
+  if (!vomsg::detail::startsWithNoCase(name, "iso-8859-")) return nullptr;
   for (const auto& row : kTables)
     if (vomsg::detail::equalNoCase(row.charset, name)) return row.table;
   return nullptr;
