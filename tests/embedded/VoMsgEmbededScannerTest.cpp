@@ -9,6 +9,9 @@
 
 #include "tests/embedded/EmbeddedBlocks.h"
 #include "vomsg/embedded/VoMsgBlockStartSearch.h"
+#include "vomsg/embedded/VoMsgEncodedLineSearch.h"
+#include "vomsg/encoding/VoPieceSink.h"
+#include "vomsg/encoding/VoQuotedPrintable.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 
 namespace {
@@ -65,6 +68,66 @@ TEST(BlockStartSearch, FindsTheFirstLineHoweverTheTextIsCut) {
       ASSERT_EQ(kernel(exact.get(), exact.get() + text.size()),
                 findLineStartPortable(exact.get(), exact.get() + text.size()));
   }
+}
+
+struct SearchSink final : PieceSink {
+  bool put(std::string_view piece) override { return !(found = search.feed(piece)); }
+  BlockStartSearch search;
+  bool found = false;
+};
+
+// What the encoded bytes tell must never hide a line that the decoder shows; that it hides most others is its use.
+TEST(EncodedLineSearch, MissesNoLineThatDecodingShows) {
+  static const std::string kWords[] = {"=",
+                                       "=\r\n",
+                                       "\r\n",
+                                       "\n",
+                                       "\r",
+                                       "b",
+                                       "begin 644 x",
+                                       "=62egin 6",
+                                       "be",
+                                       "gin 6",
+                                       "(",
+                                       " ",
+                                       "\t",
+                                       "=0A",
+                                       "=0d",
+                                       "=C3=A9",
+                                       "=x",
+                                       "bEgin 6",
+                                       "=\n",
+                                       "xxxx",
+                                       "=28",
+                                       "=3D",
+                                       "begin=",
+                                       "=206",
+                                       "=0",
+                                       "62",
+                                       std::string(40, 'y'),
+                                       "(This file must be converted with BinHex 4.0)",
+                                       "(This=20file must be converted with =\r\nBinHex 4.0)"};
+  std::mt19937 random(46);
+  int shown = 0, hidden = 0;
+  for (int round = 0; round < 20000; ++round) {
+    std::string text;
+    for (auto words = 1 + random() % 12; words > 0; --words) text += kWords[random() % std::size(kWords)];
+    WindowReader whole(text, 4096);
+    SearchSink sink;
+    decodeQuotedPrintableTo(sink, whole, text.size(), true);
+    for (const std::size_t window : {std::size_t{4096}, std::size_t{64}, std::size_t{1 + random() % 100}}) {
+      WindowReader reader(text, window);
+      const bool may = mayBeginBlock(reader, text.size());
+      ASSERT_TRUE(may || !sink.found) << window << " " << ::testing::PrintToString(text);
+      shown += sink.found;
+      hidden += !may;
+    }
+    const char* const end = text.data() + text.size();
+    for (const char* at = text.data(); at < end; ++at)
+      ASSERT_EQ(findEncodedStart(at, end), findEncodedStartPortable(at, end));
+  }
+  EXPECT_GT(shown, 1500);
+  EXPECT_GT(hidden, 7000);
 }
 
 TEST(EmbeddedScanner, Blocks) {

@@ -7,6 +7,7 @@
 
 #include "vomsg/embedded/VoMsgBlockStartSearch.h"
 #include "vomsg/embedded/VoMsgEmbededEntity.h"
+#include "vomsg/embedded/VoMsgEncodedLineSearch.h"
 #include "vomsg/embedded/VoMsgMultiEmbededEntity.h"
 #include "vomsg/encoding/VoBase64.h"
 #include "vomsg/encoding/VoBinHex.h"
@@ -57,9 +58,12 @@ bool mayHoldBlocks(TransferEncoding encoding, VoMsgBufferedReader& reader, std::
     case TransferEncoding::base64:
       decodeBase64To(sink, reader, size);
       return sink.found;
-    case TransferEncoding::quotedPrintable:
+    case TransferEncoding::quotedPrintable: {
+      const std::uint64_t start = reader.getOffset();
+      if (!mayBeginBlock(reader, size) || !moveTo(reader, start)) return false;
       decodeQuotedPrintableTo(sink, reader, size, true);
       return sink.found;
+    }
     case TransferEncoding::uuencode: {
       SearchWriter writer;
       _decodeUUEncode(&writer, &reader, static_cast<long>(size), nullptr);
