@@ -107,6 +107,10 @@
 #include "vomsg/header/VoMsgHeaderParameter.h"
 #include "vomsg/header/VoMsgUserAddress.h"
 
+// What is odd about a message.
+#include "vomsg/anomaly/VoMsgAnomaly.h"
+#include "vomsg/anomaly/VoMsgAnomalyList.h"
+
 // The entity tree and messages.
 #include "vomsg/entity/VoMsgEntity.h"
 #include "vomsg/entity/VoMsgEntityBody.h"

@@ -1,5 +1,6 @@
 #include "vomsg/entity/VoMsgMailMessage.h"
 
+#include "vomsg/anomaly/VoMsgAnomalyList.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 
 int VoMsgMailMessage::mMaxExtractLevel = 20;

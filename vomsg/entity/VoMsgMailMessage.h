@@ -1,10 +1,13 @@
 // A message: the host's handle on an entity tree and on the resource it was read from.
 #pragma once
 
+#include <memory>
+
 #include "vomsg/entity/VoMsgEntity.h"
 #include "vomsg/foundation/VoObjectStub.h"
 #include "vomsg/foundation/VoUUID.h"
 
+class VoMsgAnomalyList;
 class VoMsgMailSessionInfo;
 
 // Where a disclaimer goes; any other value counts as bottom.
@@ -55,6 +58,12 @@ class VOMSG_API VoMsgMailMessage : public virtual VoMsgEntity {
   static int mMaxExtractLevel;
   static int getMaxExtractLevel() { return mMaxExtractLevel; }
 
+  // What is odd about the message, its entities and the messages inside, in document order: found by reading the
+  // sources again, which costs about as much as decoding every part once. Borrowed until the message changes or is
+  // asked again. Null when VoMsgSetCollectAnomalies() was off at readFrom(), a source cannot be read, or memory ran
+  // out; empty when nothing is odd. What was edited since readFrom() is passed over.
+  const VoMsgAnomalyList* getAnomalies();
+
   const char* _getUUIDString() override;
   const VoUUID_t& getUUID() const { return mUUID; }
 
@@ -68,4 +77,6 @@ class VOMSG_API VoMsgMailMessage : public virtual VoMsgEntity {
   int mEndPosition = 0;
   VoUUID_t mUUID;
   char mUUIDString[37];
+  bool mCollectsAnomalies = false;  // as it was set when reading began
+  std::unique_ptr<VoMsgAnomalyList> mpAnomalies;
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "vomsg/anomaly/VoMsgAnomaly.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMessageReading.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
@@ -67,6 +68,7 @@ VoErrorCode VoMsgRfc822Message::_beginReading(VoMsgResourceLocator* source, cons
     return kVoNoMemory;
   }
   const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    mCollectsAnomalies = VoMsgGetCollectAnomalies();
     mSource.adopt(std::unique_ptr<VoMsgResourceLocator>(source));
     mMessageSource.adopt(std::make_unique<MessageSource>(mSource, place.options));
     return kVoSuccess;

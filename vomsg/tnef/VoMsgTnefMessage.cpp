@@ -5,6 +5,7 @@
 #include <memory>
 #include <utility>
 
+#include "vomsg/anomaly/VoMsgAnomaly.h"
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
@@ -74,6 +75,7 @@ VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source, const Messa
     return kVoNoMemory;
   }
   const VoErrorCode taken = guarded([&] {
+    mCollectsAnomalies = VoMsgGetCollectAnomalies();
     mSource.adopt(std::unique_ptr<VoMsgResourceLocator>(source));
     mMessageSource.adopt(std::make_unique<MessageSource>(mSource, place.options));
     return kVoSuccess;
