@@ -44,5 +44,15 @@ TEST(EditingQuestions, AnAlternativeInAnAttachedMessageDoesNotCount) {
     EXPECT_TRUE(MessageFixture(outer + part(type, nested) + "--b--\r\n")->_hasAlternative()) << type;
 }
 
+// What a signature covers is the same at its new place.
+TEST(Stripping, AMovedPartIsNotEdited) {
+  MessageFixture message("Subject: s\r\nContent-Type: multipart/signed; boundary=b\r\n\r\n" + part("text/plain", "x") +
+                         part("application/pgp-signature", "sig") + "--b--\r\n");
+  ASSERT_EQ(insert(*message, "D", 1, kVoDisclaimerTop, "utf-8", nullptr), kVoSuccess);
+  ASSERT_EQ(message->stripSignaturePart(), kVoSuccess);
+  EXPECT_EQ(occurrences(written(*message), "multipart/signed"), 1u);
+  EXPECT_EQ(occurrences(written(*message), "sig\r\n"), 1u) << written(*message);
+}
+
 }  // namespace
 }  // namespace vomsg::test

@@ -36,6 +36,16 @@ VoMsgMimeEntity* newPart(const char* text) {
   return part;
 }
 
+// Parentheses around what an entity holds; of a leaf its content, "-" for none.
+std::string contentsOf(VoMsgEntity& entity) {
+  const std::string content = entity.hasChildEntity() || entity.isMultipartEntity() ? "" : contentOf(entity);
+  if (!entity.hasChildEntity()) return content.empty() ? "-" : content;
+  std::string out = "(";
+  for (VoMsgEntity* child = entity.getChildEntity(); child; child = child->getNextSiblingEntity())
+    out += contentsOf(*child);
+  return out + ")";
+}
+
 constexpr char kNewPart[] = "Content-Type: text/plain\r\nContent-Transfer-Encoding: 7bit\r\n\r\nnew";
 
 TEST(MessageEdit, ChildrenComeAndGoWithTheirDelimiters) {
@@ -109,6 +119,59 @@ TEST(MessageEdit, ChildrenOfIncompleteMultiparts) {
   ASSERT_EQ(behind->countChildEntity(), 2u);
   ASSERT_EQ(behind->removeChildEntityAt(1), kVoSuccess);
   EXPECT_EQ(written(*behind), parts);
+}
+
+// Where things go that were not there: behind a delimiter line that ended with the data, before what stands behind the
+// close delimiter, in a multipart whose boundary an open one below it has too.
+TEST(MessageEdit, AdditionsFindTheirPlace) {
+  struct Row {
+    const char* name;
+    std::string text;
+    unsigned entity;  // in document order
+    void (*edit)(VoMsgEntity& entity);
+    std::string want;  // "" where a boundary is drawn
+    const char* tree;  // content types, of leaves the content
+  };
+  const std::string header = "Content-Type: multipart/mixed; boundary=b\r\n\r\n", open = header + "--b";
+  const std::string part = std::string(kNewPart), block = "begin 644 a.txt\r\n#86)C\r\n`\r\nend\r\n";
+  const std::string same = header + "--b\r\n" + header + "--b\r\n\r\none\r\n";
+  const auto append = [](VoMsgEntity& e) { e.appendChildEntity(newPart("new")); };
+  const auto insert = [](VoMsgEntity& e) { e.insertChildEntityAt(newPart("new"), 0); };
+  const auto second = [](VoMsgEntity& e) { e.insertChildEntityAt(newPart("new"), 1); };
+  const Row rows[] = {
+      {"field", open, 1, [](VoMsgEntity& e) { e.setHeaderValue("X", "y", "us-ascii", nullptr); },
+       open + "\r\nX: y\r\n\r\n", "(-)"},
+      {"content", open, 1,
+       [](VoMsgEntity& e) {
+         std::string x = "x";
+         e.setRawContent(resourceOver(x).get(), nullptr, nullptr);
+       },
+       open + "\r\n\r\nx", "(x)"},
+      {"in front", open, 0, insert, open + "\r\n" + part + "\r\n--b\r\n", "(new-)"},
+      {"behind", open, 0, append, open + "\r\n--b\r\n" + part, "(-new)"},
+      {"before an attachment", header + "--b\r\n\r\none\r\n--b--\r\n" + block, 0, append,
+       header + "--b\r\n\r\none\r\n--b\r\n" + part + "\r\n--b--\r\n" + block, "(onenew(abc))"},
+      {"second before it", header + "--b\r\n\r\none\r\n--b--\r\n" + block, 0, second,
+       header + "--b\r\n\r\none\r\n--b\r\n" + part + "\r\n--b--\r\n" + block, "(onenew(abc))"},
+      {"same boundary, open", same, 0, append, "", "((one\r\n)new)"},
+      {"text before a block", "\r\ntext\r\n" + block, 2,
+       [](VoMsgEntity& e) {
+         std::string x = "x";
+         e.setContent(resourceOver(x).get(), nullptr, nullptr);
+       },
+       "\r\nx\r\n" + block, nullptr},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    MessageFixture message(row.text);
+    row.edit(*entitiesOf(*message)[row.entity]);
+    const std::string out = written(*message);
+    EXPECT_TRUE(row.want.empty() || out == row.want) << out;
+    MessageFixture again(out);
+    if (!row.tree) continue;
+    EXPECT_EQ(contentsOf(*again), row.tree) << out;
+    EXPECT_EQ(contentsOf(*message), row.tree);
+  }
 }
 
 // Also by another name, and for a message that lies in the source of another.
@@ -238,13 +301,62 @@ TEST(MessageEdit, TextKeepsItsCharsetWhenThatLosesNothing) {
   text = "\xc3\xbc\nnext\n";  // lines stay lines, whatever ends those of the message
   MessageFixture lines("Content-Type: text/plain; charset=utf-8\n\n");
   ASSERT_EQ(lines->setTextContent(resourceOver(text).get(), nullptr, "utf-8"), kVoSuccess);
-  EXPECT_NE(written(*lines).find("=C3=BC\r\nnext\r\n"), std::string::npos) << written(*lines);
+  EXPECT_NE(written(*lines).find("=C3=BC\nnext\n"), std::string::npos) << written(*lines);
   text = "\xe2\x82\xac";
   MessageFixture other(header);
   ASSERT_EQ(other->setTextContent(resourceOver(text).get(), nullptr, "utf-8"), kVoSuccess);
   EXPECT_STREQ(other->getCharset(), "utf-8");
   MessageFixture again(written(*other));
   EXPECT_EQ(contentOf(*again), text);
+}
+
+// The lines of a text become those of the message that it is set in, encoded or not; of other content only the lines
+// that an encoding makes.
+TEST(MessageEdit, LinesEndAsInTheMessage) {
+  struct Row {
+    const char *type, *encoding, *want;  // $ stands for the line end
+    bool asText = false;
+  };
+  constexpr Row kRows[] = {
+      {"text/plain", "7bit", "a$b$"},
+      {"text/plain", "quoted-printable", "a$b$"},
+      {"text/plain", "base64", nullptr},
+      {"text/plain", "7bit", "a$b$", true},
+      {"text/plain", "quoted-printable", "a$b$", true},
+      {"text/plain", "base64", nullptr, true},
+      {"image/png", "quoted-printable", "a=0D=0Ab=0D=0A"},
+      {"image/png", "base64", "YQ0KYg0K$"},
+      {"image/png", "x-uuencode", " noname$&80T*8@T*$`$end$"},
+  };
+  for (const std::string& first : {std::string("\n"), std::string("\r\n")})
+    for (const std::string& others : {std::string("\n"), std::string("\r\n")})
+      for (const Row& row : kRows) {
+        SCOPED_TRACE(row.type + std::string(" ") + row.encoding + testing::PrintToString(first + others));
+        MessageFixture message("Content-Type: " + std::string(row.type) + first + "Content-Transfer-Encoding: " +
+                               row.encoding + others + "X: y" + others + others + "old" + others);
+        std::string content = "a\r\nb\r\n";
+        const auto resource = resourceOver(content);
+        ASSERT_EQ(row.asText ? message->setTextContent(resource.get(), nullptr, "us-ascii")
+                             : message->setContent(resource.get(), nullptr, nullptr),
+                  kVoSuccess);
+        const std::string own = first == "\n" ? "\n" : "\r\n";
+        std::string want = row.want ? row.want : own == "\n" ? "YQpiCg==$" : "YQ0KYg0K$";
+        for (std::size_t at; (at = want.find('$')) != want.npos;) want.replace(at, 1, own);
+        const std::string out = written(*message);
+        EXPECT_TRUE(out.ends_with((want[0] == ' ' ? "" : others + others) + want)) << out;
+      }
+}
+
+// A line of 998 bytes is the longest that may stand unencoded; its end does not count.
+TEST(MessageEdit, LongLinesAreEncoded) {
+  for (const char* lineEnd : {"\r\n", "\n", ""})
+    for (const std::size_t length : {998u, 999u})
+      for (const char* messageEnd : {"\r\n", "\n"}) {
+        MessageFixture message(std::string("Subject: s") + messageEnd + messageEnd);
+        std::string text = std::string(length, 'x') + lineEnd;
+        ASSERT_EQ(message->setTextContent(resourceOver(text).get(), nullptr, "us-ascii"), kVoSuccess);
+        EXPECT_EQ(message->getEncoding() == nullptr, length == 998) << length << testing::PrintToString(lineEnd);
+      }
 }
 
 TEST(MessageEdit, WideTextIsReadAndBecomesUtf8WhenItIsReplaced) {
@@ -353,6 +465,41 @@ TEST(MessageEdit, ALeafLabelledMultipartBecomesOne) {
             "Content-Type: multipart/mixed;\r\n\tboundary=b\r\n\r\n"
             "This is a multi-part message in MIME format.\r\n" +
                 part + part + "--b--\r\n");
+}
+
+// The line end of a close delimiter is its own, whatever ends the other lines.
+TEST(MessageEdit, AMultipartEndsAtItsCloseDelimiter) {
+  for (const std::string& end : {std::string("\n"), std::string("\r\n"), std::string("\r")})
+    for (const std::string& others : {std::string("\n"), std::string("\r\n"), std::string("\r")}) {
+      std::string text;
+      for (const char* line : {"Content-Type: multipart/mixed; boundary=b", "", "--b",
+                               "Content-Type: multipart/mixed; boundary=c", "", "--c", "", "one"})
+        text += line + others;
+      MessageFixture message(text + "--c--" + end + "--b" + others + others + "two" + others + "--b--" + others);
+      auto& inner = dynamic_cast<VoMsgRfc822Entity&>(*message->getChildEntity());
+      EXPECT_EQ(text.substr(inner.getBodyOffset()) + "--c--",
+                (text + "--c--").substr(inner.getBodyOffset(), inner.getBodySize()));
+    }
+}
+
+TEST(MessageEdit, AMessageThatWasNotUnderstoodIsNotCorrected) {
+  const std::string text =
+      "Content-Type: multipart/mixed; boundary=x; boundary=b\r\n\r\n--b\r\nContent-Type: text/plain\r\n"
+      "Content-Type: text/html\r\n\r\nx\r\n--b--\r\n";
+  MessageFixture message(text);
+  EXPECT_EQ(message.code, kVoMalformed);
+  EXPECT_EQ(written(*message), text);
+}
+
+TEST(MessageEdit, AnAttachmentIsNeverTheMainText) {
+  MessageFixture message(
+      "Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\nContent-Disposition: attachment\r\n\r\nno\r\n--b\r\n"
+      "Content-Type: text/html\r\n\r\nyes\r\n--b\r\nContent-Type: text/html\r\nContent-Disposition: attachment\r\n"
+      "\r\nno\r\n--b--\r\n");
+  for (const bool preferHtml : {false, true}) {
+    VoMsgEntity* const body = message->_findMessageBody(preferHtml);
+    EXPECT_EQ(body ? contentOf(*body) : "none", "yes");
+  }
 }
 
 TEST(MessageEdit, ACopiedPartIsAnAddedOne) {

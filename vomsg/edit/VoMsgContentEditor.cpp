@@ -9,27 +9,24 @@
 #include "vomsg/entity/VoMsgMultipartBody.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
-#include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgTreeEpoch.h"
 
 namespace vomsg::detail {
 
-std::string_view ContentEditor::lineEnd() const {
-  const OpenSource source(Inside::source(mEntity).getObject());
-  return Inside::lineEnd(mEntity, source.reader());
-}
+std::string_view ContentEditor::lineEnd() const { return Inside::textLineEnd(mEntity); }
 
 VoErrorCode ContentEditor::moveContentToPart() { return Inside::changeSingleToMulti(mEntity); }
 
-VoErrorCode ContentEditor::makeMultipart(std::unique_ptr<VoMsgEntityHeader> header) {
-  EditUndo undo(mEntity);
+VoErrorCode ContentEditor::makeMultipart(std::unique_ptr<VoMsgEntityHeader> header, EditUndos& undos) {
+  undos.add(mEntity);
   Inside::header(mEntity).adopt(std::move(header));
   noteTreeChange();
-  const VoErrorCode code = Inside::makeMultipartHeader(mEntity);
+  VoErrorCode code = Inside::makeMultipartHeader(mEntity);
   if (voFailed(code)) return code;
   Inside::body(mEntity).free();
   static_cast<VoMsgMultipartBody*>(Inside::createBody(mEntity, true))->setNewBody();
-  undo.letStand();
+  code = undos.settle(code);
+  if (voFailed(code)) return code;
   TreeAccess::freeTree(&mEntity);
   layoutOf(mEntity).hasBodyRange = false;
   layoutOf(mEntity).childrenChanged = true;
@@ -45,21 +42,21 @@ void ContentEditor::holdMessage(std::unique_ptr<VoMsgRfc822Message> message, std
   TreeAccess::append(&mEntity, message.release());
 }
 
-VoErrorCode ContentEditor::removeChildren(bool (*isUnwanted)(const VoMsgEntity&)) {
-  return guarded([&] {
-    VoMsgEntity* before = nullptr;
-    for (VoMsgEntity* child = mEntity.getChildEntity(); child;) {
-      VoMsgEntity* const next = child->getNextSiblingEntity();
-      if (isUnwanted(*child)) {
-        Inside::noteRemoval(mEntity, *child);
-        TreeAccess::removeAfter(&mEntity, before);
-      } else {
-        before = child;
-      }
-      child = next;
-    }
-    return kVoSuccess;
-  });
+void ContentEditor::noteRemovals(bool (*isUnwanted)(const VoMsgEntity&)) {
+  for (const VoMsgEntity* child = mEntity.getChildEntity(); child; child = child->getNextSiblingEntity())
+    if (isUnwanted(*child)) Inside::noteRemoval(mEntity, *child);
+}
+
+void ContentEditor::removeChildren(bool (*isUnwanted)(const VoMsgEntity&)) {
+  VoMsgEntity* before = nullptr;
+  for (VoMsgEntity* child = mEntity.getChildEntity(); child;) {
+    VoMsgEntity* const next = child->getNextSiblingEntity();
+    if (isUnwanted(*child))
+      TreeAccess::removeAfter(&mEntity, before);
+    else
+      before = child;
+    child = next;
+  }
 }
 
 }  // namespace vomsg::detail

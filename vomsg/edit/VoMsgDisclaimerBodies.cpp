@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "vomsg/edit/VoMsgTextEditing.h"
+#include "vomsg/entity/VoMsgEditUndo.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
@@ -113,6 +114,7 @@ VoErrorCode insertInto(VoMsgRfc822Message& message, const std::vector<Leaf>& tar
                        VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* resource, const char* srcCharset,
                        const char* preferCharset) {
   if (targets.empty()) return kVoDisclaimerRefused;
+  EditUndos undos;
   Disclaimer disclaimer;
   const VoErrorCode loaded = loadDisclaimer(*resource, srcCharset, position == kVoDisclaimerTop, disclaimer);
   if (voFailed(loaded)) return loaded;
@@ -125,7 +127,7 @@ VoErrorCode insertInto(VoMsgRfc822Message& message, const std::vector<Leaf>& tar
         prepareText(*target.entity, kindOf(target.type), disclaimer, preferCharset, delimiters, changes.back());
     if (voFailed(code)) return code;
   }
-  return installTexts(message, changes);
+  return installTexts(message, changes, undos);
 }
 
 const char* charsetOr(const char* preferCharset) { return preferCharset ? preferCharset : "utf-8"; }

@@ -41,6 +41,7 @@ class MessageSteps : public DisclaimerSteps {
   bool hasTextCalendar() override { return mMessage._hasTextCalendar(); }
 
   VoErrorCode run(DisclaimerStep step, const char* charset) override {
+    if (mShortage.seen()) return mShortage.code();  // what was found out about the message may be wrong
     switch (step) {
       case DisclaimerStep::text:
         return intoText(charset);
@@ -102,6 +103,7 @@ class MessageSteps : public DisclaimerSteps {
   const DisclaimerPlan& mPlan;
   VoMsgResourceLocator* const mDisclaimer;
   const char* const mSrcCharset;
+  const ShortageWatch mShortage;
   std::unique_ptr<EditUndo> mUntyped;  // has the header block without Content-Type
 };
 

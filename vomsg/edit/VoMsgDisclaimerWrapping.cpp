@@ -19,6 +19,7 @@
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgRangeResource.h"
+#include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 
 namespace {
@@ -60,10 +61,12 @@ VoErrorCode createDisclaimerPart(VoMsgRfc822Message& message, VoMsgResourceLocat
   Disclaimer disclaimer;
   VoErrorCode code = loadDisclaimer(resource, srcCharset, false, disclaimer);
   if (voFailed(code)) return code;
+  const std::string_view lineEnd = ContentEditor(message).lineEnd();
   const char* charset = srcCharset;
   std::string text = disclaimer.raw;
   if (disclaimer.isDecoded) {
     if (!disclaimer.utf8.empty() && !endsLine(disclaimer.utf8)) disclaimer.utf8 += "\r\n";
+    if (lineEnd == "\n") disclaimer.utf8 = withoutCrLf(disclaimer.utf8);
     charset = preferCharset;
     if (!encodeExactly(disclaimer.utf8, charset, text)) {
       charset = "utf-8";
@@ -73,7 +76,7 @@ VoErrorCode createDisclaimerPart(VoMsgRfc822Message& message, VoMsgResourceLocat
   EncodedText content;
   // Bytes that are no text for anybody here must not be taken for lines.
   const BoundaryTable delimiters = delimitersAround(message);
-  if (!encodeForTransfer(text, {disclaimer.isDecoded ? nullptr : "base64", "\r\n", delimiters}, content))
+  if (!encodeForTransfer(text, {disclaimer.isDecoded ? nullptr : "base64", lineEnd, delimiters}, content))
     return kVoDisclaimerCopyFailed;
   if (!content.encoding) content.encoding = disclaimer.isDecoded ? "7bit" : "base64";
 
@@ -196,6 +199,7 @@ VoErrorCode VoMsgRfc822Message::_createWrapRfc822MailEntity(std::unique_ptr<VoMs
 VoErrorCode VoMsgRfc822Message::_createWrapEntity(VoMsgResourceLocator* disclaimer, const char* srcCharset,
                                                   const char* preferCharset, bool onlyEssentials) {
   if (!disclaimer || !srcCharset) return kVoBadArgument;
+  EditUndos undos;
   std::unique_ptr<VoMsgMimeEntity> text;
   VoErrorCode code =
       createDisclaimerPart(*this, *disclaimer, srcCharset, preferCharset ? preferCharset : "utf-8", nullptr, text);
@@ -205,7 +209,7 @@ VoErrorCode VoMsgRfc822Message::_createWrapEntity(VoMsgResourceLocator* disclaim
   if (voFailed(code)) return code;
 
   auto header = outerHeader(*getEntityHeader(), onlyEssentials, encodingOfMultipart(original->getEncoding()));
-  if (voFailed(ContentEditor(*this).makeMultipart(std::move(header)))) return kVoWrapFailed;
+  if (voFailed(ContentEditor(*this).makeMultipart(std::move(header), undos))) return kVoWrapFailed;
   TreeAccess::append(this, text.release());
   TreeAccess::append(this, original.release());
   return kVoSuccess;
@@ -215,16 +219,17 @@ VoErrorCode VoMsgRfc822Message::_createWrapEntity(VoMsgResourceLocator* disclaim
 VoErrorCode VoMsgRfc822Message::_addDisclaimerPart(bool inFront, bool asAttachment, VoMsgResourceLocator* disclaimer,
                                                    const char* srcCharset, const char* preferCharset) {
   if (!disclaimer || !srcCharset) return kVoBadArgument;
+  EditUndos undos;
   std::unique_ptr<VoMsgMimeEntity> text;
   VoErrorCode code = createDisclaimerPart(*this, *disclaimer, srcCharset, preferCharset ? preferCharset : "utf-8",
                                           asAttachment ? "disclaimer.txt" : nullptr, text);
   if (voFailed(code)) return code;
   const char* const encoding = encodingOfMultipart(getEncoding());
-  EditUndo undo(*this);
+  undos.add(*this);
   code = ContentEditor(*this).moveContentToPart();
   if (!voFailed(code) && encoding) code = setHeaderValue("Content-Transfer-Encoding", encoding, kAscii, nullptr);
+  code = undos.settle(code);
   if (voFailed(code)) return code;
-  undo.letStand();
   TreeAccess::insertAt(this, text.release(), inFront ? 0 : countChildEntity());
   return kVoSuccess;
 }

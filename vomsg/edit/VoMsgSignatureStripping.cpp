@@ -3,8 +3,10 @@
 #include <memory>
 #include <new>
 #include <unordered_set>
+#include <vector>
 
 #include "vomsg/edit/VoMsgContentEditor.h"
+#include "vomsg/entity/VoMsgEditUndo.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -51,18 +53,18 @@ std::unordered_set<const VoMsgEntity*> modifiedEntities(VoMsgEntity* root) {
   return modified;
 }
 
-VoErrorCode stripSignedEntity(VoMsgEntity& entity, const char* tag) {
-  VoErrorCode code = entity.setHeaderValue("Content-Type", "multipart/mixed", "us-ascii", nullptr);
+// Its signatures are only noted, and go when nothing can fail any more. Others than MIME entities cannot be
+// multipart/signed and have children with a type of their own.
+VoErrorCode stripSignedEntity(VoMsgRfc822Entity& entity, EditUndos& undos, const char* tag) {
+  undos.add(entity);
+  const VoErrorCode code = entity.setHeaderValue("Content-Type", "multipart/mixed", "us-ascii", nullptr);
   if (voFailed(code)) {
     voMessageLog(1, kLogSource, "stripSignaturePart", __LINE__, tag, "Failed setHeaderValue to make multipart/mixed.");
     return code;
   }
   entity.removeHeaderParameter("Content-Type", "protocol");
   entity.removeHeaderParameter("Content-Type", "micalg");
-  // Others than MIME entities cannot be multipart/signed and have children with a type of their own.
-  auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(&entity);
-  if (mime && voFailed(code = ContentEditor(*mime).removeChildren(isSignature)))
-    voMessageLog(1, kLogSource, "stripSignaturePart", __LINE__, tag, "Failed to call removeChildEntityAt()");
+  ContentEditor(entity).noteRemovals(isSignature);
   return code;
 }
 
@@ -77,12 +79,23 @@ VoErrorCode VoMsgRfc822Message::stripSignaturePart() {
     return kVoNoMemory;
   }
   const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    EditUndos undos;
+    std::vector<VoMsgRfc822Entity*> stripped;
     const auto modified = modifiedEntities(this);
     for (VoMsgEntity* entity = walk->first(); entity; entity = walk->next()) {
-      if (!entity->isContentType("multipart", "signed") || !modified.contains(entity)) continue;
-      const VoErrorCode stripped = stripSignedEntity(*entity, tag);
-      if (voFailed(stripped)) return stripped;
+      auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity);
+      if (!mime || !entity->isContentType("multipart", "signed") || !modified.contains(entity)) continue;
+      stripped.push_back(mime);
+      const VoErrorCode code = stripSignedEntity(*mime, undos, tag);
+      if (voFailed(code)) return code;
     }
+    const VoErrorCode settled = undos.settle(kVoSuccess);
+    if (voFailed(settled)) {
+      voMessageLog(1, kLogSource, "stripSignaturePart", __LINE__, tag, "Failed to call removeChildEntityAt()");
+      return settled;
+    }
+    // The innermost first: with a signature goes whatever lies in it.
+    for (; !stripped.empty(); stripped.pop_back()) ContentEditor(*stripped.back()).removeChildren(isSignature);
     return kVoSuccess;
   });
   if (voFailed(code)) return code;

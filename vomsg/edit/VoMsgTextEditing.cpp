@@ -1,6 +1,5 @@
 #include "vomsg/edit/VoMsgTextEditing.h"
 
-#include <deque>
 #include <memory>
 
 #include "vomsg/charset/convert/VoCharsetName.h"
@@ -61,14 +60,19 @@ std::string charsetOf(VoMsgRfc822Entity& entity, std::string_view text) {
 // One text and what goes into it.
 class Insertion {
  public:
-  Insertion(std::string_view text, const TextKind& kind, const Disclaimer& disclaimer)
-      : mText(text), mKind(kind), mDisclaimer(disclaimer), mDressed(kind.dress(disclaimer.utf8)) {}
+  Insertion(std::string_view text, const TextKind& kind, const Disclaimer& disclaimer, std::string_view lineEnd)
+      : mText(text),
+        mKind(kind),
+        mDisclaimer(disclaimer),
+        mDressed(kind.dress(disclaimer.utf8)),
+        mHasLineFeeds(lineEnd == "\n") {}
 
   // Without conversion: the text stays in its charset, byte for byte, and the disclaimer goes there.
   bool inPlace(const char* charset) {
     std::string converted;
     if (!isPlainSuperset(charset) || !encodeExactly(mDressed, charset, converted)) return false;
     hasPlace = mKind.insert(mText, converted, mDisclaimer.atTop, voIsEqualCharsetName(charset, "utf-8"), edited);
+    if (mHasLineFeeds) edited = withoutCrLf(edited);
     return true;
   }
 
@@ -78,6 +82,7 @@ class Insertion {
     std::string changed;
     if (!decodeExactly(mText, from, decoded)) return false;
     hasPlace = mKind.insert(decoded, mDressed, mDisclaimer.atTop, true, changed);
+    if (mHasLineFeeds) changed = withoutCrLf(changed);
     return !hasPlace || encodeExactly(changed, to, edited);
   }
 
@@ -91,6 +96,7 @@ class Insertion {
   const TextKind& mKind;
   const Disclaimer& mDisclaimer;
   const std::string mDressed;
+  const bool mHasLineFeeds;  // lines of the message end in LF alone, and so do those of its texts
 };
 
 VoErrorCode install(VoMsgRfc822Entity& entity, const TextChange& change) {
@@ -130,7 +136,8 @@ VoErrorCode prepareText(VoMsgRfc822Entity& entity, const TextKind& kind, const D
   out.entity = &entity;
   out.charset.clear();
   const std::string charset = charsetOf(entity, text);
-  Insertion insertion(text, kind, disclaimer);
+  const std::string_view lineEnd = ContentEditor(entity).lineEnd();
+  Insertion insertion(text, kind, disclaimer, lineEnd);
   if (insertion.inPlace(charset.c_str()) || insertion.converted(charset.c_str(), charset.c_str())) {
     if (!declaresCharset(entity) && !insertion.isAsciiOnly()) out.charset = charset;
   } else if (insertion.converted(charset.c_str(), preferCharset)) {
@@ -139,16 +146,15 @@ VoErrorCode prepareText(VoMsgRfc822Entity& entity, const TextKind& kind, const D
     return kVoConversionFailed;
   }
   if (!insertion.hasPlace) return kVoDisclaimerRefused;
-  const TransferRules rules{encoding, ContentEditor(entity).lineEnd(), delimiters};
+  const TransferRules rules{encoding, lineEnd, delimiters};
   return encodeForTransfer(insertion.edited, rules, out.content) ? kVoSuccess : kVoEncodeFailed;
 }
 
-VoErrorCode installTexts(VoMsgRfc822Entity& message, const std::vector<TextChange>& changes) {
-  EditUndo ofMessage(message);
-  std::deque<EditUndo> ofParts;
+VoErrorCode installTexts(VoMsgRfc822Entity& message, const std::vector<TextChange>& changes, EditUndos& undos) {
+  undos.add(message);
   bool needsMime = false;
   for (const TextChange& change : changes) {
-    ofParts.emplace_back(*change.entity, true);
+    undos.add(*change.entity, true);
     const VoErrorCode code = install(*change.entity, change);
     if (voFailed(code)) return code;
     needsMime = needsMime || !change.charset.empty() || change.content.encoding;
@@ -157,9 +163,7 @@ VoErrorCode installTexts(VoMsgRfc822Entity& message, const std::vector<TextChang
     const VoErrorCode code = message.setHeaderValue("MIME-Version", "1.0", "us-ascii", nullptr);
     if (voFailed(code)) return code;
   }
-  ofMessage.letStand();
-  for (EditUndo& undo : ofParts) undo.letStand();
-  return kVoSuccess;
+  return undos.settle(kVoSuccess);
 }
 
 }  // namespace vomsg::detail

@@ -12,6 +12,8 @@
 
 namespace vomsg::detail {
 
+class EditUndos;
+
 struct TextChange {
   VoMsgRfc822Entity* entity = nullptr;
   EncodedText content;
@@ -26,7 +28,7 @@ std::string charsetOfText(VoMsgRfc822Entity& entity);
 VoErrorCode prepareText(VoMsgRfc822Entity& entity, const TextKind& kind, const Disclaimer& disclaimer,
                         const char* preferCharset, const BoundaryTable& delimiters, TextChange& out);
 
-// Installs all changes or none. `message` is what the parts belong to.
-VoErrorCode installTexts(VoMsgRfc822Entity& message, const std::vector<TextChange>& changes);
+// Installs all changes or none. `message` is what the parts belong to. `undos` watches since the changes were prepared.
+VoErrorCode installTexts(VoMsgRfc822Entity& message, const std::vector<TextChange>& changes, EditUndos& undos);
 
 }  // namespace vomsg::detail

@@ -66,7 +66,7 @@ bool encodesExactly(std::string_view text, TransferEncoding encoding, std::strin
   VoMsgMemoryResource target(0u, nullptr, nullptr);
   {
     const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(VoMsgResourceLocator::dataPart));
-    if (!writer || voFailed(encodeTransfer(encoding, *writer, source, nullptr, lineEnd)) || !writer->flush())
+    if (!writer || voFailed(encodeTransfer(encoding, *writer, source, nullptr, lineEnd, lineEnd)) || !writer->flush())
       return false;
   }
   return !voFailed(readBytes(target, out)) && decodesTo(out, encoding, text);

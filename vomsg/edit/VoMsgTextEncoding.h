@@ -13,7 +13,7 @@ namespace vomsg::detail {
 // What the place of a text demands.
 struct TransferRules {
   const char* declared;             // the encoding that the part names, null for none
-  std::string_view lineEnd;         // in the message around it; elsewhere a bare LF is refused or repaired
+  std::string_view lineEnd;         // in the message around it, CR LF or LF
   const BoundaryTable& delimiters;  // what no line may look like, or the part ends there
 };
 

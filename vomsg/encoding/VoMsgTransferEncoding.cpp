@@ -42,6 +42,23 @@ VoErrorCode copyBytes(VoMsgBufferedReader& source, VoMsgBufferedWriter& target, 
   return target.flush() ? kVoSuccess : kVoWriteFailed;
 }
 
+// Passes encoded lines on with LF alone. Encoders write no CR but in their line ends.
+class LineFeedWriter : public VoMsgBufferedWriter {
+ public:
+  explicit LineFeedWriter(VoMsgBufferedWriter& target) : VoMsgBufferedWriter(0), mTarget(target) {}
+  bool open() override { return true; }
+  bool close() override { return flush(); }
+  bool isOpen() override { return true; }
+  bool writeBuffer() override {
+    const char* const end = std::remove(mpBuffer, mpBuffer + mUsed, '\r');
+    mUsed = 0;
+    return WriterAccess::writeThrough(mTarget, mpBuffer, static_cast<std::uint64_t>(end - mpBuffer));
+  }
+
+ private:
+  VoMsgBufferedWriter& mTarget;
+};
+
 }  // namespace
 
 TransferEncoding transferEncodingOf(const char* name) {
@@ -104,7 +121,13 @@ VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source,
 }
 
 VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source,
-                           const char* name, std::string_view lineEnd) {
+                           const char* name, std::string_view lineEnd, std::string_view wireEnd) {
+  if (wireEnd == "\n" && encoding != TransferEncoding::identity) {
+    LineFeedWriter lines(target);
+    const VoErrorCode code = encodeTransfer(encoding, lines, source, name, lineEnd);
+    if (voFailed(code)) return code;
+    return lines.flush() && target.flush() ? kVoSuccess : kVoWriteFailed;
+  }
   switch (encoding) {
     case TransferEncoding::base64:
       return voEncodeBase64(&target, &source);

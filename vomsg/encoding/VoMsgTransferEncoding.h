@@ -28,9 +28,11 @@ VoErrorCode decodeTransfer(TransferEncoding encoding, VoMsgResourceLocator& targ
 // The number of bytes that would give.
 VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source, std::uint32_t length, unsigned& size);
 // Encodes all of `source`, such that decoding gives exactly the same bytes wherever the encoding can say them. Where
-// the encoding carries a file name, it is `name`, or that of `source` when `name` is null. Line ends of a text stay
-// line ends in quoted-printable.
+// the encoding carries a file name, it is `name`, or that of `source` when `name` is null. `lineEnd` is what ends a
+// line of a text, and stays a line end in quoted-printable; empty for content that is no text. `wireEnd`, CR LF or LF,
+// ends the lines that the encoding makes.
 VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& target, const VoMsgResourceLocator& source,
-                           const char* name = nullptr, std::string_view lineEnd = "\r\n");
+                           const char* name = nullptr, std::string_view lineEnd = "\r\n",
+                           std::string_view wireEnd = "\r\n");
 
 }  // namespace vomsg::detail

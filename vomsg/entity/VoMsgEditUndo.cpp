@@ -13,9 +13,11 @@ EditUndo::EditUndo(VoMsgRfc822Entity& entity, bool holdsChildren)
     : mEntity(entity),
       mBody(Inside::body(entity)),
       mLayout(layoutOf(entity)),
+      mpEdited(entity.getEntityHeader()),
+      mWasEdited(mpEdited->isEdited()),
       mpFirstChild(entity.getChildEntity()),
       mAside(std::make_unique<VoMsgMimeEntity>()) {
-  std::unique_ptr<VoMsgEntityHeader> header(entity.getEntityHeader()->newCopy());
+  std::unique_ptr<VoMsgEntityHeader> header(mpEdited->newCopy());
   if (!header) throw std::bad_alloc();
   mHeader.adopt(std::move(header));
   if (holdsChildren) TreeAccess::moveChildren(&entity, mAside.get());
@@ -29,7 +31,8 @@ EditUndo::~EditUndo() {
     TreeAccess::freeTree(&mEntity);
   }
   if (mAside->hasChildEntity()) TreeAccess::moveChildren(mAside.get(), &mEntity);
-  Inside::header(mEntity) = mHeader;
+  const VoMsgEntityHeader* const header = Inside::header(mEntity).getObject();
+  if (header != mpEdited || mWasEdited || header->isEdited()) Inside::header(mEntity) = mHeader;
   noteTreeChange();
   Inside::body(mEntity) = mBody;
   layoutOf(mEntity) = mLayout;

@@ -28,6 +28,7 @@ struct VoMsgRfc822Entity::Inside {
   static std::string_view lineEnd(const VoMsgRfc822Entity& entity, VoMsgBufferedReader* reader) {
     return entity._lineEnd(reader);
   }
+  static std::string_view textLineEnd(const VoMsgRfc822Entity& entity) { return entity._textLineEnd(); }
   static VoErrorCode makeMultipartHeader(VoMsgRfc822Entity& entity) { return entity._makeMultipartHeader(); }
   static VoErrorCode changeSingleToMulti(VoMsgRfc822Entity& entity) { return entity._changeSingleToMulti(); }
   static void noteRemoval(VoMsgRfc822Entity& entity, const VoMsgEntity& child) { entity._noteRemoval(child); }

@@ -6,6 +6,7 @@
 
 #include "vomsg/foundation/VoMsgFileResource.h"
 #include "vomsg/foundation/VoMsgRangeResource.h"
+#include "vomsg/foundation/VoMsgStreamAccess.h"
 
 namespace vomsg::detail {
 
@@ -35,6 +36,22 @@ VoMsgBufferedReader* MessageSource::openReader() {
 void MessageSource::closeReader() { mpReader.reset(); }
 
 bool MessageSource::isOpen() const { return mpReader && mpReader->isOpen(); }
+
+std::string_view MessageSource::lineEnd() {
+  constexpr std::string_view kPair = "\r\n";
+  if (!mLineEnd.empty()) return mLineEnd;
+  const OpenSource open(this);
+  VoMsgBufferedReader* const reader = open.reader();
+  if (!reader || !moveTo(*reader, 0)) return kPair;
+  mLineEnd = kPair;
+  while (ReaderWindow::fill(*reader)) {
+    const std::string_view window = ReaderWindow::buffered(*reader);
+    const std::size_t at = window.find_first_of(kPair);
+    if (at != window.npos) return mLineEnd = window[at] == '\n' ? kPair.substr(1) : kPair;
+    ReaderWindow::consume(*reader, window.size());
+  }
+  return mLineEnd;
+}
 
 OpenSource::OpenSource(MessageSource* source) : mpSource(source) {
   if (!source) return;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
@@ -23,10 +24,13 @@ class MessageSource {
   VoMsgBufferedReader* openReader();
   void closeReader();
   bool isOpen() const;
+  // What ends the lines of the message, by its first one: LF alone, or CR LF for everything else. Looked up once.
+  std::string_view lineEnd();
 
  private:
   VoObjectStub<VoMsgResourceLocator> mResource;
   int mOptions;
+  std::string_view mLineEnd;  // empty until asked for
   std::unique_ptr<VoMsgBufferedReader> mpReader;
 };
 

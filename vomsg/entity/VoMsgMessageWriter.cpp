@@ -169,7 +169,7 @@ VoErrorCode MessageWriter::writeChild(VoMsgRfc822Entity& entity, VoMsgEntity& ch
   }
   const bool isTnef = child.getEntityTypeID() == kVoEntityTnefMessage;
   const VoErrorCode code = encodeTransfer(encoding, mOut, *content, entity.getFileName("utf-8"),
-                                          isTnef ? std::string_view() : lineEndOf(entity));
+                                          isTnef ? std::string_view() : lineEndOf(entity), Inside::textLineEnd(entity));
   if (voFailed(code)) VO_LOG(1, entity._getUUIDString(), "The function replaceContent failed.");
   return code;
 }
@@ -208,15 +208,25 @@ VoErrorCode MessageWriter::openMultipart(VoMsgRfc822Entity& entity, std::uint64_
 }
 
 VoErrorCode MessageWriter::beforeChild(OpenMultipart& open, VoMsgRfc822Entity& child) {
-  if (!open.isNew && layoutOf(child).inPlace) return copyGap(open, layoutOf(child).headerOffset);
+  if (!open.isNew && layoutOf(child).inPlace) return copyToPart(open, child, isUnchanged(child));
   std::string delimiter = "--" + open.boundary;
   delimiter += open.lineEnd;
   if (open.isNew) return put(delimiter);
   if (open.seenInPlace) return put(std::string(open.lineEnd) + delimiter);
   // A part added before the first one stands behind the delimiter line that is there.
-  if (open.firstInPlace) return copyGap(open, layoutOf(*open.firstInPlace).headerOffset);
+  if (open.firstInPlace) return copyToPart(open, *open.firstInPlace, false);
   const VoErrorCode code = gotoInsertionPoint(open);
   return voFailed(code) ? code : put(delimiter);
+}
+
+// Copies the source up to a part that lies in it. A delimiter line that ended with the data gets its line end when
+// something follows now.
+VoErrorCode MessageWriter::copyToPart(OpenMultipart& open, const VoMsgRfc822Entity& part, bool isLast) {
+  const std::uint64_t begin = layoutOf(part).headerOffset;
+  const VoErrorCode code = copyGap(open, begin);
+  if (voFailed(code) || isLast || begin == 0) return code;
+  const std::string last = sourceBytes(*open.entity, begin - 1, begin);
+  return last.empty() || isLineEnd(last[0]) ? code : put(open.lineEnd);
 }
 
 VoErrorCode MessageWriter::afterChild(OpenMultipart& open) {

@@ -55,6 +55,7 @@ class MessageWriter {
   VoErrorCode writeChild(VoMsgRfc822Entity& entity, VoMsgEntity& child);
   VoErrorCode openMultipart(VoMsgRfc822Entity& entity, std::uint64_t end);
   VoErrorCode beforeChild(OpenMultipart& open, VoMsgRfc822Entity& child);
+  VoErrorCode copyToPart(OpenMultipart& open, const VoMsgRfc822Entity& part, bool isLast);
   VoErrorCode afterChild(OpenMultipart& open);
   VoErrorCode separate(OpenMultipart& open);
   VoErrorCode afterLastChild(OpenMultipart& open);

@@ -10,6 +10,7 @@
 #include "vomsg/encoding/VoBinHex.h"
 #include "vomsg/encoding/VoMsgTransferEncoding.h"
 #include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgEditUndo.h"
 #include "vomsg/entity/VoMsgMailText.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
@@ -56,10 +57,52 @@ bool holdsDelimiter(const VoMsgResourceLocator& body, const VoMsgEntity& entity)
   return findBodyEnd(*reader, boundaries).match.type != kVoBoundaryNone;
 }
 
+// What ends the lines of a text, empty where the content is none, and what ends those that an encoding makes.
+struct WantedLineEnds {
+  std::string_view ofText;
+  std::string_view ofEncoding;
+};
+
+// A copy of the text with every CR LF as LF; null, and `code`, on failure.
+std::unique_ptr<VoMsgResourceLocator> withLineFeeds(const VoMsgResourceLocator& text, VoErrorCode& code) {
+  std::unique_ptr<VoMsgResourceLocator> copy = temporaryResource(text.getSize(kData));
+  if (!copy) {
+    code = kVoNoMemory;
+    return nullptr;
+  }
+  const std::unique_ptr<VoMsgBufferedReader> reader(text.getInputStream(kData));
+  const std::unique_ptr<VoMsgBufferedWriter> writer(copy->getOutputStream(kData));
+  code = reader || text.getSize(kData) == 0 ? kVoSuccess : kVoReadFailed;
+  if (!writer) code = kVoWriteFailed;
+  bool isOpen = false;  // a CR has come, and nothing behind it yet
+  while (!voFailed(code) && reader && ReaderWindow::fill(*reader)) {
+    const std::string_view window = ReaderWindow::buffered(*reader);
+    std::string bytes(isOpen ? "\r" : "");
+    bytes += window;
+    isOpen = bytes.back() == '\r';
+    if (isOpen) bytes.pop_back();
+    bytes = withoutCrLf(bytes);
+    if (!WriterAccess::writeThrough(*writer, bytes.data(), bytes.size())) code = kVoWriteFailed;
+    ReaderWindow::consume(*reader, window.size());
+  }
+  if (!voFailed(code) && !((!isOpen || writer->write("\r", 1)) && writer->flush())) code = kVoWriteFailed;
+  return voFailed(code) ? nullptr : std::move(copy);
+}
+
+// Decoding quoted-printable costs a byte of the end for each soft break that ends in a bare LF. Whether none is lost.
+VoErrorCode survivesLineFeeds(const VoMsgResourceLocator& encoded, unsigned size, bool& isExact) {
+  const std::unique_ptr<VoMsgBufferedReader> reader(encoded.getInputStream(kData));
+  if (!reader) return encoded.getSize(kData) == 0 ? kVoSuccess : kVoReadFailed;
+  unsigned decoded = 0;
+  const VoErrorCode code = countDecoded(TransferEncoding::quotedPrintable, *reader, encoded.getSize(kData), decoded);
+  isExact = decoded == size;
+  return code;
+}
+
 // A resource with `content` encoded; null, and `code`, on failure. `isExact` says whether decoding gives it back, which
 // BinHex cannot promise.
 std::unique_ptr<VoMsgResourceLocator> encodedBody(TransferEncoding codec, const VoMsgResourceLocator& content,
-                                                  const char* name, std::string_view lineEnd, VoErrorCode& code,
+                                                  const char* name, const WantedLineEnds& lines, VoErrorCode& code,
                                                   bool& isExact) {
   isExact = true;
   std::unique_ptr<VoMsgResourceLocator> body = temporaryResource(content.getSize(kData));
@@ -74,9 +117,20 @@ std::unique_ptr<VoMsgResourceLocator> encodedBody(TransferEncoding codec, const 
   else if (codec == TransferEncoding::binHex)
     code = encodeBinHex(*writer, content, name, &isExact);
   else
-    code = encodeTransfer(codec, *writer, content, name, lineEnd);
+    code = encodeTransfer(codec, *writer, content, name, lines.ofText, lines.ofEncoding);
   if (!voFailed(code) && !writer->flush()) code = kVoWriteFailed;
+  if (!voFailed(code) && codec == TransferEncoding::quotedPrintable && lines.ofEncoding == "\n")
+    code = survivesLineFeeds(*body, content.getSize(kData), isExact);
   return voFailed(code) ? nullptr : std::move(body);
+}
+
+// An edit that succeeds in full or leaves no trace.
+template <class Edit>
+VoErrorCode editing(Edit&& edit) {
+  return guarded([&] {
+    EditUndos undos;
+    return undos.settle(edit(undos));
+  });
 }
 
 }  // namespace
@@ -191,39 +245,40 @@ VoErrorCode VoMsgRfc822Entity::_checkContentChange(VoMsgResourceLocator* content
 // Installs `content`, encoded as `encoding` says (null: as the entity declares) unless it is already. Nothing changes
 // unless all of it succeeds. Base64 stands in for an encoding that cannot say the content: one that leaves a delimiter
 // line of a multipart around the entity, which would end the part there, and BinHex where its run lengths are off.
-// Where the encoding is not ours to choose, the boundaries around give way.
+// Where the encoding is not ours to choose, the boundaries around give way. In a message whose lines end in LF alone,
+// those of a text do too, and those that an encoding makes; of other content nothing changes.
 VoErrorCode VoMsgRfc822Entity::_setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,
-                                           bool isEncoded, bool takeName, const char* textLineEnd) {
+                                           bool isEncoded, bool takeName, EditUndos& undos) {
   VoErrorCode code = _checkContentChange(content, contentType, encoding);
   if (voFailed(code)) return code;
   const TransferEncoding codec =
       isEncoded ? TransferEncoding::identity : transferEncodingOf(encoding ? encoding : getEncoding());
   const char* const ownName = takeName && *content->getResourceName(nullptr) ? nullptr : getFileName("utf-8");
-  const OpenSource source(mMessageSource.getObject());
   const bool isText = isTextType(contentType ? contentType : getContentType());
-  const std::string_view lineEnd = !isText ? "" : textLineEnd ? textLineEnd : _lineEnd(source.reader());
+  const std::string_view lineEnd = _textLineEnd();
+  const WantedLineEnds lines{isText ? lineEnd : "", lineEnd};
+  const VoMsgResourceLocator* text = content;
+  std::unique_ptr<VoMsgResourceLocator> turned;
+  if (isText && lineEnd == "\n" && !isEncoded && codec != TransferEncoding::binHex && !voIsUnicode(getCharset())) {
+    turned = withLineFeeds(*content, code);
+    if (!turned) return code;
+    turned->setResourceName(content->getResourceName("us-ascii"), "us-ascii");
+    text = turned.get();
+  }
   bool isExact = true;
-  std::unique_ptr<VoMsgResourceLocator> body = encodedBody(codec, *content, ownName, lineEnd, code, isExact);
+  std::unique_ptr<VoMsgResourceLocator> body = encodedBody(codec, *text, ownName, lines, code, isExact);
   if (body && !isEncoded && codec != TransferEncoding::base64 && (!isExact || holdsDelimiter(*body, *this))) {
     encoding = "base64";
-    body = encodedBody(TransferEncoding::base64, *content, nullptr, lineEnd, code, isExact);
+    body = encodedBody(TransferEncoding::base64, *text, nullptr, lines, code, isExact);
   }
   if (!body) return code;
   const bool clashes = isEncoded && holdsDelimiter(*body, *this);
-  std::unique_ptr<VoMsgEntityHeader> copy(getEntityHeader()->newCopy());
-  if (!copy) return kVoNoMemory;
-  VoObjectStub<VoMsgEntityHeader> former;  // so that putting it back takes no memory
-  former.adopt(std::move(copy));
+  undos.add(*this, true);
   code = _describeContent(content, contentType, encoding, takeName);
-  if (voFailed(code)) {
-    mHeader = former;
-    noteTreeChange();
-    return code;
-  }
-  _freeTree();
+  if (voFailed(code)) return code;
   static_cast<VoMsgSingleBody*>(_createEntityBody(false))->setNewContent(std::move(body));
   auto* const around = clashes ? dynamic_cast<VoMsgRfc822Entity*>(getParentEntity()) : nullptr;
-  return around ? around->_separateBoundaries(this) : kVoSuccess;
+  return around ? around->_separateBoundaries(this, undos) : kVoSuccess;
 }
 
 // Sets a parameter of a field that is there, unless it says the same already.
@@ -268,7 +323,7 @@ VoErrorCode VoMsgRfc822Entity::_describeContent(VoMsgResourceLocator* content, c
 // declared. UTF-16 and UTF-32, of which no line of mail can be made, become UTF-8. A transfer encoding is kept when it
 // can say any text, else the text decides.
 VoErrorCode VoMsgRfc822Entity::_setTextContent(VoMsgResourceLocator* content, const char* contentType,
-                                               const char* charset, VoMsgReplaceOption option) {
+                                               const char* charset, VoMsgReplaceOption option, EditUndos& undos) {
   if (!content) return kVoBadArgument;
   if (isMultipartEntity() || startsWithNoCase(viewOf(contentType), "multipart/")) return kVoNoContent;
   std::string label(viewOf(getCharset()));
@@ -293,7 +348,7 @@ VoErrorCode VoMsgRfc822Entity::_setTextContent(VoMsgResourceLocator* content, co
   }
   const char* type = contentType;
   if (!type && !getContentType()) type = "text/plain";
-  const VoErrorCode installed = _setContent(text.bytes.get(), type, encoding, false, false, "\r\n");
+  const VoErrorCode installed = _setContent(text.bytes.get(), type, encoding, false, false, undos);
   if (voFailed(installed) || label.empty() || label == viewOf(getCharset())) return installed;
   return voFailed(setHeaderParameterValue("Content-Type", "charset", label.c_str(), "us-ascii", nullptr))
              ? kVoContentParameterFailed
@@ -302,38 +357,42 @@ VoErrorCode VoMsgRfc822Entity::_setTextContent(VoMsgResourceLocator* content, co
 
 VoErrorCode VoMsgRfc822Entity::setContent(VoMsgResourceLocator* content, const char* contentType,
                                           const char* encoding) {
-  const VoErrorCode code = guarded([&] { return _setContent(content, contentType, encoding, false, true); });
+  const VoErrorCode code =
+      editing([&](EditUndos& undos) { return _setContent(content, contentType, encoding, false, true, undos); });
   return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::setRawContent(VoMsgResourceLocator* content, const char* contentType,
                                              const char* encoding) {
-  const VoErrorCode code = guarded([&] { return _setContent(content, contentType, encoding, true, true); });
+  const VoErrorCode code =
+      editing([&](EditUndos& undos) { return _setContent(content, contentType, encoding, true, true, undos); });
   return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::setTextContent(VoMsgResourceLocator* content, const char* contentType,
                                               const char* charset) {
-  const VoErrorCode code =
-      guarded([&] { return _setTextContent(content, contentType, charset, kVoReplaceKeepCharset); });
+  const VoErrorCode code = editing(
+      [&](EditUndos& undos) { return _setTextContent(content, contentType, charset, kVoReplaceKeepCharset, undos); });
   return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::replaceContent(VoMsgResourceLocator* content, const char* encoding) {
-  const VoErrorCode code = guarded([&] { return _setContent(content, nullptr, encoding, false, false); });
+  const VoErrorCode code =
+      editing([&](EditUndos& undos) { return _setContent(content, nullptr, encoding, false, false, undos); });
   return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::replaceTextContent(VoMsgResourceLocator* content, const char* charset,
                                                   VoMsgReplaceOption option) {
-  const VoErrorCode code = guarded([&] { return _setTextContent(content, nullptr, charset, option); });
+  const VoErrorCode code =
+      editing([&](EditUndos& undos) { return _setTextContent(content, nullptr, charset, option, undos); });
   return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::setAttachment(VoMsgResourceLocator* content) {
-  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+  const VoErrorCode code = editing([&](EditUndos& undos) -> VoErrorCode {
     const VoErrorCode installed =
-        _setContent(content, getContentType() ? nullptr : "application/octet-stream", "base64", false, true);
+        _setContent(content, getContentType() ? nullptr : "application/octet-stream", "base64", false, true, undos);
     if (voFailed(installed) || equalNoCase(viewOf(getRawHeaderValue("Content-Disposition")), "attachment"))
       return installed;
     return voFailed(setHeaderValue("Content-Disposition", "attachment", "us-ascii", nullptr)) ? kVoContentHeaderFailed

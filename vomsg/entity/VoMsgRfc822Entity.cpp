@@ -10,6 +10,7 @@
 
 #include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgCommonValue.h"
+#include "vomsg/entity/VoMsgEditUndo.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMessageWriter.h"
 #include "vomsg/entity/VoMsgMultipartBody.h"
@@ -305,14 +306,19 @@ const char* VoMsgRfc822Entity::getFileName(const char* charset) const {
 bool VoMsgRfc822Entity::isMultipartEntity() const { return isContentType("multipart", nullptr); }
 
 VoErrorCode VoMsgRfc822Entity::setFileName(const char* name) {
-  if (!name) return VO_LOGGED(_getUUIDString(), kVoBadArgument);
-  VoErrorCode code = kVoSuccess;
-  if (!getHeader("Content-Disposition"))
-    code = setHeaderValue("Content-Disposition", "attachment", "us-ascii", nullptr);
-  if (!voFailed(code)) code = _setParameterIfChanged("Content-Disposition", "filename", name, "utf-8");
-  if (!voFailed(code) && getHeader("Content-Type"))
-    code = _setParameterIfChanged("Content-Type", "name", name, "utf-8");
-  return VO_LOGGED(_getUUIDString(), voFailed(code) ? kVoContentHeaderFailed : code);
+  const VoErrorCode set = guarded([&]() -> VoErrorCode {
+    if (!name) return kVoBadArgument;
+    EditUndos undos;
+    undos.add(*this);
+    VoErrorCode code = kVoSuccess;
+    if (!getHeader("Content-Disposition"))
+      code = setHeaderValue("Content-Disposition", "attachment", "us-ascii", nullptr);
+    if (!voFailed(code)) code = _setParameterIfChanged("Content-Disposition", "filename", name, "utf-8");
+    if (!voFailed(code) && getHeader("Content-Type"))
+      code = _setParameterIfChanged("Content-Type", "name", name, "utf-8");
+    return undos.settle(voFailed(code) ? kVoContentHeaderFailed : code);
+  });
+  return VO_LOGGED(_getUUIDString(), set);
 }
 
 VoErrorCode VoMsgRfc822Entity::setContentType(const char* contentType) {
@@ -336,13 +342,16 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
     if (up == child) return kVoBadArgument;
   const bool wasMultipart = isMultipartEntity() && mLayout.isMultipartBody;
   if (i != kAtEnd && (wasMultipart ? i > 0 && !getChildEntityAt(i - 1) : i > 1)) return kVoOutOfRange;
-  const VoErrorCode ready = wasMultipart ? _makeMultipartHeader() : _changeSingleToMulti();
-  if (voFailed(ready)) return ready;
-  const VoErrorCode separated = _separateBoundaries(child);
-  if (voFailed(separated)) return separated;
+  EditUndos undos;
+  if (!wasMultipart || _declaredBoundary().empty()) undos.add(*this);
+  VoErrorCode code = wasMultipart ? _makeMultipartHeader() : _changeSingleToMulti();
+  if (!voFailed(code)) code = _separateBoundaries(child, undos);
+  code = undos.checked(code);
+  if (voFailed(code)) return code;
   VoMsgEntity* added = child;
   if (child->getEntityTypeID() & kVoEntityIsMessage) added = child->createWrapperEntity();
   if (!added) return kVoNoMemory;
+  undos.letStand();
   if (auto* const part = dynamic_cast<VoMsgRfc822Entity*>(added))
     part->mLayout.inPlace = false;  // a copy of one that was
   std::uint32_t offset, size;
@@ -363,7 +372,8 @@ VoErrorCode VoMsgRfc822Entity::insertChildEntityAt(VoMsgEntity* child, unsigned 
 
 VoErrorCode VoMsgRfc822Entity::removeChildEntityAt(unsigned i) {
   const VoErrorCode code = guarded([&]() -> VoErrorCode {
-    if (!isMultipartEntity()) return kVoNoChildren;
+    // What stands in a leaf, a message or attachments in its text, goes with the content, not by itself.
+    if (!isMultipartEntity()) return hasChildEntity() ? kVoOutOfRange : kVoNoChildren;
     const VoMsgEntity* const child = getChildEntityAt(i);
     if (!child) return kVoOutOfRange;
     _noteRemoval(*child);
@@ -402,6 +412,13 @@ std::string_view VoMsgRfc822Entity::_lineEnd(VoMsgBufferedReader* reader) const 
   const std::string_view bytes(last, length);
   if (!isLineEnd(bytes.back()) || bytes == "\r\n") return "\r\n";
   return bytes.back() == '\r' ? "\r" : "\n";
+}
+
+std::string_view VoMsgRfc822Entity::_textLineEnd() const {
+  for (const VoMsgEntity* up = this; up; up = up->getParentEntity())
+    if (const auto* const mime = dynamic_cast<const VoMsgRfc822Entity*>(up))
+      if (MessageSource* const source = mime->mMessageSource.getObject()) return source->lineEnd();
+  return "\r\n";
 }
 
 VoMsgEntityBody* VoMsgRfc822Entity::_body() const {
@@ -458,6 +475,8 @@ VoErrorCode VoMsgRfc822Entity::copy(VoMsgEntity* from) {
       std::unique_ptr<VoMsgEntityHeader> header(block->newCopy());
       if (!header) return kVoNoMemory;
       mHeader.adopt(std::move(header));
+    } else {
+      mHeader.free();
     }
     noteTreeChange();
     mBody = other->mBody;

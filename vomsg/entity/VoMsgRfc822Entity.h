@@ -20,6 +20,7 @@ class VoMsgMultipartBody;
 namespace vomsg::detail {
 class MessageSource;
 class BoundaryTable;
+class EditUndos;
 }  // namespace vomsg::detail
 
 class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
@@ -122,6 +123,8 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   VoMsgEntityHeader* _buildHeader(const char* defaultCharset) const;
   // What ends a line that is added: what ends the header block, of whose source `reader` is a reader.
   std::string_view _lineEnd(VoMsgBufferedReader* reader) const;
+  // What ends the lines of its text: LF where the first line of the message around it ends in LF alone, else CR LF.
+  std::string_view _textLineEnd() const;
   VoMsgEntityBody* _body() const;
   VoMsgSingleBody* _singleBody() const;  // null for a multipart
   // Makes a new body when there is none, when it is shared, or when it is of the other kind.
@@ -134,19 +137,18 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   VoErrorCode _makeMultipartHeader();
   VoErrorCode _editMultipartHeader();
   VoErrorCode _editMultipartHeaderParameter();
-  VoErrorCode _separateBoundaries(VoMsgEntity* child);
+  VoErrorCode _separateBoundaries(VoMsgEntity* child, vomsg::detail::EditUndos& undos);
   void _findDelimiters(const vomsg::detail::BoundaryTable& boundaries, std::vector<bool>& found, bool isFirst) const;
-  VoErrorCode _removeMultipartHeader(std::unique_ptr<VoMsgEntityHeader> former);
+  void _removeMultipartHeader(vomsg::detail::EditUndos& undos);
   VoErrorCode _changeMultipartForEmbeded(std::unique_ptr<VoMsgMimeEntity>& first);
   static void _createBoundary(char* buffer, unsigned length);
 
   // Steps of the content setters.
   VoErrorCode _checkContentChange(VoMsgResourceLocator* content, const char* contentType, const char* encoding) const;
-  // `textLineEnd` ends the lines of a text; null: what does in the message around it.
   VoErrorCode _setContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding, bool isEncoded,
-                          bool takeName, const char* textLineEnd = nullptr);
+                          bool takeName, vomsg::detail::EditUndos& undos);
   VoErrorCode _setTextContent(VoMsgResourceLocator* content, const char* contentType, const char* charset,
-                              VoMsgReplaceOption option);
+                              VoMsgReplaceOption option, vomsg::detail::EditUndos& undos);
   VoErrorCode _describeContent(VoMsgResourceLocator* content, const char* contentType, const char* encoding,
                                bool takeName);
   VoErrorCode _setParameterIfChanged(const char* name, const char* param, const char* value, const char* charset);

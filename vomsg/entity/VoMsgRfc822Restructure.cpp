@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "vomsg/entity/VoMsgBodyScanner.h"
+#include "vomsg/entity/VoMsgEditUndo.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
@@ -116,11 +117,15 @@ std::string_view VoMsgRfc822Entity::_declaredBoundary() const {
 // attached to its own copy; its delimiters would then end the outer one's parts. So would a delimiter that is added
 // behind a part whose multipart has the same boundary and no end; and so would one in a text, or in a message that was
 // set as content.
-VoErrorCode VoMsgRfc822Entity::_separateBoundaries(VoMsgEntity* child) {
+VoErrorCode VoMsgRfc822Entity::_separateBoundaries(VoMsgEntity* child, EditUndos& undos) {
   VoErrorCode code = kVoSuccess;
+  const auto renew = [&undos](VoMsgRfc822Entity& multipart) {
+    undos.add(multipart);
+    return multipart._editMultipartHeaderParameter();
+  };
   if (!mLayout.boundaryIsAlone)
     for (VoMsgEntity* part = getChildEntity(); part && !voFailed(code); part = part->getNextSiblingEntity())
-      if (boundariesIn(part).contains(_declaredBoundary())) code = _editMultipartHeaderParameter();
+      if (boundariesIn(part).contains(_declaredBoundary())) code = renew(*this);
   mLayout.boundaryIsAlone = !voFailed(code);
   std::vector<VoMsgRfc822Entity*> around;
   for (VoMsgEntity* up = this; up; up = up->getParentEntity())
@@ -142,8 +147,7 @@ VoErrorCode VoMsgRfc822Entity::_separateBoundaries(VoMsgEntity* child) {
   for (std::size_t i = 0; i < around.size(); ++i)
     if (clashes[i]) clashing.emplace(around[i]->_declaredBoundary());
   for (std::size_t i = 0; i < around.size() && !voFailed(code); ++i)
-    if (clashing.contains(std::string(around[i]->_declaredBoundary())))
-      code = around[i]->_editMultipartHeaderParameter();
+    if (clashing.contains(std::string(around[i]->_declaredBoundary()))) code = renew(*around[i]);
   return code;
 }
 
@@ -164,18 +168,14 @@ void VoMsgRfc822Entity::_findDelimiters(const BoundaryTable& boundaries, std::ve
 }
 
 // Puts the fields back that described the leaf, when it could not become a multipart after all.
-VoErrorCode VoMsgRfc822Entity::_removeMultipartHeader(std::unique_ptr<VoMsgEntityHeader> former) {
-  if (!former) return kVoRestructureFailed;
-  mHeader.adopt(std::move(former));
-  noteTreeChange();
-  return kVoSuccess;
-}
+void VoMsgRfc822Entity::_removeMultipartHeader(EditUndos& undos) { undos.takeBackLast(); }
 
 VoErrorCode VoMsgRfc822Entity::_changeSingleToMulti() {
   const char* const tag = _getUUIDString();
   VO_LOG(9, tag, "begin: _changeSingleToMulti");
   if (getChildEntity() && getChildEntity()->_isMultiEmbededEntity()) VO_LOG(9, tag, "Embeded Case.");
-  std::unique_ptr<VoMsgEntityHeader> former(getEntityHeader()->newCopy());
+  EditUndos undos;
+  undos.add(*this);
   std::unique_ptr<VoMsgMimeEntity> first;
   VoErrorCode code = _changeMultipartForEmbeded(first);
   if (voFailed(code)) {
@@ -184,12 +184,14 @@ VoErrorCode VoMsgRfc822Entity::_changeSingleToMulti() {
     VO_LOG(1, tag, "Failed _makeMultipartHeader.");
   }
   if (voFailed(code)) {
-    if (voFailed(_removeMultipartHeader(std::move(former)))) VO_LOG(1, tag, "Failed _removeMultipartHeader.");
+    _removeMultipartHeader(undos);
     VO_LOG(1, tag, "Failed: _changeSingleToMulti.");
     return code;
   }
   mBody.free();
   static_cast<VoMsgMultipartBody*>(_createEntityBody(true))->setNewBody();
+  code = undos.settle(code);
+  if (voFailed(code)) return code;
   if (first) {
     TreeAccess::moveChildren(this, first.get());
     TreeAccess::append(this, first.release());

@@ -44,4 +44,12 @@ std::string withCrLf(std::string_view text) {
   return out;
 }
 
+std::string withoutCrLf(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t at; (at = text.find("\r\n")) != text.npos; text.remove_prefix(at + 1)) out += text.substr(0, at);
+  out += text;
+  return out;
+}
+
 }  // namespace vomsg::detail

@@ -21,6 +21,8 @@ std::unique_ptr<VoMsgResourceLocator> temporaryResource(std::uint64_t size);
 
 // The text with every line end, a lone CR or LF too, as CR LF.
 std::string withCrLf(std::string_view text);
+// The text with every CR LF as LF; a CR alone stays.
+std::string withoutCrLf(std::string_view text);
 
 // Takes everything and keeps the number of bytes.
 class CountingWriter : public VoMsgBufferedWriter {
