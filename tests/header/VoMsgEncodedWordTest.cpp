@@ -52,6 +52,8 @@ TEST(EncodedWord, DecodesValues) {
   constexpr Row kRows[] = {
       {"=?iso-8859-1?Q?a_b?=", "a b", nullptr, "iso-8859-1"},
       {"=?utf-8?B?\?=", "", nullptr, "utf-8"},
+      {"=?iso-8859-1*de?Q?=E4?=", "\xC3\xA4", "\xE4", "iso-8859-1"},  // its language is passed over
+      {"=?iso-8859-1*?Q?=E4?=", "\xC3\xA4", "\xE4", "iso-8859-1"},
       {"=?UTF-8?q?=41?=", "A", nullptr, "UTF-8"},  // the text begins with "=", which is no "?="
       {"=?utf-8?Q?a b?c?=", "a b?c", nullptr, "utf-8"},
       {"=?utf-8?Q?what?\?=", "what?", nullptr, "utf-8"},

@@ -74,6 +74,10 @@ TEST(HeaderBlockWriter, WritesAnew) {
       {"X: =?UTF-8?q?a?= =?utf8?B?Yg==?=", "X: " + q + "ab?="},
       {"Sender: =?UTF-8?q?a?=", "Sender: =?UTF-8?q?a?="},
       {"Subject: =?UTF-8?q?a?=", "Subject: =?UTF-8?q?a?="},
+      {"Received: =?UTF-8?q?a?=", "Received: " + q + "a?="},
+      {"X: =?utf-8?q?a?= =?utf-8?q", "X: " + q + "a=3D=3Futf=2D8=3Fq?="},  // what is cut off is text
+      {"X: =?utf-8*de?q?a?=", "X: " + q + "a?="},
+      {"Subject: =?utf-8*de?q?a?=", "Subject: =?utf-8*de?q?a?="},
       {"X: =?utf-8?q?a?= =?iso-8859-1?q?b?=", "X: =?utf-8?q?a?=\r\n\t=?iso-8859-1?q?b?="},
       {"X: =?utf-8?q?a=0D=0AEvil:_b?=", "X: =?utf-8?q?a=0D=0AEvil:_b?="},
       {"X: =?utf-8?q?a=00b?=", "X: =?utf-8?q?a=00b?="},
@@ -129,14 +133,19 @@ TEST(HeaderBlockWriter, WritesWhatCallersSet) {
   header->getHeader("Content-Type")->setParameterValue("n", "a\r\n\r\nEvil: b", "us-ascii", nullptr);
   header->getHeader("Content-Type")->appendRawParameter("m\r\n\r\nEvil: ", "c\r\n\r\nEvil: d", false, nullptr);
   header->getHeader("Content-Type")->appendRawParameter("boundary", "c\r\n\r\nEvil: d", false, nullptr);
-  ASSERT_EQ(header->appendHeader(new VoMsgHeaderField("\r\n\r\nEvil", "a")), kVoSuccess);
+  for (const char* const name : {"\r\n\r\nEvil", "X Y", "X:Y", "X\x7F", "J\xC3\xB6rg", "", "X\t"}) {
+    const auto field = std::make_unique<VoMsgHeaderField>(name, "a");
+    EXPECT_EQ(header->appendHeader(field.get()), kVoBadArgument) << name;
+    EXPECT_EQ(header->insertHeaderAt(field.get(), 0), kVoBadArgument) << name;
+    EXPECT_EQ(header->setHeaderValue(name, "a", nullptr, nullptr), kVoBadArgument) << name;
+  }
   ASSERT_EQ(header->appendHeader(new VoMsgHeaderField("Message-ID", "a\r\nEvil: b\r\n\r\n")), kVoSuccess);
   ASSERT_EQ(header->appendAddress("To", "c\r\n\r\nEvil: b"), kVoSuccess);
   ASSERT_EQ(header->setAddressList("Cc", "a\r\n\r\nEvil: b\r\n"), kVoSuccess);
   const std::string out = written(*header);
   const auto again = parseBlock(out);
   EXPECT_EQ(again->getHeaderSize(), out.size());
-  EXPECT_EQ(again->countHeaders(), 6u) << out;  // the nameless field is left out
+  EXPECT_EQ(again->countHeaders(), 6u) << out;
   EXPECT_EQ(again->getHeader("Evil"), nullptr);
   EXPECT_FALSE(again->isNewHeader());
   EXPECT_STREQ(again->getHeader("Subject")->getFieldValue("utf-8"), subject.getFieldValue("utf-8"));

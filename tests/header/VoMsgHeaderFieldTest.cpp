@@ -204,6 +204,17 @@ TEST(HeaderField, ChangesParameters) {
   EXPECT_EQ(field.removeParameterAt(0), kVoNoSuchHeader);
   EXPECT_EQ(field.removeParameter("a"), kVoBadArgument);
   EXPECT_EQ(field.appendRawParameter("a", "1", false, nullptr), kVoSuccess);
+  EXPECT_EQ(field.removeParameterAt(0), kVoSuccess);  // the list stays, empty
+  EXPECT_EQ(field.removeParameterAt(0), kVoOutOfRange);
+  EXPECT_EQ(field.removeParameter("a"), kVoSuccess);
+  for (const char* const name : {"", "a b", "a=b", "a;b", "a\r\nb", "\xE4", "a\"", "a?", "(a)"}) {
+    EXPECT_EQ(field.appendRawParameter(name, "1", false, nullptr), kVoBadArgument) << name;
+    EXPECT_EQ(field.appendParameter(name, "1", nullptr, nullptr), kVoBadArgument) << name;
+    EXPECT_EQ(field.insertParameterAt(0, name, "1", nullptr, nullptr), kVoBadArgument) << name;
+    EXPECT_EQ(field.setParameterValue(name, "1", nullptr, nullptr), kVoBadArgument) << name;
+  }
+  field.setNewHeader(0);
+  EXPECT_EQ(field.appendRawParameter("a", "1", false, nullptr), kVoSuccess);
   EXPECT_EQ(field.appendRawParameter("T*0", "x", false, nullptr), kVoSuccess);
   EXPECT_EQ(field.isNewHeader(), 0);
   // After each change: its code, and the parameters.

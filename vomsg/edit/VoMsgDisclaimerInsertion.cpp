@@ -129,6 +129,7 @@ VoErrorCode VoMsgRfc822Message::insertDisclaimerMessage(VoMsgDisclaimerPosition_
   }
 
   const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    if (!getEntityHeader()) return kVoReadFailed;
     const bool isTyped = getContentType() != nullptr;
     DisclaimerShape shape;
     if (isTyped) {

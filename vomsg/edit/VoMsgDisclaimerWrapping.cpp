@@ -135,7 +135,7 @@ bool isKept(std::string_view name, bool onlyEssentials) {
 }
 
 void appendField(VoMsgEntityHeader& header, std::unique_ptr<VoMsgHeaderField> field) {
-  if (!field || voFailed(header.appendHeader(field.get()))) throw std::bad_alloc();
+  if (!field || voFailed(header._moveHeader(field.get()))) throw std::bad_alloc();
   static_cast<void>(field.release());
 }
 
@@ -208,7 +208,7 @@ VoErrorCode VoMsgRfc822Message::_createWrapEntity(VoMsgResourceLocator* disclaim
   code = _createWrapRfc822MailEntity(original);
   if (voFailed(code)) return code;
 
-  auto header = outerHeader(*getEntityHeader(), onlyEssentials, encodingOfMultipart(original->getEncoding()));
+  auto header = outerHeader(_header(), onlyEssentials, encodingOfMultipart(original->getEncoding()));
   if (voFailed(ContentEditor(*this).makeMultipart(std::move(header), undos))) return kVoWrapFailed;
   TreeAccess::append(this, text.release());
   TreeAccess::append(this, original.release());

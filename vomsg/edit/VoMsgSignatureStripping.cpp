@@ -84,6 +84,7 @@ VoErrorCode VoMsgRfc822Message::stripSignaturePart() {
     const auto modified = modifiedEntities(this);
     for (VoMsgEntity* entity = walk->first(); entity; entity = walk->next()) {
       auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity);
+      if (mime && !mime->getEntityHeader()) return kVoReadFailed;  // it might be a signed one
       if (!mime || !entity->isContentType("multipart", "signed") || !modified.contains(entity)) continue;
       stripped.push_back(mime);
       const VoErrorCode code = stripSignedEntity(*mime, undos, tag);

@@ -13,7 +13,7 @@ EditUndo::EditUndo(VoMsgRfc822Entity& entity, bool holdsChildren)
     : mEntity(entity),
       mBody(Inside::body(entity)),
       mLayout(layoutOf(entity)),
-      mpEdited(entity.getEntityHeader()),
+      mpEdited(&Inside::readHeader(entity)),
       mWasEdited(mpEdited->isEdited()),
       mpFirstChild(entity.getChildEntity()),
       mAside(std::make_unique<VoMsgMimeEntity>()) {

@@ -19,9 +19,11 @@ struct VoMsgRfc822Entity::Inside {
   static Source& source(VoMsgRfc822Entity& entity) { return entity.mMessageSource; }
   static const Source& source(const VoMsgRfc822Entity& entity) { return entity.mMessageSource; }
 
-  static VoMsgEntityHeader* buildHeader(VoMsgRfc822Entity& entity, const char* defaultCharset) {
+  // Both throw when the block cannot be read; the first one reads it anew.
+  static VoMsgEntityHeader& buildHeader(VoMsgRfc822Entity& entity, const char* defaultCharset) {
     return entity._buildHeader(defaultCharset);
   }
+  static VoMsgEntityHeader& readHeader(VoMsgRfc822Entity& entity) { return entity._header(); }
   static VoMsgEntityBody* createBody(VoMsgRfc822Entity& entity, bool multipart) {
     return entity._createEntityBody(multipart);
   }

@@ -199,13 +199,10 @@ VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
     return kVoSuccess;
   }
   const StructuredValue& type = mSurvey.contentType;
-  const StructuredParameter* boundary = nullptr;
-  for (std::size_t i = 0; i < type.count; ++i)
-    if (equalNoCase(type.parameters[i].name, "boundary")) boundary = &type.parameters[i];
   OpenMultipart open{&entity, {}, layoutOf(entity).belowSigned || equalNoCase(type.value, "multipart/signed"),
                      false,   0,  0};
   if (const StructuredParameter* const charset = type.find("charset")) open.charset = inheritedCharset(charset->value);
-  mBoundaries.push(boundary->value);
+  mBoundaries.push(mBoundary);
   mOpen.push_back(std::move(open));
   layoutOf(entity).isMultipartBody = true;
   mLeaf = nullptr;
@@ -237,7 +234,7 @@ VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& 
   const std::string& inherited = mOpen.empty() ? mRootCharset : mOpen.back().charset;
   const auto build = [&]() -> VoMsgEntityHeader& {
     const PositionKeeper keeper(mReader);
-    return *Inside::buildHeader(entity, inherited.empty() ? "us-ascii" : inherited.c_str());
+    return Inside::buildHeader(entity, inherited.empty() ? "us-ascii" : inherited.c_str());
   };
   if (voFailed(mSurvey.code) || mSurvey.contentTypesDiffer) {
     build();
@@ -245,21 +242,17 @@ VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& 
   }
   const StructuredValue& type = mSurvey.contentType;
   unsigned boundaries = 0;
-  const StructuredParameter* boundary = nullptr;
   if (mSurvey.hasContentType) {
     multipart = startsWithNoCase(type.value, "multipart/");
-    for (std::size_t i = 0; i < type.count; ++i) {
-      if (!equalNoCase(type.parameters[i].name, "boundary")) continue;
-      boundary = &type.parameters[i];
-      ++boundaries;
-    }
+    for (std::size_t i = 0; i < type.count; ++i) boundaries += equalNoCase(type.parameters[i].name, "boundary");
   }
-  const bool withoutBoundary = multipart && !boundary;
+  mBoundary.clear();
+  const bool withoutBoundary = multipart && !findBoundary(type, mBoundary);
   HeaderMark mark = mSurvey.mark;
   if (mark == HeaderMark::none && boundaries > 1) mark = HeaderMark::repeatedBoundary;
   if (mark == HeaderMark::none && withoutBoundary) mark = HeaderMark::missingBoundary;
   if (mark == HeaderMark::none && inherited.empty() && !(VoMsgExtraOption & kVoOptionKeepFoldSpace))
-    return multipart && boundary->value.empty() ? kVoMalformed : kVoSuccess;
+    return multipart && mBoundary.empty() ? kVoMalformed : kVoSuccess;
 
   VoMsgEntityHeader& header = build();
   if (mark != HeaderMark::none) {
@@ -268,24 +261,16 @@ VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& 
   }
   VoMsgHeaderField* const field = header.getHeader("Content-Type");
   if (field && boundaries > 1) {
-    for (unsigned i = 0; i < field->countParameter() && boundaries > 1;) {
-      if (!equalNoCase(viewOf(field->getParameterNameAt(i)), "boundary")) {
-        ++i;
-        continue;
-      }
-      field->removeParameterAt(i);
-      --boundaries;
-    }
-    field->setNewHeader(0);  // the parser's doing, not the caller's
+    field->_keepLastParameter("boundary");
   }
   if (field && withoutBoundary) {
-    field->setRawFieldValue("text/plain");
-    while (field->countParameter() > 0) field->removeParameterAt(0);
-    field->appendRawParameter("charset", "us-ascii", false, "us-ascii");
-    field->setNewHeader(0);
+    field->_dropParameters();
+    if (voFailed(field->setRawFieldValue("text/plain")) ||
+        voFailed(field->appendRawParameter("charset", "us-ascii", false, "us-ascii")))
+      return kVoNoMemory;
     multipart = false;
   }
-  return multipart && boundary->value.empty() ? kVoMalformed : kVoSuccess;
+  return multipart && mBoundary.empty() ? kVoMalformed : kVoSuccess;
 }
 
 // A marked block is written anew, except where that would destroy what nobody touched: text that follows a block
@@ -393,7 +378,7 @@ VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
   VO_LOG(9, mTag, "begin: _parseRfc822Message");
   if (mSurvey.hasContentType && mSurvey.contentType.find("charset")) {  // which the message inherits
     const PositionKeeper keeper(mReader);
-    entity.getEntityHeader();
+    Inside::readHeader(entity);
   }
   std::unique_ptr<VoMsgResourceLocator> content;
   if (mPlan.encoding == TransferEncoding::identity) {

@@ -111,6 +111,7 @@ class MessageParser {
   BoundaryTable mBoundaries;
   std::vector<OpenMultipart> mOpen;
   HeaderSurvey& mSurvey;
+  std::string mBoundary;                 // of the multipart whose header block was just read
   VoMsgRfc822Entity* mUnread = nullptr;  // the entity whose header block is being read
   VoMsgRfc822Entity* mLeaf = nullptr;    // the leaf whose body is being read
   LeafPlan mPlan{};

@@ -87,6 +87,7 @@ VoErrorCode MessageWriter::begin(VoMsgRfc822Entity& entity, bool wholeSource) {
                             : wholeSource && reader        ? reader->getSize()
                                                            : layoutOf(entity).bodyEnd();
   if (isUnchanged(entity)) return copySource(entity, layoutOf(entity).headerOffset, end);
+  Inside::readHeader(entity);  // without it there would be no boundary, and nobody would know
   const VoErrorCode code = writeHeader(entity);
   if (voFailed(code)) return code;
   if (!layoutOf(entity).isMultipartBody) return writeLeaf(entity, end);
@@ -97,7 +98,7 @@ VoErrorCode MessageWriter::writeHeader(VoMsgRfc822Entity& entity) {
   const VoMsgEntity* const child = layoutOf(entity).isMultipartBody ? nullptr : entity.getChildEntity();
   if (child && child->getEntityTypeID() == kVoEntityTnefMessage && mEdited.contains(child) &&
       encodingForChild(entity, *child) != transferEncodingOf(entity.getEncoding())) {
-    const std::unique_ptr<VoMsgEntityHeader> header(entity.getEntityHeader()->newCopy());
+    const std::unique_ptr<VoMsgEntityHeader> header(Inside::readHeader(entity).newCopy());
     if (!header) return kVoNoMemory;
     header->removeHeader("Content-Transfer-Encoding");
     auto field = std::make_unique<VoMsgHeaderField>("Content-Transfer-Encoding", "base64");
@@ -110,7 +111,7 @@ VoErrorCode MessageWriter::writeHeader(VoMsgRfc822Entity& entity) {
   const VoMsgEntityHeader* const header = Inside::header(entity).getObject();
   if ((header && header->isEdited()) || layoutOf(entity).isMarked || !layoutOf(entity).hasHeaderRange) {
     mLineIsEnded = true;
-    return entity.getEntityHeader()->writeNewHeaderPart(&mOut);
+    return Inside::readHeader(entity).writeNewHeaderPart(&mOut);
   }
   const VoErrorCode code = copySource(entity, layoutOf(entity).headerOffset, layoutOf(entity).headerEnd());
   const bool getsBody = Inside::body(entity).getObject() && Inside::body(entity).getObject()->isNewBody();
@@ -427,9 +428,7 @@ std::string MessageWriter::sourceBoundaryOf(const VoMsgRfc822Entity& entity) {
   HeaderSurvey survey;
   if (reader.open()) surveyHeaderBlock(survey, reader, layoutOf(entity).isChildHeader, nullptr);
   std::string boundary;
-  for (std::size_t i = 0; i < survey.contentType.count; ++i)
-    if (equalNoCase(survey.contentType.parameters[i].name, "boundary"))
-      boundary = survey.contentType.parameters[i].value;
+  if (survey.hasContentType) findBoundary(survey.contentType, boundary);
   return boundary;
 }
 

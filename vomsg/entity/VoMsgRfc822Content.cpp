@@ -300,7 +300,7 @@ VoErrorCode VoMsgRfc822Entity::_describeContent(VoMsgResourceLocator* content, c
   if (VoMsgHeaderField* const field = contentType ? getHeader("Content-Type") : nullptr) {
     if (!isText && (field->getRawParameterValue("charset") || field->hasRFC2231("charset")))
       field->removeParameter("charset");
-    if (field->getRawParameterValue("boundary")) field->removeParameter("boundary");
+    if (field->getRawParameterValue("boundary") || field->hasRFC2231("boundary")) field->removeParameter("boundary");
   }
   const char* const declared = getEncoding();
   if (encoding && !(declared && equalNoCase(declared, encoding)) &&

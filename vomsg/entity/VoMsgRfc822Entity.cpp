@@ -33,36 +33,6 @@ using namespace vomsg::detail;
 constexpr char kLogSource[] = "VoMsgRfc822Entity";
 constexpr unsigned kAtEnd = 0xFFFFFFFFu;
 
-bool isAddressHeader(std::string_view name) {
-  return equalNoCase(name, "From") || equalNoCase(name, "To") || equalNoCase(name, "Cc") || equalNoCase(name, "Bcc");
-}
-
-// An address list with its display names encoded; what stands in angle brackets is never touched. An encoded word
-// must not take an address in (RFC 2047, section 5).
-VoErrorCode encodeAddressNames(const char* field, const char* value, const char* srcCharset, const char* dstCharset,
-                               std::string& out) {
-  std::string_view rest = value;
-  std::string_view address;
-  while (cutAddress(rest, address)) {
-    if (!out.empty()) out += ", ";
-    const std::size_t angle = address.rfind('<');
-    if (isAscii(address) || angle == address.npos) {
-      out += address;
-      continue;
-    }
-    std::string name(address.substr(0, angle));
-    name.erase(std::remove(name.begin(), name.end(), '"'), name.end());
-    name.erase(name.find_last_not_of(" \t") + 1);
-    VoMsgHeaderField encoded(field, "");
-    const VoErrorCode code = encoded.setFieldValue(name.c_str(), srcCharset, dstCharset);
-    if (voFailed(code)) return code;
-    out += viewOf(encoded.getRawFieldValue());
-    out += ' ';
-    out += address.substr(angle);
-  }
-  return kVoSuccess;
-}
-
 }  // namespace
 
 VoMsgRfc822Entity::VoMsgRfc822Entity() = default;
@@ -70,213 +40,184 @@ VoMsgRfc822Entity::~VoMsgRfc822Entity() = default;
 
 // ---- the header block
 
-VoMsgEntityHeader* VoMsgRfc822Entity::_buildHeader(const char* defaultCharset) const {
+// A block that could not be read is not kept: the next question asks the source again. Throws Failure, or what a lack
+// of memory throws.
+VoMsgEntityHeader& VoMsgRfc822Entity::_buildHeader(const char* defaultCharset) const {
   auto header = std::make_unique<VoMsgEntityHeader>();
   header->setChild(mLayout.isChildHeader);
   header->setHeaderRange(mLayout.headerOffset, mLayout.headerSize);
-  const OpenSource source(mLayout.hasHeaderRange ? mMessageSource.getObject() : nullptr);
-  if (source.reader() && moveTo(*source.reader(), mLayout.headerOffset)) {
-    ReaderWindow::fill(*source.reader());
-    const std::string_view window = ReaderWindow::buffered(*source.reader());
-    if (window.size() >= mLayout.headerSize) {
-      header->parseSurveyedBlock(window.substr(0, mLayout.headerSize), defaultCharset);
-    } else {
-      std::string block(mLayout.headerSize, '\0');
-      block.resize(source.reader()->read(block.data(), mLayout.headerSize));
-      header->parseSurveyedBlock(block, defaultCharset);
+  if (mLayout.hasHeaderRange) {
+    const OpenSource source(mMessageSource.getObject());
+    VoMsgBufferedReader* const reader = source.reader();
+    const std::uint32_t size = mLayout.headerSize;
+    if (!reader || !moveTo(*reader, mLayout.headerOffset)) throw Failure{kVoReadFailed};
+    ReaderWindow::fill(*reader);
+    const std::string_view window = ReaderWindow::buffered(*reader);
+    std::string block;
+    if (window.size() < size) {
+      block.resize(size);
+      if (reader->read(block.data(), size) != size) throw Failure{kVoReadFailed};
     }
+    const VoErrorCode code = header->parseSurveyedBlock(block.empty() ? window.substr(0, size) : block, defaultCharset);
+    if (voFailed(code)) throw Failure{code};
   }
-  return mHeader.adopt(std::move(header));
+  return *mHeader.adopt(std::move(header));
+}
+
+VoMsgEntityHeader& VoMsgRfc822Entity::_header() const {
+  VoMsgEntityHeader* const present = mHeader.getObject();
+  VoMsgEntityHeader& header = present ? *present : _buildHeader("us-ascii");
+  header._setLogOwner(const_cast<VoMsgRfc822Entity*>(this),
+                      [](void* owner) { return static_cast<VoMsgRfc822Entity*>(owner)->_getUUIDString(); });
+  return header;
 }
 
 VoMsgEntityHeader* VoMsgRfc822Entity::getEntityHeader() const {
-  VoMsgEntityHeader* const header = mHeader.getObject();
-  return header ? header : _buildHeader("us-ascii");
+  return guardedOr<VoMsgEntityHeader*>(nullptr, [&] { return &_header(); });
 }
 
 VoErrorCode VoMsgRfc822Entity::_readHeaderPart(const char* defaultCharset) {
-  return guarded([&]() -> VoErrorCode {
-    if (!mMessageSource.getObject()) return kVoReadFailed;
-    _buildHeader(defaultCharset);
-    return kVoSuccess;
-  });
+  return VO_LOGGED(_getUUIDString(), guarded([&]() -> VoErrorCode {
+                     if (!mMessageSource.getObject()) return kVoReadFailed;
+                     _buildHeader(defaultCharset);
+                     return kVoSuccess;
+                   }));
 }
 
 const char* VoMsgRfc822Entity::getHeaderValue(const char* name, const char* charset) const {
   return guardedOr<const char*>(nullptr, [&]() -> const char* {
-    VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
+    VoMsgHeaderField* const field = _header().getHeader(name);
     return field ? field->getFieldValue(charset) : nullptr;
   });
 }
 
 const char* VoMsgRfc822Entity::getRawHeaderValue(const char* name) const {
   return guardedOr<const char*>(nullptr, [&]() -> const char* {
-    const VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
+    const VoMsgHeaderField* const field = _header().getHeader(name);
     return field ? field->getRawFieldValue() : nullptr;
   });
 }
 
 const char* VoMsgRfc822Entity::getHeaderParameterValue(const char* name, const char* param, const char* charset) const {
   return guardedOr<const char*>(nullptr, [&]() -> const char* {
-    VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
+    VoMsgHeaderField* const field = _header().getHeader(name);
     return field ? field->getParameterValue(param, charset) : nullptr;
   });
 }
 
 const char* VoMsgRfc822Entity::getRawHeaderParameterValue(const char* name, const char* param) const {
   return guardedOr<const char*>(nullptr, [&]() -> const char* {
-    const VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
+    const VoMsgHeaderField* const field = _header().getHeader(name);
     return field && param ? field->getRawParameterValue(param) : nullptr;
   });
 }
 
-// A structured value may come with its parameters; they are set one by one, and those not named stay. Only what is not
-// ASCII is encoded: a media type in an encoded word would be none.
+// Changes of the block log for themselves; what is left to say here is that there is no block.
+template <class Change>
+VoErrorCode VoMsgRfc822Entity::_changeHeader(const char* function, Change change) {
+  VoMsgEntityHeader* header = nullptr;
+  const VoErrorCode code = guarded([&] {
+    header = &_header();
+    return kVoSuccess;
+  });
+  if (header) return change(*header);
+  return _logged(function, code);
+}
+
+VoErrorCode VoMsgRfc822Entity::_logged(const char* function, VoErrorCode code) {
+  return logged(code, kLogSource, function, __LINE__, [this] { return _getUUIDString(); });
+}
+
 VoErrorCode VoMsgRfc822Entity::setHeaderValue(const char* name, const char* value, const char* srcCharset,
                                               const char* dstCharset) {
-  const VoErrorCode code = guarded([&]() -> VoErrorCode {
-    if (!name || !*name || !value) return kVoBadArgument;
-    VoMsgEntityHeader& header = *getEntityHeader();
-    const bool structured = VoMsgEntityHeader::isStructuredHeader(name);
-    const bool addresses = isAddressHeader(name);
-    if ((structured || addresses) && isAscii(value)) srcCharset = dstCharset = "us-ascii";  // nothing to encode
-    if (addresses) {
-      std::string list;
-      const VoErrorCode encoded = encodeAddressNames(name, value, srcCharset, dstCharset, list);
-      return voFailed(encoded) ? encoded : header.setAddressList(name, list.c_str());
-    }
-    StructuredValue parts;
-    if (structured) parseStructuredValue(parts, value, 0);
-    const char* const main = structured && parts.count > 0 ? parts.value.c_str() : value;
-    const auto set = [&](VoMsgHeaderField& field) {
-      const bool isPlain = structured && isAscii(main);
-      VoErrorCode result =
-          field.setFieldValue(main, isPlain ? "us-ascii" : srcCharset, isPlain ? "us-ascii" : dstCharset);
-      for (std::size_t i = 0; i < parts.count && !voFailed(result); ++i) {
-        const std::string& text = parts.parameters[i].value;
-        result =
-            field.setParameterValue(parts.parameters[i].name.c_str(), text.c_str(),
-                                    isAscii(text) ? "us-ascii" : srcCharset, isAscii(text) ? "us-ascii" : dstCharset);
-      }
-      return result;
-    };
-
-    VoMsgHeaderField* const field = header.getHeader(name);
-    std::unique_ptr<VoMsgHeaderField> made(field ? field->newCopy() : new VoMsgHeaderField(name, ""));
-    if (!made) return kVoNoMemory;
-    VoErrorCode result = set(*made);  // tried on a copy first, so that a failure changes nothing
-    if (voFailed(result)) return result;
-    if (field) return set(*field);
-    result = header.appendHeader(made.get());
-    if (!voFailed(result)) static_cast<void>(made.release());
-    return result;
-  });
-  return VO_LOGGED(_getUUIDString(), code);
+  return _changeHeader(
+      __func__, [&](VoMsgEntityHeader& header) { return header.setHeaderValue(name, value, srcCharset, dstCharset); });
 }
 
 VoErrorCode VoMsgRfc822Entity::setHeaderParameterValue(const char* name, const char* param, const char* value,
                                                        const char* srcCharset, const char* dstCharset) {
-  const VoErrorCode code = guarded([&]() -> VoErrorCode {
-    if (!name || !param) return kVoBadArgument;
-    VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
-    return field ? field->setParameterValue(param, value, srcCharset, dstCharset) : kVoNoSuchHeader;
+  const char* const function = __func__;
+  return _changeHeader(function, [&](VoMsgEntityHeader& header) -> VoErrorCode {
+    VoMsgHeaderField* const field = (!name || !param) ? nullptr : header.getHeader(name);
+    if (field) return field->setParameterValue(param, value, srcCharset, dstCharset);
+    return _logged(function, !name || !param ? kVoBadArgument : kVoNoSuchHeader);
   });
-  return VO_LOGGED(_getUUIDString(), code);
 }
 
 unsigned VoMsgRfc822Entity::countHeaders() const {
-  return guardedOr(0u, [&] { return getEntityHeader()->countHeaders(); });
+  return guardedOr(0u, [&] { return _header().countHeaders(); });
 }
 
 VoMsgHeaderField* VoMsgRfc822Entity::getHeaderAt(unsigned i) const {
-  return guardedOr<VoMsgHeaderField*>(nullptr, [&] { return getEntityHeader()->getHeaderAt(i); });
+  return guardedOr<VoMsgHeaderField*>(nullptr, [&] { return _header().getHeaderAt(i); });
 }
 
 VoMsgHeaderField* VoMsgRfc822Entity::getHeader(const char* name) const {
-  return guardedOr<VoMsgHeaderField*>(nullptr, [&] { return getEntityHeader()->getHeader(name); });
+  return guardedOr<VoMsgHeaderField*>(nullptr, [&] { return _header().getHeader(name); });
 }
 
 VoErrorCode VoMsgRfc822Entity::appendHeader(VoMsgHeaderField* field) {
-  const VoErrorCode code = guarded([&] { return getEntityHeader()->appendHeader(field); });
-  return VO_LOGGED(_getUUIDString(), code);
+  return _changeHeader(__func__, [&](VoMsgEntityHeader& header) { return header.appendHeader(field); });
 }
 
 VoErrorCode VoMsgRfc822Entity::insertHeaderAt(VoMsgHeaderField* field, unsigned i) {
-  const VoErrorCode code = guarded([&] { return getEntityHeader()->insertHeaderAt(field, i); });
-  return VO_LOGGED(_getUUIDString(), code);
+  return _changeHeader(__func__, [&](VoMsgEntityHeader& header) { return header.insertHeaderAt(field, i); });
 }
 
 VoErrorCode VoMsgRfc822Entity::removeHeaderAt(unsigned i) {
-  const VoErrorCode code = guarded([&] { return getEntityHeader()->removeHeaderAt(i); });
-  return VO_LOGGED(_getUUIDString(), code);
+  return _changeHeader(__func__, [&](VoMsgEntityHeader& header) { return header.removeHeaderAt(i); });
 }
 
-// An absent name succeeds and changes nothing.
 VoErrorCode VoMsgRfc822Entity::removeHeader(const char* name) {
-  const VoErrorCode code = guarded([&]() -> VoErrorCode {
-    if (!name) return kVoBadArgument;
-    VoMsgEntityHeader* const header = getEntityHeader();
-    return header->getHeader(name) ? header->removeHeader(name) : kVoSuccess;
-  });
-  return VO_LOGGED(_getUUIDString(), code);
+  return _changeHeader(__func__, [&](VoMsgEntityHeader& header) { return header.removeHeader(name); });
 }
 
 VoErrorCode VoMsgRfc822Entity::removeHeaderParameter(const char* name, const char* param) {
-  const VoErrorCode code = guarded([&]() -> VoErrorCode {
-    if (!name || !param) return kVoBadArgument;
-    VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
-    return field ? field->removeParameter(param) : kVoNoSuchHeader;
+  const char* const function = __func__;
+  return _changeHeader(function, [&](VoMsgEntityHeader& header) -> VoErrorCode {
+    VoMsgHeaderField* const field = (!name || !param) ? nullptr : header.getHeader(name);
+    if (field) return field->removeParameter(param);
+    return _logged(function, !name || !param ? kVoBadArgument : kVoNoSuchHeader);
   });
-  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgRfc822Entity::removeHeaderParameterAt(const char* name, unsigned i) {
-  const VoErrorCode code = guarded([&]() -> VoErrorCode {
-    if (!name) return kVoBadArgument;
-    VoMsgHeaderField* const field = getEntityHeader()->getHeader(name);
-    return field ? field->removeParameterAt(i) : kVoNoSuchHeader;
+  const char* const function = __func__;
+  return _changeHeader(function, [&](VoMsgEntityHeader& header) -> VoErrorCode {
+    VoMsgHeaderField* const field = !name ? nullptr : header.getHeader(name);
+    if (field) return field->removeParameterAt(i);
+    return _logged(function, !name ? kVoBadArgument : kVoNoSuchHeader);
   });
-  return VO_LOGGED(_getUUIDString(), code);
 }
 
 // ---- addresses
 
 unsigned VoMsgRfc822Entity::countUserAddress(const char* name) const {
-  return guardedOr(0u, [&] { return name ? getEntityHeader()->countAddress(name) : 0u; });
+  return guardedOr(0u, [&] { return name ? _header().countAddress(name) : 0u; });
 }
 
 VoMsgUserAddress* VoMsgRfc822Entity::getUserAddressAt(const char* name, unsigned i) const {
-  return guardedOr<VoMsgUserAddress*>(nullptr,
-                                      [&] { return name ? getEntityHeader()->getAddressAt(name, i) : nullptr; });
+  return guardedOr<VoMsgUserAddress*>(nullptr, [&] { return name ? _header().getAddressAt(name, i) : nullptr; });
 }
 
 VoErrorCode VoMsgRfc822Entity::appendUserAddress(const char* name, VoMsgUserAddress* address) {
-  const VoErrorCode code =
-      guarded([&] { return name && address ? getEntityHeader()->appendAddress(name, address) : kVoBadArgument; });
-  return VO_LOGGED(_getUUIDString(), code);
+  return _changeHeader(__func__, [&](VoMsgEntityHeader& header) { return header.appendAddress(name, address); });
 }
 
 VoErrorCode VoMsgRfc822Entity::appendUserAddress(const char* name, const char* address) {
-  const VoErrorCode code =
-      guarded([&] { return name && address ? getEntityHeader()->appendAddress(name, address) : kVoBadArgument; });
-  return VO_LOGGED(_getUUIDString(), code);
+  return _changeHeader(__func__, [&](VoMsgEntityHeader& header) { return header.appendAddress(name, address); });
 }
 
 VoErrorCode VoMsgRfc822Entity::insertUserAddressAt(const char* name, VoMsgUserAddress* address, unsigned i) {
-  const VoErrorCode code =
-      guarded([&] { return name && address ? getEntityHeader()->insertAddressAt(name, address, i) : kVoBadArgument; });
-  return VO_LOGGED(_getUUIDString(), code);
+  return _changeHeader(__func__, [&](VoMsgEntityHeader& header) { return header.insertAddressAt(name, address, i); });
 }
 
 VoErrorCode VoMsgRfc822Entity::insertUserAddressAt(const char* name, const char* address, unsigned i) {
-  const VoErrorCode code =
-      guarded([&] { return name && address ? getEntityHeader()->insertAddressAt(name, address, i) : kVoBadArgument; });
-  return VO_LOGGED(_getUUIDString(), code);
+  return _changeHeader(__func__, [&](VoMsgEntityHeader& header) { return header.insertAddressAt(name, address, i); });
 }
 
 VoErrorCode VoMsgRfc822Entity::removeUserAddressAt(const char* name, unsigned i) {
-  const VoErrorCode code = guarded([&] { return name ? getEntityHeader()->removeAddressAt(name, i) : kVoBadArgument; });
-  return VO_LOGGED(_getUUIDString(), code);
+  return _changeHeader(__func__, [&](VoMsgEntityHeader& header) { return header.removeAddressAt(name, i); });
 }
 
 // ---- what the content is
@@ -296,7 +237,11 @@ const char* VoMsgRfc822Entity::getEncoding() const {
   if (!mHeader.getObject() && known != CommonValue::unknown) return textOf(known);
   return getRawHeaderValue("Content-Transfer-Encoding");
 }
-const char* VoMsgRfc822Entity::getBoundary() const { return getRawHeaderParameterValue("Content-Type", "boundary"); }
+// In pieces (RFC 2231) where there is no plain one.
+const char* VoMsgRfc822Entity::getBoundary() const {
+  const char* const plain = getRawHeaderParameterValue("Content-Type", "boundary");
+  return plain ? plain : getHeaderParameterValue("Content-Type", "boundary", "us-ascii");
+}
 
 const char* VoMsgRfc822Entity::getFileName(const char* charset) const {
   const char* const name = getHeaderParameterValue("Content-Disposition", "filename", charset);
@@ -340,6 +285,7 @@ VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
   if (!child || child == this || child->getParentEntity()) return kVoBadArgument;
   for (const VoMsgEntity* up = this; up; up = up->getParentEntity())
     if (up == child) return kVoBadArgument;
+  _header();  // a block that cannot be read now says so, before anything is changed
   const bool wasMultipart = isMultipartEntity() && mLayout.isMultipartBody;
   if (i != kAtEnd && (wasMultipart ? i > 0 && !getChildEntityAt(i - 1) : i > 1)) return kVoOutOfRange;
   EditUndos undos;
@@ -490,7 +436,7 @@ void VoMsgRfc822Entity::dumpEntityInf(std::FILE* out) {
   if (!out) return;
   guardedOr(0, [&] {
     _dumpEntityInf(out);
-    getEntityHeader()->dumpEntityHeader(out);
+    _header().dumpEntityHeader(out);
     _body()->dumpEntityBody(out);
     return 0;
   });
@@ -507,9 +453,8 @@ VoErrorCode VoMsgRfc822Entity::_readBodyPart(VoMsgBoundaryType& end) {
     if (!reader) return kVoReadFailed;
     std::vector<const char*> around;
     for (const VoMsgEntity* up = getParentEntity(); up; up = up->getParentEntity())
-      if (up->isMultipartEntity())
-        if (const char* const boundary = up->getRawHeaderParameterValue("Content-Type", "boundary"))
-          around.push_back(boundary);
+      if (const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(up); part && part->isMultipartEntity())
+        if (const char* const boundary = part->getBoundary()) around.push_back(boundary);
     BoundaryTable boundaries;
     for (auto boundary = around.rbegin(); boundary != around.rend(); ++boundary) boundaries.push(*boundary);
     const std::uint32_t offset = reader->getOffset();

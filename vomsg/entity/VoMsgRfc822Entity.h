@@ -113,14 +113,19 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
 
   struct Inside;  // the way in for the library's own parser, writer and editing; no caller needs it
 
-  // The header block; made from the source on first use. Borrowed, never null.
+  // The header block; made from the source on first use. Borrowed; null when the source cannot be read now or memory is
+  // short, and asked again the next time.
   VoMsgEntityHeader* getEntityHeader() const;
   std::string_view _declaredBoundary() const;  // of a multipart, borrowed from its header block; else mostly empty
 
  protected:
   VoMsgRfc822Entity();
 
-  VoMsgEntityHeader* _buildHeader(const char* defaultCharset) const;
+  VoMsgEntityHeader& _buildHeader(const char* defaultCharset) const;
+  VoMsgEntityHeader& _header() const;  // as getEntityHeader(), but throws where that gives null
+  template <class Change>
+  VoErrorCode _changeHeader(const char* function, Change change);
+  VoErrorCode _logged(const char* function, VoErrorCode code);
   // What ends a line that is added: what ends the header block, of whose source `reader` is a reader.
   std::string_view _lineEnd(VoMsgBufferedReader* reader) const;
   // What ends the lines of its text: LF where the first line of the message around it ends in LF alone, else CR LF.

@@ -205,7 +205,7 @@ VoErrorCode VoMsgRfc822Entity::_changeSingleToMulti() {
 // more. An entity that never had any content just becomes an empty multipart. A multipart type that a caller gave to a
 // leaf stays.
 VoErrorCode VoMsgRfc822Entity::_changeMultipartForEmbeded(std::unique_ptr<VoMsgMimeEntity>& first) {
-  VoMsgEntityHeader& header = *getEntityHeader();
+  VoMsgEntityHeader& header = _header();
   const bool isEmpty =
       !mLayout.hasBodyRange && !hasChildEntity() && !(mBody.getObject() && mBody.getObject()->isNewBody());
   const bool wasEdited = header.isEdited();
@@ -215,11 +215,11 @@ VoErrorCode VoMsgRfc822Entity::_changeMultipartForEmbeded(std::unique_ptr<VoMsgM
   };
   if (!isEmpty) {
     first = std::make_unique<VoMsgMimeEntity>();
-    VoMsgEntityHeader& target = *first->getEntityHeader();
+    VoMsgEntityHeader& target = first->_header();
     for (unsigned i = 0; i < header.countHeaders(); ++i) {
       if (!moves(*header.getHeaderAt(i))) continue;
       std::unique_ptr<VoMsgHeaderField> field(header.getHeaderAt(i)->newCopy());
-      if (!field || voFailed(target.appendHeader(field.get()))) return kVoRestructureFailed;
+      if (!field || voFailed(target._moveHeader(field.get()))) return kVoRestructureFailed;
       field.release();
     }
     first->mBody = mBody;

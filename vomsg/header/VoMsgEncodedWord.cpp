@@ -66,6 +66,7 @@ class WordReader {
   bool readParts(Word& word) {
     if (next() != Token::text) return false;
     word.charset = token();
+    word.charset = word.charset.substr(0, word.charset.find('*'));  // a language may follow (RFC 2231, section 5)
     if (next() != Token::question || next() != Token::text) return false;
     word.encoding = token();
     if (next() != Token::question) return false;

@@ -15,6 +15,7 @@ VOMSG_API char* voRfc2047EncodeQuotedPrintable(const char* text);
 
 // Decodes every encoded word of `value`, converts it to `charset` (null: "us-ascii") and removes folds. Malformed words
 // and unknown charsets are no errors: their text or bytes pass through. The rest of the value is never converted.
+// A language behind the charset's name, as in "=?iso-8859-1*de?Q?...?=" (RFC 2231, section 5), is passed over.
 // kVoBadArgument: `value` or `out` is null; kVoNoMemory: `*out` is null.
 VOMSG_API VoErrorCode voDecodeHeaderValue(const char* charset, const char* value, char** out);
 // Decodes without converting, and drops the blanks behind each encoded word. `charsetOut` becomes the charset of the

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <utility>
 
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -25,7 +26,6 @@ using vomsg::detail::HeaderBlockBuilder;
 using vomsg::detail::HeaderName;
 using vomsg::detail::headerNameOf;
 using vomsg::detail::isAddressName;
-using vomsg::detail::logged;
 using vomsg::detail::viewOf;
 
 namespace {
@@ -33,6 +33,18 @@ namespace {
 constexpr char kLogSource[] = "VoMsgEntityHeader";
 
 HeaderName nameOf(const VoMsgHeaderField& field) { return headerNameOf(viewOf(field.getName())); }
+
+// Room for one more, so that inserting it cannot fail.
+template <class T>
+void makeRoom(std::vector<T>& list) {
+  if (list.size() == list.capacity()) list.reserve(list.size() * 2 + 4);
+}
+
+std::unique_ptr<VoMsgUserAddress> makeAddress(const char* text) {
+  auto address = std::make_unique<VoMsgUserAddress>(text);
+  if (!address->getRawAddress()) throw std::bad_alloc();
+  return address;
+}
 
 }  // namespace
 
@@ -44,9 +56,10 @@ VoMsgEntityHeader* VoMsgEntityHeader::newCopy() const {
     settleAddresses();
     auto copy = std::make_unique<VoMsgEntityHeader>();
     for (const auto& field : mpHeaderList) {
-      copy->mpHeaderList.push_back(std::unique_ptr<VoMsgHeaderField>(field->newCopy()));
-      if (!copy->mpHeaderList.back()) return nullptr;
-      copy->mpHeaderList.back()->setNewHeader(field->isNewHeader());
+      std::unique_ptr<VoMsgHeaderField> copied(field->newCopy());
+      if (!copied) return nullptr;
+      copied->setNewHeader(field->isNewHeader());
+      copy->take(copy->mpHeaderList.size(), std::move(copied));
     }
     for (std::size_t i = 0; i < mAddressLists.size(); ++i) {
       copy->mAddressLists[i].rest = mAddressLists[i].rest;
@@ -86,7 +99,7 @@ VoErrorCode VoMsgEntityHeader::parseHeaderPart(VoMsgBufferedReader* reader, cons
     settleAddresses();
     return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::parse).readBlock(*reader, boundaries);
   });
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 VoErrorCode VoMsgEntityHeader::parseSurveyedBlock(std::string_view block, const char* defaultCharset) {
@@ -98,7 +111,7 @@ VoErrorCode VoMsgEntityHeader::parseSurveyedBlock(std::string_view block, const 
     if (!block.empty() && !reader.open()) return kVoReadFailed;
     return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::rebuild).readBlock(reader, nullptr);
   });
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 char* VoMsgEntityHeader::getNextLine(VoMsgBufferedReader* reader) {
@@ -117,7 +130,7 @@ VoErrorCode VoMsgEntityHeader::parseHeaderLine(const char* line, const char* def
     settleAddresses();
     return HeaderBlockBuilder(*this, defaultCharset, HeaderBlockBuilder::Purpose::parse).readLine(line, mHeaderOffset);
   });
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 VoMsgHeaderField* VoMsgEntityHeader::createHeader(const char* name, const char* value, const char* defaultCharset) {
@@ -143,47 +156,72 @@ unsigned VoMsgEntityHeader::countHeaders() const { return static_cast<unsigned>(
 
 VoMsgHeaderField* VoMsgEntityHeader::getHeaderAt(unsigned i) const {
   if (i >= mpHeaderList.size()) return nullptr;
-  settleAddresses();
-  return mpHeaderList[i].get();
+  return guardedOr<VoMsgHeaderField*>(nullptr, [&] {
+    settleAddresses(nameOf(*mpHeaderList[i]));
+    return mpHeaderList[i].get();
+  });
 }
 
 VoMsgHeaderField* VoMsgEntityHeader::getHeader(const char* name) const {
   if (!name) return nullptr;
+  return guardedOr<VoMsgHeaderField*>(nullptr, [&]() -> VoMsgHeaderField* {
+    settleAddresses(headerNameOf(name));
+    const std::size_t at = findHeader(name);
+    return at < mpHeaderList.size() ? mpHeaderList[at].get() : nullptr;
+  });
+}
+
+void VoMsgEntityHeader::take(std::size_t at, std::unique_ptr<VoMsgHeaderField> field) {
+  VoMsgHeaderField& taken = *field;
+  mpHeaderList.insert(mpHeaderList.begin() + static_cast<std::ptrdiff_t>(at), std::move(field));
+  taken.mpBlock = this;
+}
+
+// Everything that takes memory is done before the block takes the field over.
+VoErrorCode VoMsgEntityHeader::add(VoMsgHeaderField* field, std::size_t at, bool isNew) {
+  const std::string_view text = viewOf(field->getName());
+  if (!field->getName() || (isNew && !vomsg::detail::isFieldName(text) && findHeader(text) == mpHeaderList.size()))
+    return kVoBadArgument;
   settleAddresses();
-  const std::size_t at = findHeader(name);
-  return at < mpHeaderList.size() ? mpHeaderList[at].get() : nullptr;
+  makeRoom(mpHeaderList);
+  const HeaderName name = headerNameOf(text);
+  const auto place = mpHeaderList.begin() + static_cast<std::ptrdiff_t>(at);
+  if (isAddressName(name)) {
+    mpHeaderList.emplace(place, field);
+    AddressList list;
+    try {
+      list = addressesOfFields(name);
+    } catch (...) {
+      static_cast<void>(mpHeaderList[at].release());
+      mpHeaderList.erase(mpHeaderList.begin() + static_cast<std::ptrdiff_t>(at));
+      throw;
+    }
+    addresses(name) = std::move(list);
+  } else {
+    mpHeaderList.emplace(place, field);
+  }
+  field->mpBlock = this;
+  field->setNewHeader(1);
+  setEdited();
+  return kVoSuccess;
 }
 
 VoErrorCode VoMsgEntityHeader::appendHeader(VoMsgHeaderField* field) {
-  const VoErrorCode code = guarded([&] {
-    if (!field) return kVoBadArgument;
-    settleAddresses();
-    const HeaderName name = nameOf(*field);
-    if (isAddressName(name)) splitAddresses(name, viewOf(field->getRawFieldValue()));
-    mpHeaderList.emplace_back(field);  // what throws, throws before this takes the field over
-    field->setNewHeader(1);
-    setEdited();
-    return kVoSuccess;
-  });
-  return VO_LOGGED("", code);
+  const VoErrorCode code = guarded([&] { return field ? add(field, mpHeaderList.size()) : kVoBadArgument; });
+  return VO_LOGGED(_logTag(), code);
+}
+
+VoErrorCode VoMsgEntityHeader::_moveHeader(VoMsgHeaderField* field) {
+  const VoErrorCode code = guarded([&] { return field ? add(field, mpHeaderList.size(), false) : kVoBadArgument; });
+  return VO_LOGGED(_logTag(), code);
 }
 
 VoErrorCode VoMsgEntityHeader::insertHeaderAt(VoMsgHeaderField* field, unsigned i) {
-  if (field && mpHeaderList.empty() && i == 0) return appendHeader(field);
-  std::unique_ptr<VoMsgHeaderField> owned(field);
   const VoErrorCode code = guarded([&] {
     if (!field) return kVoBadArgument;
-    if (i >= mpHeaderList.size()) return kVoOutOfRange;
-    settleAddresses();
-    mpHeaderList.insert(mpHeaderList.begin() + static_cast<std::ptrdiff_t>(i), std::move(owned));
-    return kVoSuccess;
+    return i < std::max<std::size_t>(mpHeaderList.size(), 1) ? add(field, i) : kVoOutOfRange;
   });
-  static_cast<void>(owned.release());  // the block has taken it, or the caller keeps it
-  if (voFailed(code)) return VO_LOGGED("", code);
-  field->setNewHeader(1);
-  setEdited();
-  if (isAddressName(nameOf(*field))) refreshAddressList(field->getName());
-  return code;
+  return VO_LOGGED(_logTag(), code);
 }
 
 VoErrorCode VoMsgEntityHeader::removeHeaderAt(unsigned i) {
@@ -191,12 +229,20 @@ VoErrorCode VoMsgEntityHeader::removeHeaderAt(unsigned i) {
     if (i >= mpHeaderList.size()) return kVoOutOfRange;
     settleAddresses();
     const HeaderName name = nameOf(*mpHeaderList[i]);
+    std::unique_ptr<VoMsgHeaderField> gone = std::move(mpHeaderList[i]);
     mpHeaderList.erase(mpHeaderList.begin() + static_cast<std::ptrdiff_t>(i));
+    if (isAddressName(name)) {
+      try {
+        addresses(name) = addressesOfFields(name);
+      } catch (...) {  // there is still room for it
+        mpHeaderList.insert(mpHeaderList.begin() + static_cast<std::ptrdiff_t>(i), std::move(gone));
+        throw;
+      }
+    }
     setEdited();
-    if (isAddressName(name)) rebuildAddresses(name);
     return kVoSuccess;
   });
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 VoErrorCode VoMsgEntityHeader::removeHeader(const char* name) {
@@ -211,7 +257,7 @@ VoErrorCode VoMsgEntityHeader::removeHeader(const char* name) {
     if (isAddressName(headerNameOf(name))) addresses(headerNameOf(name)) = {};
     return kVoSuccess;
   });
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 std::size_t VoMsgEntityHeader::findHeader(std::string_view name) const {
@@ -236,10 +282,10 @@ VoMsgUserAddress* VoMsgEntityHeader::getAddressAt(const char* name, unsigned i) 
 VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, const char* text) {
   const VoErrorCode code = guarded([&] {
     if (!addressList(name) || !text) return kVoBadArgument;
-    auto address = std::make_unique<VoMsgUserAddress>(text);
+    auto address = makeAddress(text);
     return insertAddress(name, address, std::nullopt);
   });
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, VoMsgUserAddress* address) {
@@ -247,16 +293,16 @@ VoErrorCode VoMsgEntityHeader::appendAddress(const char* name, VoMsgUserAddress*
   const VoErrorCode code =
       guarded([&] { return addressList(name) && address ? insertAddress(name, owned, std::nullopt) : kVoBadArgument; });
   static_cast<void>(owned.release());  // the list has taken it, or the caller keeps it
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, const char* text, unsigned i) {
   const VoErrorCode code = guarded([&] {
     if (!addressList(name) || !text) return kVoBadArgument;
-    auto address = std::make_unique<VoMsgUserAddress>(text);
+    auto address = makeAddress(text);
     return insertAddress(name, address, i);
   });
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, VoMsgUserAddress* address, unsigned i) {
@@ -264,43 +310,66 @@ VoErrorCode VoMsgEntityHeader::insertAddressAt(const char* name, VoMsgUserAddres
   const VoErrorCode code =
       guarded([&] { return addressList(name) && address ? insertAddress(name, owned, i) : kVoBadArgument; });
   static_cast<void>(owned.release());
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 VoErrorCode VoMsgEntityHeader::removeAddressAt(const char* name, unsigned i) {
   const VoErrorCode code = guarded([&] {
     if (!addressList(name)) return kVoBadArgument;
-    followFields(name);
-    AddressList& list = addresses(headerNameOf(name));
+    const HeaderName kind = headerNameOf(name);
+    followFields(kind);
+    AddressList& list = addresses(kind);
     if (i >= list.items.size()) return kVoOutOfRange;
-    changeableAddressField(name);
+    makeAddressField(name);
     list.items.erase(list.items.begin() + static_cast<std::ptrdiff_t>(i));
     list.isAhead = true;
     return kVoSuccess;
   });
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 VoErrorCode VoMsgEntityHeader::setAddressList(const char* name, const char* text) {
-  const VoErrorCode code = guarded([&] {
-    if (!addressList(name) || !text) return kVoBadArgument;
-    const HeaderName kind = headerNameOf(name);
-    const VoMsgHeaderField* const first = changeableAddressField(name);
-    for (const auto& field : mpHeaderList)
-      if (nameOf(*field) == kind) field->setRawFieldValue(field.get() == first ? text : "");
-    rebuildAddresses(kind);
-    return kVoSuccess;
-  });
-  return VO_LOGGED("", code);
+  const VoErrorCode code =
+      guarded([&] { return addressList(name) && text ? setAddresses(name, text) : kVoBadArgument; });
+  return VO_LOGGED(_logTag(), code);
+}
+
+// The first field of the name gets the value, later ones hold nothing more. All new values are made before one is set.
+VoErrorCode VoMsgEntityHeader::setAddresses(const char* name, const char* text) {
+  const HeaderName kind = headerNameOf(name);
+  std::vector<std::unique_ptr<VoMsgHeaderField>> drafts;
+  AddressList list;
+  splitAddresses(list, kind, text);
+  for (const auto& field : mpHeaderList) {
+    if (nameOf(*field) != kind) continue;
+    drafts.push_back(std::make_unique<VoMsgHeaderField>(nullptr, drafts.empty() ? text : ""));
+    if (!drafts.back()->getRawFieldValue()) return kVoNoMemory;
+  }
+  std::unique_ptr<VoMsgHeaderField> made;
+  if (drafts.empty()) {
+    made = draftOf(name);
+    if (!made || voFailed(made->store(text, viewOf(text).find("=?") != std::string_view::npos))) return kVoNoMemory;
+    made->setNewHeader(1);
+    take(mpHeaderList.size(), std::move(made));
+  }
+  auto draft = drafts.begin();
+  for (const auto& field : mpHeaderList) {
+    if (nameOf(*field) != kind || draft == drafts.end()) continue;
+    if (draft == drafts.begin()) field->setNewHeader(1);
+    field->_exchangeContent(**draft++);
+  }
+  addresses(kind) = std::move(list);
+  setEdited();
+  return kVoSuccess;
 }
 
 VoErrorCode VoMsgEntityHeader::refreshAddressList(const char* name) {
   const VoErrorCode code = guarded([&] {
     if (!addressList(name)) return kVoBadArgument;
-    rebuildAddresses(headerNameOf(name));
+    addresses(headerNameOf(name)) = addressesOfFields(headerNameOf(name));
     return kVoSuccess;
   });
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 const VoMsgEntityHeader::AddressList* VoMsgEntityHeader::addressList(const char* name) const {
@@ -308,68 +377,71 @@ const VoMsgEntityHeader::AddressList* VoMsgEntityHeader::addressList(const char*
   return isAddressName(kind) ? &mAddressLists[static_cast<std::size_t>(kind)] : nullptr;
 }
 
-// Cuts addresses off `value` and appends them, until a list is longer than the limit allows: a hostile list is not
-// turned into objects. What is left is remembered as text, so that an edit of the list does not lose it.
-void VoMsgEntityHeader::splitAddresses(HeaderName name, std::string_view value) {
+// Cuts addresses off `value` and appends them to `into`, which is or becomes the list of that name, until a list is
+// longer than the limit allows: a hostile list is not turned into objects. What is left is remembered as text, so that
+// an edit of the list does not lose it.
+void VoMsgEntityHeader::splitAddresses(AddressList& into, HeaderName name, std::string_view value) const {
   const auto limits = vomsg::detail::HeaderLimits::of(mIsChild);
-  const bool isOtherTooLong = std::any_of(mAddressLists.begin(), mAddressLists.end(), [&](const AddressList& list) {
-    return limits.tooManyAddresses(list.items.size());
-  });
-  AddressList& list = addresses(name);
+  bool isOtherTooLong = false;
+  for (std::size_t i = 0; i < mAddressLists.size(); ++i)
+    isOtherTooLong |= i != static_cast<std::size_t>(name) && limits.tooManyAddresses(mAddressLists[i].items.size());
   std::string text;
   std::string_view address;
+  if (limits.tooManyAddresses(into.items.size())) isOtherTooLong = true;
   while (vomsg::detail::cutAddress(value, address)) {
     text.assign(address);
-    list.items.push_back(std::make_unique<VoMsgUserAddress>(text.c_str()));
-    if (!isOtherTooLong && !limits.tooManyAddresses(list.items.size())) continue;
-    if (!value.empty()) list.rest.append(list.rest.empty() ? "" : ", ").append(value);
+    into.items.push_back(makeAddress(text.c_str()));
+    if (!isOtherTooLong && !limits.tooManyAddresses(into.items.size())) continue;
+    if (!value.empty()) into.rest.append(into.rest.empty() ? "" : ", ").append(value);
     return;
   }
 }
 
-void VoMsgEntityHeader::rebuildAddresses(HeaderName name) {
-  addresses(name) = {};
+VoMsgEntityHeader::AddressList VoMsgEntityHeader::addressesOfFields(HeaderName name) const {
+  AddressList list;
   for (const auto& field : mpHeaderList)
-    if (nameOf(*field) == name) splitAddresses(name, viewOf(field->getRawFieldValue()));
+    if (nameOf(*field) == name) splitAddresses(list, name, viewOf(field->getRawFieldValue()));
+  return list;
 }
 
 // A caller may have changed a field by itself. Before its list is edited, and overrules the field, it takes that in;
 // a list that does say what its fields say keeps its objects.
-void VoMsgEntityHeader::followFields(const char* name) {
-  const HeaderName kind = headerNameOf(name);
-  const AddressList& list = addresses(kind);
+void VoMsgEntityHeader::followFields(HeaderName name) {
+  AddressList& list = addresses(name);
   if (list.isAhead) return;
   std::size_t i = 0;
+  bool differs = false;
   for (const auto& field : mpHeaderList) {
-    if (nameOf(*field) != kind) continue;
+    if (nameOf(*field) != name) continue;
     std::string_view rest = viewOf(field->getRawFieldValue());
     std::string_view address;
-    while ((i < list.items.size() || list.rest.empty()) && vomsg::detail::cutAddress(rest, address)) {
-      if (i < list.items.size() && address == viewOf(list.items[i++]->getRawAddress())) continue;
-      refreshAddressList(name);
-      return;
-    }
+    while (!differs && (i < list.items.size() || list.rest.empty()) && vomsg::detail::cutAddress(rest, address))
+      differs = i >= list.items.size() || address != viewOf(list.items[i++]->getRawAddress());
   }
-  if (i < list.items.size()) refreshAddressList(name);
+  if (differs || i < list.items.size()) list = addressesOfFields(name);
 }
 
-// The first field of that name, made when there is none and marked as changed.
-VoMsgHeaderField* VoMsgEntityHeader::changeableAddressField(const char* name) {
+// Makes the first field of that name when there is none, and marks it as changed.
+void VoMsgEntityHeader::makeAddressField(const char* name) {
   const std::size_t at = findHeader(name);
-  if (at == mpHeaderList.size()) mpHeaderList.push_back(std::make_unique<VoMsgHeaderField>(name, ""));
-  VoMsgHeaderField* const field = mpHeaderList[at].get();
-  field->setNewHeader(1);
+  if (at == mpHeaderList.size()) {
+    std::unique_ptr<VoMsgHeaderField> made = draftOf(name);
+    if (!made) throw std::bad_alloc();
+    take(at, std::move(made));
+  }
+  mpHeaderList[at]->setNewHeader(1);
   setEdited();
-  return field;
 }
 
 // Takes `address` over unless it fails. Without `i` at the end.
 VoErrorCode VoMsgEntityHeader::insertAddress(const char* name, std::unique_ptr<VoMsgUserAddress>& address,
                                              std::optional<unsigned> i) {
-  followFields(name);
-  AddressList& list = addresses(headerNameOf(name));
+  const HeaderName kind = headerNameOf(name);
+  followFields(kind);
+  AddressList& list = addresses(kind);
   if (i && *i >= std::max<std::size_t>(list.items.size(), 1)) return kVoOutOfRange;
-  changeableAddressField(name);
+  makeRoom(list.items);
+  makeAddressField(name);
   const std::size_t at = i ? *i : list.items.size();
   list.items.insert(list.items.begin() + static_cast<std::ptrdiff_t>(at), std::move(address));
   list.isAhead = true;
@@ -379,6 +451,7 @@ VoErrorCode VoMsgEntityHeader::insertAddress(const char* name, std::unique_ptr<V
 // Unites a changed list into the value of its first field; later fields of the name hold nothing more. Done when
 // somebody looks, because a caller may append a million addresses.
 void VoMsgEntityHeader::settleAddresses(HeaderName name) const {
+  if (!isAddressName(name)) return;
   const AddressList& list = mAddressLists[static_cast<std::size_t>(name)];
   if (!list.isAhead) return;
   std::string text;
@@ -386,8 +459,11 @@ void VoMsgEntityHeader::settleAddresses(HeaderName name) const {
   for (const auto& address : list.items) add(viewOf(address->getRawAddress()));
   if (!list.rest.empty()) add(list.rest);
   bool isFirst = true;
-  for (const auto& field : mpHeaderList)
-    if (nameOf(*field) == name) field->setRawFieldValue(std::exchange(isFirst, false) ? text.c_str() : "");
+  for (const auto& field : mpHeaderList) {
+    if (nameOf(*field) != name) continue;
+    const char* const value = std::exchange(isFirst, false) ? text.c_str() : "";
+    if (voFailed(field->store(value, viewOf(value).find("=?") != std::string_view::npos))) throw std::bad_alloc();
+  }
   list.isAhead = false;
 }
 
@@ -433,5 +509,5 @@ VoErrorCode VoMsgEntityHeader::writeHeaderPartFromSource(VoMsgBufferedReader* re
   const VoErrorCode code = guarded([&] {
     return reader && writer ? vomsg::detail::copyRange(*reader, *writer, mHeaderOffset, mHeaderSize) : kVoBadArgument;
   });
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }

@@ -42,7 +42,7 @@ class VOMSG_API VoMsgEntityHeader {
   VoErrorCode parseHeaderPart(VoMsgBufferedReader* reader, const char* defaultCharset, VoMsgBoundaryList* boundaries);
   // One unfolded line without its terminator, for free(); null at the end of the data.
   char* getNextLine(VoMsgBufferedReader* reader);
-  // Adds the field of one logical line. kVoMalformed: a limit was passed.
+  // Adds the field of one logical line. kVoMalformed: a limit was passed; kVoBadArgument: a line break in the name.
   VoErrorCode parseHeaderLine(const char* line, const char* defaultCharset);
   // A field of a structured header with its parameters; yours. Null when name or value is null.
   VoMsgHeaderField* createHeader(const char* name, const char* value, const char* defaultCharset);
@@ -55,8 +55,16 @@ class VOMSG_API VoMsgEntityHeader {
   unsigned countHeaders() const;
   VoMsgHeaderField* getHeaderAt(unsigned i) const;      // borrowed; null past the end
   VoMsgHeaderField* getHeader(const char* name) const;  // the first of that name; null for null
-  // The block takes the field over unless the call fails.
+  // Sets the first field of that name, or appends one. `value` is in `srcCharset` and is stored in `dstCharset` (null:
+  // stays). Of a list of addresses only the display names are encoded. A structured value may bring parameters; those
+  // it does not name stay. kVoBadArgument: null, or no name for a new field, or an unknown `dstCharset`; else as
+  // VoMsgHeaderField::setFieldValue. A failure changes nothing.
+  VoErrorCode setHeaderValue(const char* name, const char* value, const char* srcCharset, const char* dstCharset);
+  // The block takes the field over unless the call fails, which changes nothing. kVoBadArgument: null, or a name that
+  // is new and not one of printable ASCII without blank and ":".
   VoErrorCode appendHeader(VoMsgHeaderField* field);
+  // Appends a copy of a field that stands in another block, whatever its name. The rest as appendHeader.
+  VoErrorCode _moveHeader(VoMsgHeaderField* field);
   VoErrorCode insertHeaderAt(VoMsgHeaderField* field, unsigned i);  // before the i-th; an empty list takes 0 only
   VoErrorCode removeHeaderAt(unsigned i);
   VoErrorCode removeHeader(const char* name);  // every field of that name; succeeds when there is none
@@ -65,7 +73,7 @@ class VOMSG_API VoMsgEntityHeader {
   // the name's first field follows the list; a field is made when there is none. Addresses come back borrowed.
   unsigned countAddress(const char* name) const;
   VoMsgUserAddress* getAddressAt(const char* name, unsigned i) const;
-  // Null is kVoBadArgument. The list takes an address object over unless the call fails.
+  // Null is kVoBadArgument. The list takes an address object over unless the call fails, which changes nothing.
   VoErrorCode appendAddress(const char* name, const char* text);
   VoErrorCode appendAddress(const char* name, VoMsgUserAddress* address);
   // Before the i-th; an empty list takes 0 only. kVoOutOfRange.
@@ -91,6 +99,13 @@ class VOMSG_API VoMsgEntityHeader {
   // Of several Content-Type fields in the source, one that was replaced said something else than the next.
   bool contentTypesDiffer() const { return mContentTypesDiffer; }
 
+  // Who says the tag of the block's log lines, asked only when a line is written; both are borrowed.
+  void _setLogOwner(void* owner, const char* (*tagOf)(void* owner)) {
+    mpLogOwner = owner;
+    mpTagOf = tagOf;
+  }
+  const char* _logTag() const { return mpTagOf ? mpTagOf(mpLogOwner) : ""; }
+
   bool isChild() const { return mIsChild; }
   void setChild(bool child) { mIsChild = child; }
 
@@ -101,7 +116,7 @@ class VOMSG_API VoMsgEntityHeader {
 
   // For the message parser: builds the fields of a block that surveyHeaderBlock has passed, given its bytes, without
   // testing the limits again (what they cut short stays short, so setChild() comes first); range and marks are set by
-  // the caller.
+  // the caller. A failure, kVoNoMemory, leaves a block that is good for nothing.
   VoErrorCode parseSurveyedBlock(std::string_view block, const char* defaultCharset);
 
  private:
@@ -116,12 +131,19 @@ class VOMSG_API VoMsgEntityHeader {
   const AddressList* addressList(const char* name) const;  // null for other names
   AddressList& addresses(vomsg::detail::HeaderName name) { return mAddressLists[static_cast<std::size_t>(name)]; }
   std::size_t findHeader(std::string_view name) const;  // an index; the count when there is none
-  void splitAddresses(vomsg::detail::HeaderName name, std::string_view value);
-  void rebuildAddresses(vomsg::detail::HeaderName name);
-  void followFields(const char* name);
-  VoMsgHeaderField* changeableAddressField(const char* name);
+  void take(std::size_t at, std::unique_ptr<VoMsgHeaderField> field);
+  VoErrorCode add(VoMsgHeaderField* field, std::size_t at, bool isNew = true);
+  VoErrorCode setAddresses(const char* name, const char* list);
+  VoErrorCode setStructured(const char* name, const char* value, const char* srcCharset, const char* dstCharset);
+  VoErrorCode setText(const char* name, const char* value, const char* srcCharset, const char* dstCharset);
+  VoErrorCode install(std::unique_ptr<VoMsgHeaderField> made);
+  std::unique_ptr<VoMsgHeaderField> draftOf(const char* name) const;
+  void splitAddresses(AddressList& into, vomsg::detail::HeaderName name, std::string_view value) const;
+  AddressList addressesOfFields(vomsg::detail::HeaderName name) const;
+  void followFields(vomsg::detail::HeaderName name);
+  void makeAddressField(const char* name);
   VoErrorCode insertAddress(const char* name, std::unique_ptr<VoMsgUserAddress>& address, std::optional<unsigned> i);
-  void settleAddresses(vomsg::detail::HeaderName name) const;
+  void settleAddresses(vomsg::detail::HeaderName name) const;  // without memory it throws, and nothing changes
   void settleAddresses() const;
   void writeAddresses(vomsg::detail::HeaderLineWriter& out, vomsg::detail::HeaderName name) const;
 
@@ -135,4 +157,6 @@ class VOMSG_API VoMsgEntityHeader {
   bool mContentTypesDiffer = false;
   vomsg::detail::HeaderMark mMark{};
   unsigned mMarkOffset = 0;
+  void* mpLogOwner = nullptr;
+  const char* (*mpTagOf)(void* owner) = nullptr;
 };

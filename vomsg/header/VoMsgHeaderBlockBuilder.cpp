@@ -11,6 +11,7 @@
 #include "vomsg/header/VoMsgEntityHeader.h"
 #include "vomsg/header/VoMsgHeaderField.h"
 #include "vomsg/header/VoMsgHeaderLines.h"
+#include "vomsg/header/VoMsgLineBreaks.h"
 
 namespace vomsg::detail {
 namespace {
@@ -25,6 +26,12 @@ bool sameContentType(const VoMsgHeaderField& a, const VoMsgHeaderField& b) {
     if (viewOf(a.getRawParameterValueAt(i)) != viewOf(b.getRawParameterValueAt(i))) return false;
   }
   return true;
+}
+
+// A field whose copy of name or value could not be made would vanish from the message, or become another.
+std::unique_ptr<VoMsgHeaderField> whole(std::unique_ptr<VoMsgHeaderField> field) {
+  if (!field->getName() || !field->getRawFieldValue()) throw std::bad_alloc();
+  return field;
 }
 
 }  // namespace
@@ -57,6 +64,7 @@ VoErrorCode HeaderBlockBuilder::readLine(std::string_view text, std::uint64_t of
   const HeaderLine line = cutHeaderLine(text, false);
   if (line.kind == HeaderLine::Kind::dropped) mark(HeaderMark::droppedLine, offset);
   if (line.kind != HeaderLine::Kind::field) return kVoSuccess;
+  if (hasLineBreak(line.name)) return kVoBadArgument;
   return add(headerNameOf(line.name), line.name, line.value, offset);
 }
 
@@ -68,8 +76,8 @@ VoErrorCode HeaderBlockBuilder::add(HeaderName kind, std::string_view name, std:
   } else {
     mName.assign(name);
     mText.assign(value);
-    mHeader.mpHeaderList.push_back(std::make_unique<VoMsgHeaderField>(mName.c_str(), mText.c_str()));
-    if (isAddressName(kind)) mHeader.splitAddresses(kind, value);
+    mHeader.take(mHeader.mpHeaderList.size(), whole(std::make_unique<VoMsgHeaderField>(mName.c_str(), mText.c_str())));
+    if (isAddressName(kind)) mHeader.splitAddresses(mHeader.addresses(kind), kind, value);
   }
   if (mPurpose == Purpose::rebuild) return kVoSuccess;
   const bool isTooMuch = mLimits.tooManyFields(mHeader.mpHeaderList.size()) ||
@@ -87,13 +95,13 @@ VoMsgHeaderField* HeaderBlockBuilder::makeStructured(std::string_view name, std:
   parseStructuredValue(mValue, value, mLimits.parameters);
   if (mValue.needsQuoting) mark(HeaderMark::unquotedBoundary, offset);
   mName.assign(name);
-  auto field = std::make_unique<VoMsgHeaderField>(mName.c_str(), mValue.value.c_str());
+  auto field = whole(std::make_unique<VoMsgHeaderField>(mName.c_str(), mValue.value.c_str()));
   field->_setDefaultCharset(mpDefaultCharset);
   for (std::size_t i = 0; i < mValue.count; ++i) {
     const StructuredParameter& parameter = mValue.parameters[i];
-    if (voFailed(field->appendRawParameter(parameter.name.c_str(), parameter.value.c_str(), parameter.isEncoded,
-                                           mpDefaultCharset)))
-      return nullptr;
+    if (voFailed(field->addParameter(parameter.name.c_str(), parameter.value.c_str(), parameter.isEncoded,
+                                     mpDefaultCharset)))
+      throw std::bad_alloc();
   }
   mParameterCount = mValue.count;
   return field.release();
@@ -105,13 +113,12 @@ void HeaderBlockBuilder::addStructured(HeaderName kind, std::string_view name, s
   const bool isReplacement = kind == HeaderName::contentType && mContentTypeAt != kNowhere;
   if (isReplacement) mark(HeaderMark::repeatedContentType, offset);
   std::unique_ptr<VoMsgHeaderField> field(makeStructured(name, value, offset));
-  if (!field) throw std::bad_alloc();
   if (isReplacement) {
     if (!sameContentType(*list[mContentTypeAt], *field)) mHeader.mContentTypesDiffer = true;
     list.erase(list.begin() + static_cast<std::ptrdiff_t>(mContentTypeAt));
   }
   if (kind == HeaderName::contentType) mContentTypeAt = list.size();
-  list.push_back(std::move(field));
+  mHeader.take(list.size(), std::move(field));
 }
 
 // The charset that Content-Type declares is also that of 8-bit text in the header, which carries no label of its own.
@@ -121,9 +128,13 @@ void HeaderBlockBuilder::handDownCharset() {
     const char* const declared = contentType->getRawParameterValue("charset");
     if (declared && *declared) charset = declared;
   }
-  for (const auto& field : mHeader.mpHeaderList) field->_setDefaultCharset(charset);
+  const auto give = [charset](auto& object) {
+    object._setDefaultCharset(charset);
+    if (charset && !object.getDefaultCharset()) throw std::bad_alloc();
+  };
+  for (const auto& field : mHeader.mpHeaderList) give(*field);
   for (const auto& list : mHeader.mAddressLists)
-    for (const auto& address : list.items) address->_setDefaultCharset(charset);
+    for (const auto& address : list.items) give(*address);
 }
 
 }  // namespace vomsg::detail

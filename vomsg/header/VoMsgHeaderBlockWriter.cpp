@@ -43,14 +43,14 @@ bool holdsNul(const EncodedWordSpan& word) {
   return bytes.find('\0') != bytes.npos;
 }
 
-// An address, a message id or a URL beside the encoded words would be one no longer when all is encoded as a whole;
-// and what only looks like a word would become text of the charset it seems to name.
+// An address, a message id or a URL beside the encoded words would be one no longer when all is encoded as a whole; and
+// where nothing is a word, what looks like one names no charset.
 bool canBeEncodedAsAWhole(std::string_view raw) {
   std::size_t at = 0;
   while (true) {
     const EncodedWordSpan word = findEncodedWord(raw, at);
     const std::string_view between = raw.substr(at, std::min(word.begin, raw.size()) - at);
-    if (between.find_first_of("<@") != raw.npos || between.find("=?") != raw.npos) return false;
+    if (between.find_first_of("<@") != raw.npos) return false;
     if (word.begin == raw.npos) return at > 0;
     if (holdsNul(word)) return false;
     at = word.end;
@@ -124,7 +124,7 @@ void writeValue(HeaderLineWriter& out, const VoMsgHeaderField& field) {
     out.write(hasLineBreak(raw) ? repairFolds(raw) : std::string(raw));
     return;
   }
-  const bool isEncodedAsSet = isOneOf(name, {"Sender", "Disposition-Notification-To", "Return-Receipt-To", "Received"});
+  const bool isEncodedAsSet = isOneOf(name, {"Sender", "Disposition-Notification-To", "Return-Receipt-To"});
   if (field.hasEncodedWord() && !isEncodedAsSet && (isChanged || !isSubject)) {
     // What a setter stored is encoded and folded already.
     if (raw.find("=?") == raw.npos) return out.write(repairFolds(raw));
@@ -176,7 +176,7 @@ VoErrorCode VoMsgEntityHeader::writeNewHeaderPart(VoMsgBufferedWriter* writer) {
     out.endField();
     return out.failed() ? kVoWriteFailed : kVoSuccess;
   });
-  return VO_LOGGED("", code);
+  return VO_LOGGED(_logTag(), code);
 }
 
 // One list, whatever the number of its fields: RFC 5322 allows one of each. They are united before they are cut, for so

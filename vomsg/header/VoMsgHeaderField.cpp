@@ -17,6 +17,7 @@
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgTreeEpoch.h"
 #include "vomsg/header/VoMsgEncodedWord.h"
+#include "vomsg/header/VoMsgEntityHeader.h"
 #include "vomsg/header/VoMsgFieldEncoding.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
 
@@ -41,7 +42,7 @@ bool looksLikePath(std::string_view charset) {
 
 VoMsgHeaderField::VoMsgHeaderField(const char* name, const char* rawValue)
     : mName(isUsableName(viewOf(name)) ? copyCStringOrNull(name) : nullptr) {
-  setRawFieldValue(rawValue);
+  guarded([&] { return store(rawValue, viewOf(rawValue).find("=?") != std::string_view::npos); });
   mValueMatters = true;
 }
 
@@ -50,12 +51,15 @@ VoMsgHeaderField::~VoMsgHeaderField() = default;
 VoMsgHeaderField* VoMsgHeaderField::newCopy() const {
   return guardedOr(static_cast<VoMsgHeaderField*>(nullptr), [&]() -> VoMsgHeaderField* {
     auto copy = std::make_unique<VoMsgHeaderField>(getName(), getRawFieldValue());
+    if ((getName() && !copy->getName()) || (getRawFieldValue() && !copy->getRawFieldValue())) return nullptr;
     copy->mParameterList.reserve(mParameterList.size());
     for (const auto& parameter : mParameterList) {
       copy->mParameterList.emplace_back(parameter->newCopy());
       if (!copy->mParameterList.back()) return nullptr;
     }
+    copy->mHasParameterList = !mParameterList.empty();
     copy->_setDefaultCharset(getDefaultCharset());
+    if (getDefaultCharset() && !copy->getDefaultCharset()) return nullptr;
     return copy.release();
   });
 }
@@ -71,6 +75,18 @@ void VoMsgHeaderField::dumpHeaderField(std::FILE* out) const {
   std::fprintf(out, "%s%sparameterList     : H'%.8x\n", kIndent, kIndent,
                static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(&mParameterList) & 0xFFFFFFFFu));
   for (const auto& parameter : mParameterList) parameter->dumpHeaderParameter(out);
+}
+
+const char* VoMsgHeaderField::logTag() const { return mpBlock ? mpBlock->_logTag() : ""; }
+
+void VoMsgHeaderField::_exchangeContent(VoMsgHeaderField& other) noexcept {
+  mValue.swap(other.mValue);
+  std::swap(mHasEncodedWord, other.mHasEncodedWord);
+  std::swap(mDecoded, other.mDecoded);  // points into the value, which moves along
+  mCleaned.swap(other.mCleaned);
+  std::swap(mHasParameterList, other.mHasParameterList);
+  mParameterList.swap(other.mParameterList);
+  mRfc2231List.swap(other.mRfc2231List);
 }
 
 void VoMsgHeaderField::_setDefaultCharset(const char* charset) { mDefaultCharset = copyCStringOrNull(charset); }
@@ -92,7 +108,7 @@ VoErrorCode VoMsgHeaderField::store(const char* raw, bool hasEncodedWord) {
 }
 
 VoErrorCode VoMsgHeaderField::setRawFieldValue(const char* raw) {
-  return VO_LOGGED("", guarded([&] { return store(raw, viewOf(raw).find("=?") != std::string_view::npos); }));
+  return VO_LOGGED(logTag(), guarded([&] { return store(raw, viewOf(raw).find("=?") != std::string_view::npos); }));
 }
 
 bool VoMsgHeaderField::decode() {
@@ -161,12 +177,14 @@ bool VoMsgHeaderField::cleanJapanese() {
 }
 
 VoErrorCode VoMsgHeaderField::setFieldValue(const char* value, const char* srcCharset, const char* dstCharset) {
-  return VO_LOGGED("", guarded([&]() -> VoErrorCode {
-                     if (!value || (dstCharset && !voIsRightCharsetName(dstCharset))) return kVoBadArgument;
-                     std::string raw;
-                     VoErrorCode code = encodeFieldValue(raw, viewOf(mName.get()), value, srcCharset, dstCharset);
-                     if (!voFailed(code)) code = store(raw.c_str(), true);
-                     if (!voFailed(code)) mIsNewHeader = 1;
-                     return code;
-                   }));
+  return VO_LOGGED(logTag(), guarded([&] { return storeEncoded(value, srcCharset, dstCharset); }));
+}
+
+VoErrorCode VoMsgHeaderField::storeEncoded(const char* value, const char* srcCharset, const char* dstCharset) {
+  if (!value || (dstCharset && !voIsRightCharsetName(dstCharset))) return kVoBadArgument;
+  std::string raw;
+  VoErrorCode code = encodeFieldValue(raw, viewOf(mName.get()), value, srcCharset, dstCharset);
+  if (!voFailed(code)) code = store(raw.c_str(), true);
+  if (!voFailed(code)) mIsNewHeader = 1;
+  return code;
 }

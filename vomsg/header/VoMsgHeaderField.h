@@ -19,10 +19,16 @@
 #include "vomsg/foundation/VoMsgMultiString.h"
 #include "vomsg/header/VoMsgHeaderParameter.h"
 
+class VoMsgEntityHeader;
+namespace vomsg::detail {
+class HeaderBlockBuilder;
+}
+
 class VOMSG_API VoMsgHeaderField {
  public:
   // Either may be null. A name with a line break or with a blank in front is not taken: getName() is then null, and a
-  // field without name is never written.
+  // field without name is never written. A block takes only what isFieldName allows as a new name: printable ASCII
+  // without blank and ":".
   VoMsgHeaderField(const char* name, const char* rawValue);
   ~VoMsgHeaderField();
   VoMsgHeaderField(const VoMsgHeaderField&) = delete;
@@ -49,6 +55,8 @@ class VOMSG_API VoMsgHeaderField {
   // Replaces the value as it stands (null: by none); does not count as a change. Of line breaks only folds, CR LF and
   // blanks before more text, are kept; others become a fold, at the end they go. kVoNoMemory: the old value stays.
   VoErrorCode setRawFieldValue(const char* raw);
+  // Value and parameters change places with those of `other`; names, flags and owners stay. Takes no memory.
+  void _exchangeContent(VoMsgHeaderField& other) noexcept;
   // Converts `value` from `srcCharset` (null: already in `dstCharset`) to `dstCharset` (null: stays) and stores it
   // encoded; a value too long for its line is divided, except in address fields, Received, MIME-Version and those of
   // the content. kVoBadArgument: `value` is null, `dstCharset` unknown, or the charset's name cannot stand in an
@@ -65,11 +73,13 @@ class VOMSG_API VoMsgHeaderField {
   // Decoded and converted, RFC 2231 pieces put together; they win over a plain parameter of the same name.
   const char* getParameterValue(const char* name, const char* charset);
   const char* getParameterValueEx(const char* name, const char*& charsetOut);
+  // The names of new parameters must be tokens (RFC 2045, section 5.1); one that is there already may be any. Others
+  // are kVoBadArgument in all that follows.
   // Appends as it stands; does not count as a change. `isEncoded`: the value holds encoded words, else `charset` (may
-  // be null) is its own. kVoBadArgument: `name` is null or holds a line break; kVoNoMemory.
+  // be null) is its own. kVoBadArgument: `name` is null; kVoNoMemory.
   VoErrorCode appendRawParameter(const char* name, const char* value, bool isEncoded, const char* charset);
   // Converted and encoded as one word, as setFieldValue does. A null value makes a parameter without value.
-  // kVoBadArgument: `name` is null or holds a line break, or `dstCharset` is unknown.
+  // kVoBadArgument: `name` is null, or `dstCharset` is unknown.
   VoErrorCode appendParameter(const char* name, const char* value, const char* srcCharset, const char* dstCharset);
   // `i` may equal the count. kVoOutOfRange above it.
   VoErrorCode insertParameterAt(unsigned i, const char* name, const char* value, const char* srcCharset,
@@ -77,12 +87,16 @@ class VOMSG_API VoMsgHeaderField {
   // Replaces the first parameter of that name, or appends one; its RFC 2231 pieces go. A null value appends a
   // parameter without value. A failure changes nothing.
   VoErrorCode setParameterValue(const char* name, const char* value, const char* srcCharset, const char* dstCharset);
-  // kVoNoSuchHeader: no parameters at all; kVoOutOfRange.
+  // kVoNoSuchHeader: the field never had a parameter; kVoOutOfRange, also once the last one is gone.
   VoErrorCode removeParameterAt(unsigned i);
-  // Removes the first parameter of that name, or all its RFC 2231 pieces. Succeeds when there is none among others;
-  // kVoBadArgument: null, or no parameters at all.
+  // Removes the first parameter of that name, or all its RFC 2231 pieces. Succeeds when there is none of that name;
+  // kVoBadArgument: null, or the field never had a parameter.
   VoErrorCode removeParameter(const char* name);
   bool hasRFC2231(const char* name) const;
+  // For the message parser, which corrects what it has read: of several parameters of that name the last one stays, and
+  // all go. Linear; neither counts as a change.
+  void _keepLastParameter(const char* name);
+  void _dropParameters();
 
   // The steps of RFC 2231 assembly: numbers are decimal strings of any length, "" is none.
   static std::string getSequenceNo(const char* pieceName);
@@ -107,7 +121,15 @@ class VOMSG_API VoMsgHeaderField {
     const char* charset = nullptr;
   };
 
+  friend class VoMsgEntityHeader;
+  friend class vomsg::detail::HeaderBlockBuilder;
+
   VoErrorCode store(const char* raw, bool hasEncodedWord);
+  VoErrorCode storeEncoded(const char* value, const char* srcCharset, const char* dstCharset);
+  VoErrorCode setEncodedParameter(const char* name, const char* value, const char* srcCharset, const char* dstCharset);
+  VoErrorCode addParameter(const char* name, const char* value, bool isEncoded, const char* charset);
+  bool canTake(const char* parameterName) const;
+  const char* logTag() const;
   bool decode();
   bool cleanJapanese();
   VoMsgHeaderParameter* find(const char* name) const;
@@ -124,6 +146,8 @@ class VOMSG_API VoMsgHeaderField {
   Decoded mDecoded;
   vomsg::detail::CString mCleaned;  // Japanese text with its needed escape sequences only
   vomsg::detail::CString mDefaultCharset;
+  bool mHasParameterList = false;  // once it had a parameter
   std::vector<std::unique_ptr<VoMsgHeaderParameter>> mParameterList;
   std::vector<std::unique_ptr<VoMsgHeaderParameter>> mRfc2231List;
+  const VoMsgEntityHeader* mpBlock = nullptr;  // the block that holds the field, if any
 };

@@ -10,6 +10,7 @@
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/header/VoMsgFieldEncoding.h"
 #include "vomsg/header/VoMsgHeaderField.h"
+#include "vomsg/header/VoMsgHeaderName.h"
 #include "vomsg/header/VoMsgLineBreaks.h"
 #include "vomsg/header/VoMsgRfc2231.h"
 
@@ -19,8 +20,6 @@ namespace {
 
 constexpr char kLogSource[] = "VoMsgHeaderField";
 constexpr char kUsAscii[] = "us-ascii";
-
-bool isUsableName(const char* name) { return name && !hasLineBreak(name); }
 
 bool isUsableTarget(const char* charset) { return !charset || voIsRightCharsetName(charset); }
 
@@ -46,6 +45,7 @@ VoMsgHeaderParameter* VoMsgHeaderField::find(const char* name) const {
 
 void VoMsgHeaderField::changeParameters() {
   mRfc2231List.clear();
+  mHasParameterList = true;
   mIsNewHeader = 1;
 }
 
@@ -118,17 +118,25 @@ const char* VoMsgHeaderField::getParameterValueEx(const char* name, const char*&
 
 // Changes.
 
+// A new parameter is named as RFC 2045 has it; what stands in the field already may be named anything.
+bool VoMsgHeaderField::canTake(const char* parameterName) const {
+  return parameterName && (isToken(parameterName) || find(parameterName));
+}
+
+VoErrorCode VoMsgHeaderField::addParameter(const char* name, const char* value, bool isEncoded, const char* charset) {
+  const bool broken = value && hasLineBreak(value);
+  auto parameter = makeParameter(name, broken ? joinLines(value).c_str() : value, isEncoded, charset);
+  if (!parameter) return kVoNoMemory;
+  mParameterList.push_back(std::move(parameter));
+  mHasParameterList = true;
+  mRfc2231List.clear();
+  return kVoSuccess;
+}
+
 VoErrorCode VoMsgHeaderField::appendRawParameter(const char* name, const char* value, bool isEncoded,
                                                  const char* charset) {
-  return VO_LOGGED("", guarded([&] {
-                     if (!isUsableName(name)) return kVoBadArgument;
-                     const bool broken = value && hasLineBreak(value);
-                     auto parameter =
-                         makeParameter(name, broken ? joinLines(value).c_str() : value, isEncoded, charset);
-                     if (!parameter) return kVoNoMemory;
-                     mParameterList.push_back(std::move(parameter));
-                     mRfc2231List.clear();
-                     return kVoSuccess;
+  return VO_LOGGED(logTag(), guarded([&] {
+                     return canTake(name) ? addParameter(name, value, isEncoded, charset) : kVoBadArgument;
                    }));
 }
 
@@ -148,16 +156,16 @@ VoErrorCode VoMsgHeaderField::insertEncoded(std::size_t at, const char* name, co
 
 VoErrorCode VoMsgHeaderField::appendParameter(const char* name, const char* value, const char* srcCharset,
                                               const char* dstCharset) {
-  return VO_LOGGED("", guarded([&] {
-                     if (!isUsableName(name) || !isUsableTarget(dstCharset)) return kVoBadArgument;
+  return VO_LOGGED(logTag(), guarded([&] {
+                     if (!canTake(name) || !isUsableTarget(dstCharset)) return kVoBadArgument;
                      return insertEncoded(mParameterList.size(), name, value, srcCharset, dstCharset);
                    }));
 }
 
 VoErrorCode VoMsgHeaderField::insertParameterAt(unsigned i, const char* name, const char* value, const char* srcCharset,
                                                 const char* dstCharset) {
-  return VO_LOGGED("", guarded([&] {
-                     if (!isUsableName(name) || !isUsableTarget(dstCharset)) return kVoBadArgument;
+  return VO_LOGGED(logTag(), guarded([&] {
+                     if (!canTake(name) || !isUsableTarget(dstCharset)) return kVoBadArgument;
                      if (i > mParameterList.size()) return kVoOutOfRange;
                      return insertEncoded(i, name, value, srcCharset, dstCharset);
                    }));
@@ -165,31 +173,37 @@ VoErrorCode VoMsgHeaderField::insertParameterAt(unsigned i, const char* name, co
 
 VoErrorCode VoMsgHeaderField::setParameterValue(const char* name, const char* value, const char* srcCharset,
                                                 const char* dstCharset) {
-  return VO_LOGGED("", guarded([&] {
-                     if (!isUsableName(name) || (value && !isUsableTarget(dstCharset))) return kVoBadArgument;
-                     VoMsgHeaderParameter* const existing = value ? find(name) : nullptr;
-                     // Encoded before anything goes, so that a failure leaves the pieces where they are.
-                     std::string text;
-                     if (value) {
-                       const VoErrorCode code = encodeText(text, value, srcCharset, dstCharset);
-                       if (voFailed(code)) return existing && code != kVoBadArgument ? kVoEncodeFailed : code;
-                     }
-                     if (existing) {
-                       existing->setRawParameterValue(text.c_str(), true, nullptr);
-                     } else {
-                       auto parameter = makeParameter(name, value ? text.c_str() : nullptr, value != nullptr, nullptr);
-                       if (!parameter) return kVoNoMemory;
-                       mParameterList.push_back(std::move(parameter));
-                     }
-                     removePieces(name);
-                     changeParameters();
-                     return kVoSuccess;
-                   }));
+  return VO_LOGGED(logTag(), guarded([&] { return setEncodedParameter(name, value, srcCharset, dstCharset); }));
+}
+
+// The new parameter is complete before the old one, or its pieces, go.
+VoErrorCode VoMsgHeaderField::setEncodedParameter(const char* name, const char* value, const char* srcCharset,
+                                                  const char* dstCharset) {
+  if (!name || !(canTake(name) || hasRFC2231(name)) || (value && !isUsableTarget(dstCharset))) return kVoBadArgument;
+  const VoMsgHeaderParameter* const existing = value ? find(name) : nullptr;
+  std::string text;
+  if (value) {
+    const VoErrorCode code = encodeText(text, value, srcCharset, dstCharset);
+    if (voFailed(code)) return existing && code != kVoBadArgument ? kVoEncodeFailed : code;
+  }
+  auto made =
+      makeParameter(existing ? existing->getName() : name, value ? text.c_str() : nullptr, value != nullptr, nullptr);
+  if (!made) return kVoNoMemory;
+  if (existing) {
+    std::find_if(mParameterList.begin(), mParameterList.end(), [&](const auto& p) {
+      return p.get() == existing;
+    })->swap(made);
+  } else {
+    mParameterList.push_back(std::move(made));
+  }
+  removePieces(name);
+  changeParameters();
+  return kVoSuccess;
 }
 
 VoErrorCode VoMsgHeaderField::removeParameterAt(unsigned i) {
   VoErrorCode code = kVoSuccess;
-  if (mParameterList.empty()) {
+  if (!mHasParameterList) {
     code = kVoNoSuchHeader;
   } else if (i >= mParameterList.size()) {
     code = kVoOutOfRange;
@@ -197,7 +211,22 @@ VoErrorCode VoMsgHeaderField::removeParameterAt(unsigned i) {
     mParameterList.erase(mParameterList.begin() + static_cast<std::ptrdiff_t>(i));
     changeParameters();
   }
-  return VO_LOGGED("", code);
+  return VO_LOGGED(logTag(), code);
+}
+
+void VoMsgHeaderField::_keepLastParameter(const char* name) {
+  auto left = std::count_if(mParameterList.begin(), mParameterList.end(),
+                            [&](const auto& parameter) { return equalNoCase(viewOf(parameter->getName()), name); });
+  const auto goes = [&](const auto& parameter) {
+    return equalNoCase(viewOf(parameter->getName()), name) && left-- > 1;
+  };
+  mParameterList.erase(std::remove_if(mParameterList.begin(), mParameterList.end(), goes), mParameterList.end());
+  mRfc2231List.clear();
+}
+
+void VoMsgHeaderField::_dropParameters() {
+  mParameterList.clear();
+  mRfc2231List.clear();
 }
 
 bool VoMsgHeaderField::removePieces(const char* name) {
@@ -210,7 +239,7 @@ bool VoMsgHeaderField::removePieces(const char* name) {
 }
 
 VoErrorCode VoMsgHeaderField::removeParameter(const char* name) {
-  if (!name || mParameterList.empty()) return VO_LOGGED("", kVoBadArgument);
+  if (!name || !mHasParameterList) return VO_LOGGED(logTag(), kVoBadArgument);
   bool removed = removePieces(name);
   if (!removed) {
     const auto found = std::find_if(mParameterList.begin(), mParameterList.end(), [&](const auto& parameter) {

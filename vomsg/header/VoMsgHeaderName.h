@@ -40,4 +40,16 @@ constexpr HeaderName headerNameOf(std::string_view text) noexcept {
   }
 }
 
+// What a caller may name a new field: printable ASCII without blank and ":" (RFC 5322, section 3.6.8).
+constexpr bool isFieldName(std::string_view name) noexcept {
+  for (const char c : name)
+    if (c <= ' ' || c == ':' || c == 0x7F) return false;  // signed or not: no byte above 0x7F passes
+  return !name.empty() && isAscii(name);
+}
+
+// What a caller may name a new parameter (RFC 2045, section 5.1).
+constexpr bool isToken(std::string_view name) noexcept {
+  return isFieldName(name) && name.find_first_of("()<>@,;:\\\"/[]?=") == name.npos;
+}
+
 }  // namespace vomsg::detail

@@ -23,9 +23,11 @@ VoMsgHeaderParameter::VoMsgHeaderParameter(const char* name, const char* value, 
 VoMsgHeaderParameter::~VoMsgHeaderParameter() = default;
 
 VoMsgHeaderParameter* VoMsgHeaderParameter::newCopy() const {
-  return guardedOr(static_cast<VoMsgHeaderParameter*>(nullptr), [&] {
-    return new VoMsgHeaderParameter(getName(), getRawParameterValue(), mIsEncoded,
-                                    mValue ? mValue->getCharset() : nullptr);
+  return guardedOr(static_cast<VoMsgHeaderParameter*>(nullptr), [&]() -> VoMsgHeaderParameter* {
+    auto copy = std::make_unique<VoMsgHeaderParameter>(getName(), getRawParameterValue(), mIsEncoded,
+                                                       mValue ? mValue->getCharset() : nullptr);
+    const bool complete = (copy->getName() || !getName()) && (copy->getRawParameterValue() || !getRawParameterValue());
+    return complete ? copy.release() : nullptr;
   });
 }
 

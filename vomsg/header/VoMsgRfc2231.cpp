@@ -63,17 +63,23 @@ bool isSmallerNumber(std::string_view a, std::string_view b) {
   return a.size() != b.size() ? a.size() < b.size() : a < b;
 }
 
-Rfc2231Pieces::Rfc2231Pieces(const ParameterList& parameters, std::string_view name) {
-  for (const auto& parameter : parameters) {
-    const std::string_view parameterName = viewOf(parameter->getName());
-    if (!isPieceOf(parameterName, name)) continue;
-    if (parameterName.size() == name.size() + 1) {
-      mPieces.assign(1, Piece{{}, parameter->getRawParameterValue(), true});
-      return;
-    }
-    const std::string_view number = pieceNumber(parameterName);
-    if (!number.empty()) mPieces.push_back({number, parameter->getRawParameterValue(), parameterName.back() == '*'});
+Rfc2231Pieces::Rfc2231Pieces(const ParameterList& parameters, std::string_view name) : mName(name) {
+  for (const auto& parameter : parameters) add(viewOf(parameter->getName()), parameter->getRawParameterValue());
+  sort();
+}
+
+void Rfc2231Pieces::add(std::string_view parameterName, const char* value) {
+  if (mIsWhole || !isPieceOf(parameterName, mName)) return;
+  if (parameterName.size() == mName.size() + 1) {
+    mPieces.assign(1, Piece{{}, value, true});
+    mIsWhole = true;
+    return;
   }
+  const std::string_view number = pieceNumber(parameterName);
+  if (!number.empty()) mPieces.push_back({number, value, parameterName.back() == '*'});
+}
+
+void Rfc2231Pieces::sort() {
   std::stable_sort(mPieces.begin(), mPieces.end(),
                    [](const Piece& a, const Piece& b) { return isSmallerNumber(a.number, b.number); });
   mPieces.erase(

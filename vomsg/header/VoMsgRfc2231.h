@@ -26,6 +26,10 @@ class Rfc2231Pieces {
  public:
   // `parameters` is borrowed and must not change meanwhile. Sorts once.
   Rfc2231Pieces(const ParameterList& parameters, std::string_view name);
+  // The same step by step: add() each parameter that may be a piece, in order, then sort(). All is borrowed.
+  explicit Rfc2231Pieces(std::string_view name) : mName(name) {}
+  void add(std::string_view parameterName, const char* value);
+  void sort();
 
   // Puts the value together. False when there is nothing. `charset` becomes what the first piece declares.
   bool assemble(std::string& text, std::string& charset) const;
@@ -39,6 +43,8 @@ class Rfc2231Pieces {
     const char* value;        // null without one
     bool isEncoded;
   };
+  std::string_view mName;
+  bool mIsWhole = false;  // `name*` was there
   std::vector<Piece> mPieces;
 };
 

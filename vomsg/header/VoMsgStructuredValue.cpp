@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/header/VoMsgRfc2231.h"
 
 namespace vomsg::detail {
 namespace {
@@ -263,6 +264,25 @@ void parseStructuredValue(StructuredValue& out, std::string_view text, int maxPa
       scanner.next();
     }
   }
+}
+
+bool findBoundary(const StructuredValue& type, std::string& boundary) {
+  const StructuredParameter* plain = nullptr;
+  Rfc2231Pieces pieces("boundary");
+  for (std::size_t i = 0; i < type.count; ++i) {
+    const StructuredParameter& parameter = type.parameters[i];
+    if (equalNoCase(parameter.name, "boundary"))
+      plain = &parameter;
+    else
+      pieces.add(parameter.name, parameter.value.c_str());
+  }
+  if (plain) {
+    boundary = plain->value;
+    return true;
+  }
+  pieces.sort();
+  std::string charset;
+  return pieces.assemble(boundary, charset);
 }
 
 bool sameStructuredValue(const StructuredValue& a, const StructuredValue& b) {

@@ -34,6 +34,10 @@ struct StructuredValue {
 // hold those blanks), and an empty quoted one is a double quote.
 void parseStructuredValue(StructuredValue& out, std::string_view text, int maxParameters);
 
+// The boundary of a multipart: the last plain one counts; pieces of one (RFC 2231) where there is none. False without
+// either.
+bool findBoundary(const StructuredValue& type, std::string& boundary);
+
 // The same main value (case does not count) and the same parameters: in order, names without case, values exactly.
 bool sameStructuredValue(const StructuredValue& a, const StructuredValue& b);
 

@@ -51,10 +51,12 @@ VoMsgUserAddress::VoMsgUserAddress(const char* raw)
 VoMsgUserAddress::~VoMsgUserAddress() = default;
 
 VoMsgUserAddress* VoMsgUserAddress::copy() const {
-  return guardedOr(static_cast<VoMsgUserAddress*>(nullptr), [&] {
+  return guardedOr(static_cast<VoMsgUserAddress*>(nullptr), [&]() -> VoMsgUserAddress* {
     auto copied = std::make_unique<VoMsgUserAddress>(getRawAddress());
     copied->_setDefaultCharset(getDefaultCharset());
-    return copied.release();
+    const bool complete =
+        (copied->getRawAddress() || !getRawAddress()) && (copied->getDefaultCharset() || !getDefaultCharset());
+    return complete ? copied.release() : nullptr;
   });
 }
 
