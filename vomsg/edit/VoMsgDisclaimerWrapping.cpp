@@ -161,8 +161,9 @@ std::unique_ptr<VoMsgEntityHeader> outerHeader(const VoMsgEntityHeader& inner, b
 
 // The message as it is now, in a resource of its own: its source in place when nobody edited it.
 VoErrorCode VoMsgRfc822Message::_copyOriginalMessage(std::unique_ptr<VoMsgResourceLocator>& original) {
-  if (VoMsgResourceLocator* const source = mSource.getObject(); source && !isModified()) {
-    original = std::make_unique<RangeResource>(mSource, 0, source->getSize(kData));
+  if (VoMsgResourceLocator* const source = mSource.getObject(); source && mMessageSource.getObject() && !isModified()) {
+    original =
+        std::make_unique<RangeResource>(mSource, mMessageSource.getObject()->wholeState(), 0, source->getSize(kData));
     return kVoSuccess;
   }
   original.reset(VoMsgResourceManager::createTmpResource(0));

@@ -84,7 +84,7 @@ std::unique_ptr<VoMsgResourceLocator> decodedBody(TransferEncoding encoding, Mes
                                                   std::uint32_t offset, std::uint32_t size) {
   if (encoding == TransferEncoding::identity) {
     const VoObjectStub<VoMsgResourceLocator>& whole = source.sharedResource();
-    return std::make_unique<RangeResource>(whole, offset, size);
+    return std::make_unique<RangeResource>(whole, source.wholeState(), offset, size);
   }
   VoMsgBufferedReader* const reader = source.openReader();
   if (!reader || !moveTo(*reader, offset)) return nullptr;
@@ -189,6 +189,11 @@ VoErrorCode scanEmbeddedBlocks(VoMsgRfc822Entity* part, MessageSource* source, T
 VoErrorCode scanEpilogue(VoMsgRfc822Entity* multipart, MessageSource* source, std::uint32_t offset, std::uint32_t size,
                          const MessagePlace& place) {
   return scan(*multipart, TransferEncoding::identity, *source, offset, size, {offset, size}, place);
+}
+
+MessageSource* embeddedSource(const VoMsgEntity& entity) {
+  const auto* const whole = dynamic_cast<const VoMsgMultiEmbededEntity*>(&entity);
+  return whole ? whole->textSource() : nullptr;
 }
 
 bool isEpilogueEntity(const VoMsgEntity* entity, std::uint32_t& offset, std::uint32_t& size) {

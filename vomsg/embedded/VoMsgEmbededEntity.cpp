@@ -14,6 +14,7 @@
 #include "vomsg/entity/VoMsgMailText.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
+#include "vomsg/entity/VoMsgTreeSources.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
@@ -260,20 +261,22 @@ const VoMsgResourceLocator* VoMsgEmbededEntity::_getTextContent(int& err, const 
 }
 
 const VoMsgResourceLocator* VoMsgEmbededEntity::getContent(int& err, const VoMsgResourceLocator* target) {
-  const VoMsgResourceLocator* const content = _getContent(err, target);
+  const VoMsgResourceLocator* const content = isTargetRefused(*this, target, err) ? nullptr : _getContent(err, target);
   VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }
 
 const VoMsgResourceLocator* VoMsgEmbededEntity::getRawContent(int& err, const VoMsgResourceLocator* target) {
-  const VoMsgResourceLocator* const content = _getRawContent(err, target);
+  const VoMsgResourceLocator* const content =
+      isTargetRefused(*this, target, err) ? nullptr : _getRawContent(err, target);
   VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }
 
 const VoMsgResourceLocator* VoMsgEmbededEntity::getTextContent(int& err, const VoMsgResourceLocator* target,
                                                                const char* charset) {
-  const VoMsgResourceLocator* const content = _getTextContent(err, target, charset);
+  const VoMsgResourceLocator* const content =
+      isTargetRefused(*this, target, err) ? nullptr : _getTextContent(err, target, charset);
   VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }

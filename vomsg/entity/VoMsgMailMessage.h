@@ -33,13 +33,20 @@ class VOMSG_API VoMsgMailMessage : public virtual VoMsgEntity {
 
   // An independent copy, yours; it may outlive this message. Null on failure.
   virtual VoMsgMailMessage* split() = 0;
-  // Reads the message in `source`, once per object. The resource is taken over: the message, its copies and what was
-  // parsed from it share it, and the last of them deletes it; it must come from new. After a failure the tree read
-  // so far stays usable and an unedited write still gives the source back.
+  // Reads the message in `source`, once per object. A message without a source takes the resource over, whatever the
+  // code: the message, its copies and what was parsed from it share it, and the last of them deletes it; it must come
+  // from new. Only a second call leaves its resource with the caller (kVoNoMemory). After a failure the tree read so
+  // far stays usable and an unedited write still gives the source back, or a code when it could not be read at all. The
+  // message remembers what the source looked like: a file's size, device, inode and time of last change, and of
+  // anything else the size. Once that differs, whatever would have to be read from the source fails with
+  // kVoReadFailed. A change that leaves the size alone, within one tick of the file system's clock, goes unnoticed.
   virtual VoErrorCode readFrom(VoMsgResourceLocator* source) = 0;
   virtual VoErrorCode readMailHeaderFrom(VoMsgResourceLocator* source) = 0;
   virtual VoErrorCode readMailBodyFrom(VoMsgResourceLocator* source) = 0;
-  // Writes the message to `target`, which must not be its own source (kVoBadArgument, nothing is touched).
+  // Writes the message to `target`, borrowed, which must not be a resource or a file that anything in the tree is read
+  // from (kVoBadArgument). kVoReadFailed: the source cannot be read, or is not what it was. In both cases the target is
+  // untouched; when the source turns out to have changed while it was copied (kVoReadFailed, too), or the target
+  // refuses a byte (kVoWriteFailed), it is left as written.
   virtual VoErrorCode writeTo(VoMsgResourceLocator* target) = 0;
   virtual VoMsgMailSessionInfo* getSessionInfo() = 0;
   virtual void setSessionInfo(VoMsgMailSessionInfo* info) = 0;  // borrowed
@@ -77,6 +84,7 @@ class VOMSG_API VoMsgMailMessage : public virtual VoMsgEntity {
   int mEndPosition = 0;
   VoUUID_t mUUID;
   char mUUIDString[37];
+  bool mSourceIsLost = false;  // what was handed over to be read could not be kept, or not be opened
   bool mCollectsAnomalies = false;  // as it was set when reading began
   std::unique_ptr<VoMsgAnomalyList> mpAnomalies;
 };

@@ -383,7 +383,8 @@ VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
   std::unique_ptr<VoMsgResourceLocator> content;
   if (mPlan.encoding == TransferEncoding::identity) {
     VoObjectStub<VoMsgResourceLocator> whole(mSource.getObject()->sharedResource());
-    content = std::make_unique<RangeResource>(whole, layoutOf(entity).bodyOffset, layoutOf(entity).bodySize);
+    content = std::make_unique<RangeResource>(whole, mSource.getObject()->wholeState(), layoutOf(entity).bodyOffset,
+                                              layoutOf(entity).bodySize);
   } else {
     const PositionKeeper keeper(mReader);
     if (!moveTo(mReader, layoutOf(entity).bodyOffset)) return kVoReadFailed;

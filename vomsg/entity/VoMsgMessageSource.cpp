@@ -1,10 +1,9 @@
 #include "vomsg/entity/VoMsgMessageSource.h"
 
-#include <sys/stat.h>
-
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
 
-#include "vomsg/foundation/VoMsgFileResource.h"
 #include "vomsg/foundation/VoMsgRangeResource.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
@@ -14,22 +13,62 @@ namespace {
 
 constexpr std::uint64_t kLargestSource = 0x7FFFFFFF;
 
-bool fileStatus(VoMsgResourceLocator* resource, struct stat& status) {
-  if (const auto* const range = dynamic_cast<RangeResource*>(resource)) resource = range->getWhole();
-  const auto* const file = dynamic_cast<VoMsgFileResource*>(resource);
-  const char* const path = file ? file->getFilePath(VoMsgResourceLocator::dataPart) : nullptr;
-  return path && stat(path, &status) == 0;
+// How many living sources read from files whose device and inode lead to a slot: no entry of its own for any of them,
+// so it takes neither memory nor a lock.
+constexpr unsigned kSlotBits = 10;
+std::atomic<std::uint32_t> gSourceFiles[std::size_t{1} << kSlotBits];
+
+std::atomic<std::uint32_t>& slotOf(const ResourceState& file) {
+  constexpr std::uint64_t kOddFraction = 0x9E3779B97F4A7C15;  // of 2^64 by the golden ratio: spreads neighbours
+  return gSourceFiles[((file.device * 31 + file.inode) * kOddFraction) >> (64 - kSlotBits)];
 }
 
 }  // namespace
 
 MessageSource::MessageSource(const VoObjectStub<VoMsgResourceLocator>& resource, int options)
     : mResource(resource), mOptions(options) {}
-MessageSource::~MessageSource() = default;
+
+MessageSource::MessageSource(const MessageSource& other)
+    : mResource(other.mResource), mState(other.mState), mOptions(other.mOptions) {
+  if (mState.kind == ResourceState::Kind::file) slotOf(mState).fetch_add(1, std::memory_order_relaxed);
+}
+
+MessageSource::~MessageSource() {
+  if (mState.kind == ResourceState::Kind::file) slotOf(mState).fetch_sub(1, std::memory_order_relaxed);
+}
 
 VoMsgBufferedReader* MessageSource::openReader() {
+  if (isOpen()) return mpReader.get();
   if (!mpReader && resource()) mpReader.reset(resource()->getInputStream(VoMsgResourceLocator::dataPart));
-  return isOpen() || (mpReader && mpReader->open()) ? mpReader.get() : nullptr;
+  if (!mpReader || !(mpReader->isOpen() || mpReader->open())) return nullptr;
+  if (isAsRead(*mpReader)) return mpReader.get();
+  closeReader();
+  return nullptr;
+}
+
+bool MessageSource::isAsRead(VoMsgBufferedReader& reader) {
+  if (const auto* const range = dynamic_cast<RangeResource*>(resource())) return range->isUnchanged(reader);
+  const ResourceState now = ResourceState::of(reader);
+  if (mState.isKnown()) return now == mState;
+  mState = now;
+  if (mState.kind == ResourceState::Kind::file) slotOf(mState).fetch_add(1, std::memory_order_relaxed);
+  return true;
+}
+
+bool MessageSource::isUnchanged() {
+  if (isOpen()) return isAsRead(*mpReader);
+  const OpenSource opened(this);
+  return opened.reader() != nullptr;
+}
+
+VoMsgResourceLocator* MessageSource::whole() const {
+  const auto* const range = dynamic_cast<RangeResource*>(resource());
+  return range ? range->getWhole() : resource();
+}
+
+const ResourceState& MessageSource::wholeState() const {
+  const auto* const range = dynamic_cast<RangeResource*>(resource());
+  return range ? range->wholeState() : mState;
 }
 
 // A closed file reader would keep its buffers, and a digest has as many sources as messages.
@@ -63,18 +102,9 @@ OpenSource::~OpenSource() {
   if (mpSource && !mWasOpen) mpSource->closeReader();
 }
 
-// Sizes are 32 bits wide, so the file is asked itself.
-bool isTooLarge(VoMsgResourceLocator* resource, VoMsgBufferedReader& reader) {
-  struct stat status;
-  if (fileStatus(resource, status)) return static_cast<std::uint64_t>(status.st_size) > kLargestSource;
-  return reader.getSize() > kLargestSource;
-}
+// Sizes are 32 bits wide, so a file is asked itself.
+bool isTooLarge(VoMsgBufferedReader& reader) { return ResourceState::of(reader).size > kLargestSource; }
 
-bool isSameFile(VoMsgResourceLocator* a, VoMsgResourceLocator* b) {
-  struct stat first;
-  struct stat second;
-  return fileStatus(a, first) && fileStatus(b, second) && first.st_dev == second.st_dev &&
-         first.st_ino == second.st_ino;
-}
+bool mayBeSource(const ResourceState& file) { return slotOf(file).load(std::memory_order_relaxed) != 0; }
 
 }  // namespace vomsg::detail

@@ -42,6 +42,10 @@ VoErrorCode scanEpilogue(VoMsgRfc822Entity* multipart, MessageSource* source, st
 // Whether `entity` is what scanEpilogue() made, and of which range.
 bool isEpilogueEntity(const VoMsgEntity* entity, std::uint32_t& offset, std::uint32_t& size);
 
+// What a TNEF message, or a text with blocks, is read from; null for entities of other kinds.
+MessageSource* tnefSource(const VoMsgEntity& entity);
+MessageSource* embeddedSource(const VoMsgEntity& entity);
+
 // A copy of a TNEF message or a multi-embedded entity with its subtree, for a copy of the message around it; yours.
 // Null on failure.
 VoMsgEntity* copyTnefTree(VoMsgEntity* from);

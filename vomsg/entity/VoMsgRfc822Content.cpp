@@ -17,6 +17,7 @@
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 #include "vomsg/entity/VoMsgSingleBody.h"
 #include "vomsg/entity/VoMsgTextCharset.h"
+#include "vomsg/entity/VoMsgTreeSources.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBoundaryTable.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
@@ -190,20 +191,22 @@ const VoMsgResourceLocator* VoMsgRfc822Entity::_getTextContent(int& err, const V
 }
 
 const VoMsgResourceLocator* VoMsgRfc822Entity::getContent(int& err, const VoMsgResourceLocator* target) {
-  const VoMsgResourceLocator* const content = _getContent(err, target);
+  const VoMsgResourceLocator* const content = isTargetRefused(*this, target, err) ? nullptr : _getContent(err, target);
   VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }
 
 const VoMsgResourceLocator* VoMsgRfc822Entity::getRawContent(int& err, const VoMsgResourceLocator* target) {
-  const VoMsgResourceLocator* const content = _getRawContent(err, target);
+  const VoMsgResourceLocator* const content =
+      isTargetRefused(*this, target, err) ? nullptr : _getRawContent(err, target);
   VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }
 
 const VoMsgResourceLocator* VoMsgRfc822Entity::getTextContent(int& err, const VoMsgResourceLocator* target,
                                                               const char* charset) {
-  const VoMsgResourceLocator* const content = _getTextContent(err, target, charset);
+  const VoMsgResourceLocator* const content =
+      isTargetRefused(*this, target, err) ? nullptr : _getTextContent(err, target, charset);
   VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
   return content;
 }

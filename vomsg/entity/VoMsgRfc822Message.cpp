@@ -11,6 +11,7 @@
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgNestedContent.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
+#include "vomsg/entity/VoMsgTreeSources.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
@@ -73,13 +74,16 @@ VoErrorCode VoMsgRfc822Message::_beginReading(VoMsgResourceLocator* source, cons
     mMessageSource.adopt(std::make_unique<MessageSource>(mSource, place.options));
     return kVoSuccess;
   });
-  if (voFailed(code)) {
+  mSourceIsLost = voFailed(code);
+  if (mSourceIsLost) {
+    mSource.free();
     diagnoseReading(0, __LINE__, tag, "parse error. (can not allocate memory)");
     return kVoNoMemory;
   }
   MessageSource* const opened = mMessageSource.getObject();
   auto* const reader = guardedOr<VoMsgBufferedReader*>(nullptr, [opened] { return opened->openReader(); });
-  if (reader && !isTooLarge(source, *reader)) return kVoSuccess;
+  if (reader && !isTooLarge(*reader)) return kVoSuccess;
+  mSourceIsLost = true;
   opened->closeReader();
   diagnoseReading(0, __LINE__, tag, "parse error. (can not read message)");
   return kVoReadFailed;
@@ -131,39 +135,46 @@ VoErrorCode VoMsgRfc822Message::_readEntityBodyPart(VoMsgEntity* entity, VoMsgBo
 // ---- writing
 
 VoErrorCode VoMsgRfc822Message::writeTo(VoMsgResourceLocator* target) {
-  const char* const tag = _getUUIDString();
-  if (!target) return VO_LOGGED(tag, kVoBadArgument);
-  VoMsgResourceLocator* const source = mSource.getObject();
-  if (source && (source->equal(target) || isSameFile(source, target))) {
-    VO_LOG(9, tag, "The argument of ResourceLocator is same as message source file.");
+  if (!target) return VO_LOGGED(_getUUIDString(), kVoBadArgument);
+  if (readsFrom(*this, *target)) {
+    VO_LOG(9, _getUUIDString(), "The argument of ResourceLocator is same as message source file.");
     return kVoBadArgument;
   }
+  const char* line = nullptr;  // what the log shall say, where the step that failed has not said it
   const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    const OpenSource source(mMessageSource.getObject());  // open from the first look at it to the last
+    line = "can not access original mail message.";
+    if (isUnreadable(source.reader()) || !sourcesAreUnchanged(*this)) return kVoReadFailed;
+    line = "mail message write error.";
     const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(kData));
-    if (!writer) {
-      voMsgDiagnosticLog(0, kLogSource, "writeTo", __LINE__, tag, "mail message write error.");
-      return kVoWriteFailed;
-    }
-    return _writeToResource(writer.get());
+    if (!writer) return kVoWriteFailed;
+    const VoErrorCode written = _writeToResource(writer.get());
+    line = voFailed(written) ? nullptr : "can not access original mail message.";
+    return voFailed(written) || sourcesAreUnchanged(*this) ? written : kVoReadFailed;
   });
-  return VO_LOGGED(tag, code);
+  if (voFailed(code) && line) VO_DIAGNOSTIC(0, _getUUIDString(), "%s", line);
+  return code;
+}
+
+// Whether the source could not be read once, or cannot be read now.
+bool VoMsgRfc822Message::isUnreadable(const VoMsgBufferedReader* reader) const {
+  return mSourceIsLost || (mMessageSource.getObject() && (!reader || !mLayout.hasHeaderRange));
 }
 
 VoErrorCode VoMsgRfc822Message::_writeToResource(VoMsgBufferedWriter* writer) {
-  const char* const tag = _getUUIDString();
-  if (!writer) return VO_LOGGED(tag, kVoBadArgument);
-  VO_DIAGNOSTIC(2, tag, mSource.getObject() ? "writing back message." : "writing new composed message.");
+  if (!writer) return VO_LOGGED(_getUUIDString(), kVoBadArgument);
+  VO_DIAGNOSTIC(2, _getUUIDString(), mSource.getObject() ? "writing back message." : "writing new composed message.");
   const OpenSource source(mMessageSource.getObject());
-  if (mMessageSource.getObject() && (!source.reader() || !mLayout.hasHeaderRange)) {  // or it could not be read before
-    VO_DIAGNOSTIC(0, tag, "can not access original mail message.");
+  if (isUnreadable(source.reader())) {
+    VO_DIAGNOSTIC(0, _getUUIDString(), "can not access original mail message.");
     return kVoReadFailed;
   }
   const VoErrorCode code = VoMsgRfc822Entity::_writeToResource(writer);
   if (voFailed(code)) {
-    VO_DIAGNOSTIC(0, tag, "mail message write error.");
+    VO_DIAGNOSTIC(0, _getUUIDString(), "mail message write error.");
     return code;
   }
-  VO_DIAGNOSTIC(2, tag, "finished writing message.");
+  VO_DIAGNOSTIC(2, _getUUIDString(), "finished writing message.");
   return kVoSuccess;
 }
 
@@ -192,6 +203,7 @@ VoErrorCode VoMsgRfc822Message::copy(VoMsgEntity* from) {
   if (!other) return kVoSuccess;
   mSource = other->mSource;
   mEndPosition = other->mEndPosition;
+  mSourceIsLost = other->mSourceIsLost;
   return kVoSuccess;
 }
 

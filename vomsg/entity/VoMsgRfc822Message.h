@@ -81,6 +81,7 @@ class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822
   VoErrorCode _beginReading(VoMsgResourceLocator* source, const vomsg::detail::MessagePlace& place);
   VoErrorCode _endReading(VoErrorCode code, const vomsg::detail::MessagePlace& place);
 
+  bool isUnreadable(const VoMsgBufferedReader* reader) const;
   VoErrorCode _insertDiscMsgToText(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,
                                    const char* srcCharset, const char* preferCharset);
   VoErrorCode _insertDiscMsgToHTML(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer,

@@ -12,7 +12,6 @@ struct TreeAccess {
   // Destroys the child behind `before`, null for the first one; false when there is none.
   static bool removeAfter(VoMsgEntity* parent, VoMsgEntity* before) { return parent->_removeChildAfter(before); }
   static void freeTree(VoMsgEntity* parent) { parent->_freeTree(); }
-  static VoMsgEntity* lastChild(VoMsgEntity* parent) { return parent->mpLastChild; }
   // Hands all children of `from` to `to`, which has none.
   static void moveChildren(VoMsgEntity* from, VoMsgEntity* to);
 };

@@ -24,6 +24,7 @@ class VOMSG_API VoMsgFileReader : public VoMsgBufferedReader {
   void unlink();  // closes and removes the file
 
  private:
+  friend class vomsg::detail::ReaderWindow;
   std::uint64_t position() const;
   bool refillAt(std::int64_t target);
 

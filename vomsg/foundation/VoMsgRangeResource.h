@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "vomsg/foundation/VoMsgResourceLocator.h"
+#include "vomsg/foundation/VoMsgResourceState.h"
 #include "vomsg/foundation/VoObjectStub.h"
 
 namespace vomsg::detail {
@@ -12,8 +13,10 @@ class RangeResource : public VoMsgResourceLocator {
  public:
   static constexpr int kResourceType = 3;  // neither a whole file nor a whole block
 
-  // [offset, offset + size) of `whole`, which it shares; the range must lie inside.
-  RangeResource(const VoObjectStub<VoMsgResourceLocator>& whole, std::uint32_t offset, std::uint32_t size);
+  // [offset, offset + size) of `whole`, which it shares; the range must lie inside. `state` is that of the whole when
+  // the range was cut: once the whole has changed, the range cannot be read any more. Unknown: it is not compared.
+  RangeResource(const VoObjectStub<VoMsgResourceLocator>& whole, const ResourceState& state, std::uint32_t offset,
+                std::uint32_t size);
   ~RangeResource() override;
   int getResourceType() const override;
   VoMsgBufferedReader* getInputStream(VoMsgResourceDataType type) const override;
@@ -21,10 +24,14 @@ class RangeResource : public VoMsgResourceLocator {
   bool equal(VoMsgResourceLocator* other) const override;                           // true for the whole, too
   unsigned getSize(VoMsgResourceDataType type) const override;
   bool hasResourceFork() const override;
+  // Whether the whole still is what it was, asked through `reader`, an open one that this range gave.
+  bool isUnchanged(VoMsgBufferedReader& reader) const;
+  const ResourceState& wholeState() const { return mState; }
   VoMsgResourceLocator* getWhole() const { return mWhole.getObject(); }  // borrowed; never a range itself
 
  private:
   VoObjectStub<VoMsgResourceLocator> mWhole;
+  ResourceState mState;
   std::uint32_t mOffset;
   std::uint32_t mSize;
 };

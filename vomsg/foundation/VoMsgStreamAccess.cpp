@@ -5,6 +5,7 @@
 #include <typeinfo>
 
 #include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgFileReader.h"
 #include "vomsg/foundation/VoMsgFileWriter.h"
 #include "vomsg/foundation/VoMsgLineWalk.h"
 #include "vomsg/foundation/VoMsgMemoryWriter.h"
@@ -26,6 +27,8 @@ bool ReaderWindow::moveWithin(VoMsgBufferedReader& reader, std::int64_t delta) {
   reader.mpCurrent += delta;
   return true;
 }
+
+int ReaderWindow::descriptor(const VoMsgFileReader& reader) { return reader.mFile; }
 
 bool WriterAccess::writeThrough(VoMsgBufferedWriter& writer, const char* data, std::uint64_t n) {
   if (n >= writer.mBufferSize && writer.mpBuffer) {

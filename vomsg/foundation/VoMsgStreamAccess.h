@@ -11,6 +11,7 @@
 
 class VoMsgBufferedReader;
 class VoMsgBufferedWriter;
+class VoMsgFileReader;
 
 namespace vomsg::detail {
 
@@ -25,6 +26,8 @@ class ReaderWindow {
   static bool fill(VoMsgBufferedReader& reader);
   // Moves by `delta` when that stays inside the buffer, its end included; false, with nothing moved, otherwise.
   static bool moveWithin(VoMsgBufferedReader& reader, std::int64_t delta);
+  // The descriptor of an open file; -1 when it is closed.
+  static int descriptor(const VoMsgFileReader& reader);
 };
 
 class WriterAccess {

@@ -7,6 +7,7 @@
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
+#include "vomsg/entity/VoMsgTreeSources.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
@@ -219,7 +220,8 @@ const VoMsgResourceLocator* VoMsgTnefEntity::_getTextContent(int& err, const VoM
 }
 
 const VoMsgResourceLocator* VoMsgTnefEntity::_getContent(int& err, const VoMsgResourceLocator* target) {
-  const VoErrorCode code = guarded([&] { return fetchContent(target); });
+  const VoErrorCode code =
+      target && readsFrom(*this, *target) ? kVoBadArgument : guarded([&] { return fetchContent(target); });
   if (voFailed(code)) VO_LOG(1, _getUUIDString(), "No content (error code:%x).", code);
   err = static_cast<int>(code);
   return voFailed(code) ? nullptr : target;

@@ -12,6 +12,7 @@
 #include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgNestedContent.h"
 #include "vomsg/entity/VoMsgTreeAccess.h"
+#include "vomsg/entity/VoMsgTreeSources.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
@@ -80,8 +81,10 @@ VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source, const Messa
     mMessageSource.adopt(std::make_unique<MessageSource>(mSource, place.options));
     return kVoSuccess;
   });
+  if (voFailed(taken)) mSource.free();
   const OpenSource opened(mMessageSource.getObject());
-  if (voFailed(taken) || !opened.reader() || isTooLarge(source, *opened.reader())) {
+  mSourceIsLost = voFailed(taken) || !opened.reader() || isTooLarge(*opened.reader());
+  if (mSourceIsLost) {
     VO_DIAGNOSTIC(0, place.tag, "parse error. (can not read message)");
     return voFailed(taken) ? taken : kVoReadFailed;
   }
@@ -237,25 +240,32 @@ VoErrorCode VoMsgTnefMessage::writeTo(VoMsgResourceLocator* target) {
     VO_DIAGNOSTIC(0, _getUUIDString(), "There is no resource to write to.");
     return kVoBadArgument;
   }
-  VoMsgResourceLocator* const own = mSource.getObject();
-  if (own && (own->equal(target) || isSameFile(own, target))) {
+  if (readsFrom(*this, *target)) {
     VO_LOG(9, _getUUIDString(), "The argument of ResourceLocator is same as message source file.");
     return kVoBadArgument;
   }
-  const OpenSource source(mMessageSource.getObject());
-  if (!source.reader()) {
-    VO_DIAGNOSTIC(0, _getUUIDString(), "can not access original mail message.");
-    return kVoReadFailed;
-  }
-  const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
-  VoErrorCode code = kVoWriteFailed;
-  if (writer) {
+  const char* line = nullptr;  // what the log shall say
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
+    const OpenSource source(mMessageSource.getObject());  // open from the first look at it to the last
+    line = "can not access original mail message.";
+    if (mSourceIsLost || !source.reader() || !sourcesAreUnchanged(*this)) return kVoReadFailed;
+    line = "mail message write error.";
+    const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
+    if (!writer) return kVoWriteFailed;
     WriterAccess::expect(*writer, mStreamSize);
-    code = _writeToResource(writer.get());
-    if (!voFailed(code) && !writer->flush()) code = kVoWriteFailed;
-  }
-  if (voFailed(code)) VO_DIAGNOSTIC(0, _getUUIDString(), "mail message write error. (error code:%x)", code);
+    const VoErrorCode written = _writeToResource(writer.get());
+    if (voFailed(written)) return written;
+    if (!writer->flush()) return kVoWriteFailed;
+    line = "can not access original mail message.";
+    return sourcesAreUnchanged(*this) ? kVoSuccess : kVoReadFailed;
+  });
+  if (voFailed(code)) VO_DIAGNOSTIC(0, _getUUIDString(), "%s", line);
   return code;
+}
+
+MessageSource* vomsg::detail::tnefSource(const VoMsgEntity& entity) {
+  const auto* const message = dynamic_cast<const VoMsgTnefMessage*>(&entity);
+  return message ? message->messageSource() : nullptr;
 }
 
 VoErrorCode VoMsgTnefMessage::_writeToResource(VoMsgBufferedWriter* writer) {
@@ -367,9 +377,8 @@ VoErrorCode VoMsgTnefMessage::copy(VoMsgEntity* from) {
   if (mSource.getObject()) return kVoNoMemory;
   return guarded([&] {
     shareSource(*other, 0, 0);
-    const MessageSource* const source = other->mMessageSource.getObject();
-    const int options = source ? source->options() : VoMsgExtraOption;
-    if (mSource.getObject()) mMessageSource.adopt(std::make_unique<MessageSource>(mSource, options));
+    if (const MessageSource* const source = other->mMessageSource.getObject())
+      mMessageSource.adopt(std::make_unique<MessageSource>(*source));
     return copyStream(*other);
   });
 }

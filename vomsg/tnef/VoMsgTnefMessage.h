@@ -31,13 +31,13 @@ class VOMSG_API VoMsgTnefMessage : public VoMsgMailMessage, public VoMsgTnefEnti
   bool isMultipartEntity() const override;  // always
 
   VoMsgMailMessage* split() override;
-  // kVoBadArgument: null; kVoNoMemory: the message has a source already; kVoReadFailed: it cannot be read; else the
-  // codes of _parse.
+  // kVoBadArgument: null; kVoNoMemory: the message has a source already, and the caller keeps this one; kVoReadFailed:
+  // it cannot be read; else the codes of _parse.
   VoErrorCode readFrom(VoMsgResourceLocator* source) override;
   VoErrorCode readMailHeaderFrom(VoMsgResourceLocator* source) override;  // kVoNotSupported
   VoErrorCode readMailBodyFrom(VoMsgResourceLocator* source) override;    // kVoNotSupported
-  // An unmodified message is written as the bytes it was read from. kVoBadArgument: null, or the own source, before
-  // anything is opened; kVoReadFailed: the source cannot be read; kVoWriteFailed.
+  // An unmodified message is written as the bytes it was read from. kVoBadArgument: null, or something that the tree is
+  // read from, before anything is opened; kVoReadFailed: the source cannot be read or has changed; kVoWriteFailed.
   VoErrorCode writeTo(VoMsgResourceLocator* target) override;
   VoMsgMailSessionInfo* getSessionInfo() override;
   void setSessionInfo(VoMsgMailSessionInfo* info) override;
@@ -54,6 +54,7 @@ class VOMSG_API VoMsgTnefMessage : public VoMsgMailMessage, public VoMsgTnefEnti
   VoErrorCode copy(VoMsgEntity* from) override;
   VoErrorCode _copyMessage(VoMsgEntity* from);  // the whole tree of `from` becomes this message's
   VoMsgBufferedReader* getContextSource(int& err) override;
+  vomsg::detail::MessageSource* messageSource() const { return mMessageSource.getObject(); }
   VoErrorCode _writeToResource(VoMsgBufferedWriter* writer) override;
   VoErrorCode _writeEntityToResource(VoMsgEntity* entity, VoMsgBufferedWriter* writer) override;
   void dumpEntityInf(std::FILE* out) override;
