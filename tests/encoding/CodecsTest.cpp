@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/Inputs.h"
 #include "tests/support/MessageFixture.h"
 #include "tests/support/Tools.h"
@@ -164,7 +165,8 @@ TEST(Codecs, AgreeWithIndependentTools) {
 
 TEST(Codecs, ReportWhatTheyCannotUse) {
   std::mt19937 random(1);
-  VoMsgFileResource missing("/nowhere/file", nullptr, nullptr), full("/dev/full", nullptr, nullptr);
+  const ScratchDirectory scratch;
+  VoMsgFileResource missing("/nowhere/file", nullptr, nullptr), full(scratch.file("full").c_str(), nullptr, nullptr);
   std::vector<Codec> codecs(std::begin(kCodecs), std::end(kCodecs));
   codecs.push_back({nullptr, voDecodeLZFu, randomBytes, "rtf", nullptr, nullptr});
   codecs.push_back({voEncodeHexChar, decodeHex, randomBytes, "hex", nullptr, nullptr});
@@ -175,6 +177,7 @@ TEST(Codecs, ReportWhatTheyCannotUse) {
     const std::string text = codec.encode ? encoded(codec, content) : content;
     const long size = static_cast<long>(text.size());
     for (VoMsgFileResource* target : {&full, &missing}) {
+      const FileSizeLimit limit(0);
       WindowReader reader(text, 4096);
       const VoErrorCode hexCode = target == &full ? kVoDecodeFailed : kVoNoMemory;
       EXPECT_EQ(codec.decode(target, &reader, size), isHex ? hexCode : kVoWriteFailed);

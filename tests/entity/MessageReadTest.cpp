@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/MessageFixture.h"
 #include "tests/support/RememberingLog.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
@@ -182,17 +183,17 @@ TEST(MessageRead, TagsAndReportsWhatHappens) {
   EXPECT_EQ(log.count("Resource of this message object has already existed."), 1);
 }
 
-// While it lives, neither memory nor a file is left for temporary data.
+// While it lives, neither memory nor a file takes temporary data.
 class NoTemporaryRoom {
  public:
   NoTemporaryRoom() {
-    VoMsgResourceManager::setTmpDirPath("/nonexistent/for/sure");
-    for (unsigned size = VoMsgResourceManager::getMaxMemoryResourceSize(); size > 0; size /= 2)
-      while (auto* const held = VoMsgResourceManager::createTmpResource(size)) mHeld.emplace_back(held);
+    for (unsigned size = VoMsgResourceManager::getMaxMemoryResourceSize(); size > 0; size /= 2) do
+        mHeld.emplace_back(VoMsgResourceManager::createTmpResource(size));
+      while (mHeld.back()->getResourceType() == VoMsgResourceLocator::memory);
   }
-  ~NoTemporaryRoom() { VoMsgResourceManager::setTmpDirPath(nullptr); }
 
  private:
+  const FileSizeLimit mLimit{0};
   std::vector<std::unique_ptr<VoMsgResourceLocator>> mHeld;  // zero pages, never touched
 };
 

@@ -2,12 +2,11 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cerrno>
-#include <csignal>
 #include <vector>
 
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/Inputs.h"
 #include "tests/support/RememberingLog.h"
 #include "tests/support/Tools.h"
@@ -20,6 +19,7 @@
 namespace {
 
 using vomsg::detail::WriterAccess;
+using vomsg::test::FileSizeLimit;
 using vomsg::test::LimitedWriter;
 using vomsg::test::readFile;
 using vomsg::test::ScratchDirectory;
@@ -96,10 +96,12 @@ TEST(VoMsgFileWriter, ReportsFailuresAndLogsThem) {
   EXPECT_EQ(log.count("Can not open file [/nonexistent/file].(system error code = " + std::to_string(ENOENT) + ")"), 1);
   EXPECT_FALSE(VoMsgFileWriter(nullptr, 0).open());
   {
-    VoMsgFileWriter full("/dev/full", 4);
+    const ScratchDirectory dir;
+    const FileSizeLimit limit(0);
+    VoMsgFileWriter full(dir.file("full").c_str(), 4);
     ASSERT_TRUE(full.open());
     EXPECT_FALSE(put(full, "123456"));
-    EXPECT_EQ(log.count("Fail to write data to file. System error code is " + std::to_string(ENOSPC)), 1);
+    EXPECT_EQ(log.count("Fail to write data to file. System error code is " + std::to_string(EFBIG)), 1);
     EXPECT_FALSE(full.flush());
     EXPECT_FALSE(full.close());
     EXPECT_TRUE(full.isOpen());
@@ -110,16 +112,12 @@ TEST(VoMsgFileWriter, ReportsFailuresAndLogsThem) {
 
 TEST(VoMsgFileWriter, ResumesWhereAPartialWriteStopped) {
   const ScratchDirectory dir;
-  const auto before = std::signal(SIGXFSZ, SIG_IGN);
-  rlimit usual;
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &usual), 0);
-  const rlimit tight{10, usual.rlim_max};
   VoMsgFileWriter writer(dir.file("file").c_str(), 16);
   ASSERT_TRUE(writer.open());
-  setrlimit(RLIMIT_FSIZE, &tight);
-  EXPECT_FALSE(put(writer, "0123456789abcdef"));
-  setrlimit(RLIMIT_FSIZE, &usual);
-  std::signal(SIGXFSZ, before);
+  {
+    const FileSizeLimit limit(10);
+    EXPECT_FALSE(put(writer, "0123456789abcdef"));
+  }
   EXPECT_TRUE(writer.open());  // already open: nothing is truncated
   EXPECT_TRUE(writer.close());
   EXPECT_EQ(readFile(dir.file("file")), "0123456789abcdef");

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstddef>
 #include <cstdio>
+#include <cstring>
 
 #include "tests/support/RememberingLog.h"
 #include "vomsg/foundation/VoMsgStandAloneLog.h"
@@ -28,6 +30,21 @@ TEST(VoMsgLog, ComposesProcessTagAndText) {
   EXPECT_EQ(log.debug[1].text, prefix() + " text");
   EXPECT_EQ(log.debug[2].text, (prefix() + longText).substr(0, 1022));
   EXPECT_TRUE(log.warnError.empty());
+}
+
+// The place of a virtual operation in its class's table, which is what a pointer to it holds.
+template <class Operation>
+std::ptrdiff_t slotOf(Operation operation) {
+  std::ptrdiff_t raw;
+  std::memcpy(&raw, &operation, sizeof raw);
+  return (raw - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+}
+
+TEST(VoIntLog, HasTheSlotsThatHostsFill) {
+  EXPECT_EQ(slotOf(&VoIntLog::isEnabled), 0);
+  EXPECT_EQ(slotOf(&VoIntLog::getLogLevel), 1);
+  EXPECT_EQ(slotOf(&VoIntLog::writeDebugEntry), 2);
+  EXPECT_EQ(slotOf(&VoIntLog::writeWarnErrorEntry), 3);
 }
 
 TEST(VoMsgLog, RoutesDiagnosticsByLevel) {

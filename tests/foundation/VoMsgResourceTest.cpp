@@ -219,11 +219,16 @@ TEST(VoMsgResourceManager, NamesAreFreshAndTakeNothingFromSeedOrEnvironment) {
   const TempFolder folder;
   const RememberingLog log;
   Manager::setTmpDirPath(folder.file("missing").c_str());
-  EXPECT_EQ(Manager::createTmpResource(0), nullptr);
-  EXPECT_EQ(log.count("********* GetTempFileName error ********"), 1);
-  EXPECT_EQ(log.debug.back().level, 9u);
-  VoMsgFileResource file(folder.file("data").c_str(), nullptr, nullptr);
-  EXPECT_FALSE(fill(file, Locator::resourceForkPart, "") || file.hasResourceFork());
+  const vomsg::detail::CString instead(Manager::createTmpFilePath());
+  ASSERT_TRUE(instead);
+  EXPECT_EQ(std::string(instead.get()).rfind(P_tmpdir "/VOMSG_", 0), 0u);
+  ASSERT_EQ(log.warnError.size(), 1u);
+  EXPECT_EQ(log.warnError[0].level, 0u);
+  EXPECT_NE(log.warnError[0].text.find("missing"), std::string::npos);
+  const std::unique_ptr<Locator> resource(Manager::createTmpResource(0));
+  ASSERT_TRUE(resource && fill(*resource, Locator::dataPart, "x"));
+  const char* const path = static_cast<VoMsgFileResource&>(*resource).getFilePath(Locator::dataPart);
+  EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0600));
 }
 
 TEST(VoObjectStub, TheLastHandleDeletes) {

@@ -8,7 +8,7 @@
 
 namespace vomsg::test {
 
-class RememberingLog : public VoIntLog {
+class RememberingLog final : public VoIntLog {
  public:
   struct Line {
     unsigned level;
@@ -19,7 +19,7 @@ class RememberingLog : public VoIntLog {
   };
 
   RememberingLog();  // installs itself
-  ~RememberingLog() override;
+  ~RememberingLog();
 
   bool isEnabled(VoModuleID module) override { return module == 1 && enabled; }
   unsigned getLogLevel() override { return level; }

@@ -1,5 +1,6 @@
 #include "vomsg/entity/VoMsgEntity.h"
 
+#include <atomic>
 #include <string>
 #include <string_view>
 
@@ -13,7 +14,7 @@ namespace {
 
 using namespace vomsg::detail;
 
-std::uint32_t gLastEntityID = 0;
+std::atomic<std::uint32_t> gLastEntityID = 0;
 
 unsigned addressBits(const void* pointer) { return static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(pointer)); }
 

@@ -56,10 +56,8 @@ class OpenSource {
   OpenSource(const OpenSource&) = delete;
   OpenSource& operator=(const OpenSource&) = delete;
   VoMsgBufferedReader* reader() const { return mpReader; }
-  // What the reader reads; null without a source.
-  const VoObjectStub<VoMsgResourceLocator>* resource() const {
-    return mpSource ? &mpSource->sharedResource() : nullptr;
-  }
+  // What the reader reads; may be null.
+  const MessageSource* source() const { return mpSource; }
 
  private:
   MessageSource* mpSource;

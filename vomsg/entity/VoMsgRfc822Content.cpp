@@ -144,7 +144,7 @@ const VoMsgResourceLocator* VoMsgRfc822Entity::_getContent(int& err, const VoMsg
     VoMsgSingleBody* const body = isMultipartEntity() ? nullptr : _singleBody();
     if (!body) return kVoNoContent;
     const OpenSource source(mMessageSource.getObject());
-    return body->getContent(source.reader(), source.resource(), getEncoding(), content);
+    return body->getContent(source.reader(), source.source(), getEncoding(), content);
   });
   err = static_cast<int>(code);
   return voFailed(code) ? nullptr : content;
@@ -156,7 +156,7 @@ const VoMsgResourceLocator* VoMsgRfc822Entity::_getRawContent(int& err, const Vo
     VoMsgSingleBody* const body = isMultipartEntity() ? nullptr : _singleBody();
     if (!body) return kVoNoContent;
     const OpenSource source(mMessageSource.getObject());
-    return body->getRawContent(source.reader(), source.resource(), content);
+    return body->getRawContent(source.reader(), source.source(), content);
   });
   err = static_cast<int>(code);
   return voFailed(code) ? nullptr : content;

@@ -22,6 +22,7 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgKeyedHash.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
+#include "vomsg/foundation/VoMsgRandomDraws.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/foundation/VoMsgTreeEpoch.h"
 #include "vomsg/header/VoMsgHeaderField.h"
@@ -68,10 +69,10 @@ void findDelimiters(VoMsgBufferedReader* reader, std::uint64_t begin, std::uint6
 
 // Fills `buffer` with a boundary of length - 1 characters and a NUL.
 void VoMsgRfc822Entity::_createBoundary(char* buffer, unsigned length) {
+  RandomDraws random;
   for (unsigned i = 0; i + 1 < length; ++i)
-    buffer[i] = i < kBoundaryStart.size()
-                    ? kBoundaryStart[i]
-                    : kBoundaryCharacters[static_cast<unsigned long>(lrand48()) % (sizeof kBoundaryCharacters - 1)];
+    buffer[i] = i < kBoundaryStart.size() ? kBoundaryStart[i]
+                                          : kBoundaryCharacters[random.next() % (sizeof kBoundaryCharacters - 1)];
   if (length > 0) buffer[length - 1] = '\0';
 }
 

@@ -1,6 +1,7 @@
 #include "vomsg/entity/VoMsgSingleBody.h"
 
 #include "vomsg/encoding/VoMsgTransferEncoding.h"
+#include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
@@ -50,9 +51,8 @@ VoErrorCode VoMsgSingleBody::withEncodedBytes(VoMsgBufferedReader* reader, Sink&
   return sink(*reader, static_cast<std::uint32_t>(mBodySize));
 }
 
-VoErrorCode VoMsgSingleBody::fetch(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
-                                   TransferEncoding encoding, std::unique_ptr<VoMsgResourceLocator>& kept,
-                                   const VoMsgResourceLocator*& resource) {
+VoErrorCode VoMsgSingleBody::fetch(VoMsgBufferedReader* reader, const MessageSource* whole, TransferEncoding encoding,
+                                   std::unique_ptr<VoMsgResourceLocator>& kept, const VoMsgResourceLocator*& resource) {
   if (kept) {
     if (resource) return copyResource(*kept, *resource);
     resource = kept.get();
@@ -66,7 +66,8 @@ VoErrorCode VoMsgSingleBody::fetch(VoMsgBufferedReader* reader, const VoObjectSt
     }
     if (whole && !mpNewContent && encoding == TransferEncoding::identity) {
       if (std::uint64_t{length} > source.getSize() - std::uint64_t{source.getOffset()}) return kVoReadFailed;
-      kept = std::make_unique<RangeResource>(*whole, static_cast<std::uint32_t>(mBodyOffset), length);
+      kept = std::make_unique<RangeResource>(whole->sharedResource(), whole->wholeState(),
+                                             static_cast<std::uint32_t>(mBodyOffset), length);
       resource = kept.get();
       return kVoSuccess;
     }
@@ -90,12 +91,12 @@ VoErrorCode VoMsgSingleBody::getRawContent(VoMsgBufferedReader* reader, const Vo
   return getRawContent(reader, nullptr, resource);
 }
 
-VoErrorCode VoMsgSingleBody::getContent(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
-                                        const char* encoding, const VoMsgResourceLocator*& resource) {
+VoErrorCode VoMsgSingleBody::getContent(VoMsgBufferedReader* reader, const MessageSource* whole, const char* encoding,
+                                        const VoMsgResourceLocator*& resource) {
   return guarded([&] { return fetch(reader, whole, transferEncodingOf(encoding), mpDecoded, resource); });
 }
 
-VoErrorCode VoMsgSingleBody::getRawContent(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
+VoErrorCode VoMsgSingleBody::getRawContent(VoMsgBufferedReader* reader, const MessageSource* whole,
                                            const VoMsgResourceLocator*& resource) {
   return guarded([&] { return fetch(reader, whole, TransferEncoding::identity, mpRaw, resource); });
 }

@@ -11,8 +11,9 @@
 
 class VoMsgBufferedReader;
 namespace vomsg::detail {
+class MessageSource;
 enum class TransferEncoding : std::uint8_t;
-}
+}  // namespace vomsg::detail
 
 class VOMSG_API VoMsgSingleBody : public VoMsgEntityBody {
  public:
@@ -29,9 +30,9 @@ class VOMSG_API VoMsgSingleBody : public VoMsgEntityBody {
   VoErrorCode getRawContent(VoMsgBufferedReader* reader, const VoMsgResourceLocator*& resource);
   // The same; where nothing is encoded, what the body keeps is a range of `whole` (may be null), which `reader` reads,
   // instead of a copy.
-  VoErrorCode getContent(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
-                         const char* encoding, const VoMsgResourceLocator*& resource);
-  VoErrorCode getRawContent(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
+  VoErrorCode getContent(VoMsgBufferedReader* reader, const vomsg::detail::MessageSource* whole, const char* encoding,
+                         const VoMsgResourceLocator*& resource);
+  VoErrorCode getRawContent(VoMsgBufferedReader* reader, const vomsg::detail::MessageSource* whole,
                             const VoMsgResourceLocator*& resource);
   // Bytes of the decoded content, counted without keeping them.
   VoErrorCode countContent(VoMsgBufferedReader* reader, const char* encoding, unsigned& size);
@@ -50,7 +51,7 @@ class VOMSG_API VoMsgSingleBody : public VoMsgEntityBody {
  private:
   template <class Sink>
   VoErrorCode withEncodedBytes(VoMsgBufferedReader* reader, Sink&& sink) const;
-  VoErrorCode fetch(VoMsgBufferedReader* reader, const VoObjectStub<VoMsgResourceLocator>* whole,
+  VoErrorCode fetch(VoMsgBufferedReader* reader, const vomsg::detail::MessageSource* whole,
                     vomsg::detail::TransferEncoding encoding, std::unique_ptr<VoMsgResourceLocator>& kept,
                     const VoMsgResourceLocator*& resource);
 

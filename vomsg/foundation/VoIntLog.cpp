@@ -17,8 +17,6 @@ constinit VoIntLog* gpHostLog = nullptr;
 
 }  // namespace
 
-VoIntLog::~VoIntLog() = default;
-
 // Weak, so that a host that links these objects statically may bring its own; in the shared library the host's
 // definition takes precedence by the ordinary order of symbol look-up.
 __attribute__((weak)) VoIntLog* grGetLog() { return gpHostLog ? gpHostLog : &gStandAlone.log; }

@@ -6,9 +6,10 @@
 using VoModuleID = unsigned int;
 inline constexpr VoModuleID kVoModule = 1;  // the module that the library logs as
 
+// Implemented by the host, whose table of virtual operations holds these four and nothing before them; so there is no
+// virtual destructor, and the library never destroys a log.
 class VOMSG_API VoIntLog {
  public:
-  virtual ~VoIntLog();
   // Whether lines of this module are wanted at all; the library always asks for module 1.
   virtual bool isEnabled(VoModuleID module) = 0;
   // The host's level; a diagnostic line of a higher level never reaches writeWarnErrorEntry.
@@ -18,6 +19,9 @@ class VOMSG_API VoIntLog {
                                const char* text, const char* second, unsigned char flag) = 0;
   // One line for the warning and error log: `kind` is 3 for level 0, else 1; `second` is always null.
   virtual void writeWarnErrorEntry(unsigned level, unsigned char kind, const char* text, const char* second) = 0;
+
+ protected:
+  ~VoIntLog() = default;
 };
 
 // The process's log object, never null. A host may define this function itself (its definition then takes

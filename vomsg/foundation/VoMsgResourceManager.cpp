@@ -115,7 +115,13 @@ void VoMsgResourceManager::setTotalAllocateMemoryLimit(unsigned limit) {
 unsigned VoMsgResourceManager::currentAllocateMemorySize() { return instance.mAllocated; }
 
 char* VoMsgResourceManager::createTmpFilePath() {
-  const char* const directory = instance.mpTmpDirPath ? instance.mpTmpDirPath : P_tmpdir "/";
+  constexpr char kSystemDirectory[] = P_tmpdir "/";
+  const char* directory = instance.mpTmpDirPath ? instance.mpTmpDirPath : kSystemDirectory;
+  if (directory != kSystemDirectory && !isUsableDirectory(directory)) {
+    VO_DIAGNOSTIC(0, "", "The directory [%s] for temporary files can not be used, [%s] serves.", directory,
+                  kSystemDirectory);
+    directory = kSystemDirectory;
+  }
   CString path;
   if (isUsableDirectory(directory)) path = makePath(directory);
   if (path && !isTaken(path.get())) return path.release();
@@ -133,21 +139,36 @@ VoMsgResourceLocator* VoMsgResourceManager::createTmpFileResource() {
   return resource;
 }
 
+// Takes `size` bytes off the budget; false when they are not there.
+static bool takeMemory(std::atomic<unsigned>& allocated, unsigned size, unsigned limit) {
+  unsigned before = allocated.load(std::memory_order_relaxed);
+  do {
+    if (std::uint64_t{before} + size > limit) return false;
+  } while (!allocated.compare_exchange_weak(before, before + size, std::memory_order_relaxed));
+  return true;
+}
+
+static void returnMemory(std::atomic<unsigned>& allocated, unsigned size) {
+  unsigned before = allocated.load(std::memory_order_relaxed);
+  while (!allocated.compare_exchange_weak(before, before - std::min(before, size), std::memory_order_relaxed)) {
+  }
+}
+
 VoMsgResourceLocator* VoMsgResourceManager::createTmpResource(unsigned size) {
-  const std::uint64_t total = std::uint64_t{instance.mAllocated} + size;
-  if (size != 0 && size <= instance.mMaxMemoryResourceSize && total <= instance.mTotalLimit) {
+  if (size != 0 && size <= instance.mMaxMemoryResourceSize &&
+      takeMemory(instance.mAllocated, size, instance.mTotalLimit)) {
     std::unique_ptr<VoMsgMemoryResource> resource(new (std::nothrow) VoMsgMemoryResource(size, nullptr, "us-ascii"));
     if (resource && resource->getMemoryPointer(VoMsgResourceLocator::dataPart)) {
       resource->mIsTemporary = 1;
       resource->mAllocated = size;
-      instance.mAllocated = static_cast<unsigned>(total);
       return resource.release();
     }
+    returnMemory(instance.mAllocated, size);
   }
   return createTmpFileResource();
 }
 
 void VoMsgResourceManager::freeTmpResource(VoMsgResourceLocator* resource) {
   const auto* const memoryResource = dynamic_cast<const VoMsgMemoryResource*>(resource);
-  if (memoryResource) instance.mAllocated -= std::min(instance.mAllocated, memoryResource->mAllocated);
+  if (memoryResource) returnMemory(instance.mAllocated, memoryResource->mAllocated);
 }

@@ -1,6 +1,8 @@
 // Makes temporary resources: in memory while they are small and the total allows, else in a temporary file.
 #pragma once
 
+#include <atomic>
+
 #include "vomsg/foundation/VoMsgExport.h"
 
 class VoMsgResourceLocator;
@@ -20,8 +22,9 @@ class VOMSG_API VoMsgResourceManager {
   static void setTotalAllocateMemoryLimit(unsigned limit);
   static unsigned currentAllocateMemorySize();
 
-  // A path "VOMSG_..." that nobody can predict and nothing stands on yet; the caller frees it. Null when the
-  // directory cannot be used.
+  // A path "VOMSG_..." that nobody can predict and nothing stands on yet; the caller frees it. When the directory that
+  // was set cannot be used, the system's own serves (P_tmpdir; no environment variable is read), and a line in the
+  // host's warning and error log says so. Null when there is none at all.
   static char* createTmpFilePath();
   // A temporary file resource, made exclusively with mode 0600 when its first stream opens. Yours; null on failure.
   static VoMsgResourceLocator* createTmpFileResource();
@@ -37,6 +40,6 @@ class VOMSG_API VoMsgResourceManager {
 
   char* mpTmpDirPath = nullptr;
   unsigned mMaxMemoryResourceSize = 0x100000;
-  unsigned mAllocated = 0;
+  std::atomic<unsigned> mAllocated{0};  // by messages of several threads
   unsigned mTotalLimit = 0x2000000;
 };

@@ -1,7 +1,5 @@
 #include "vomsg/foundation/VoMsgStandAloneLog.h"
 
-VoMsgStandAloneLog::~VoMsgStandAloneLog() = default;
-
 bool VoMsgStandAloneLog::isEnabled(VoModuleID module) { return module == kVoModule && mEnabled; }
 
 unsigned VoMsgStandAloneLog::getLogLevel() { return mLevel; }

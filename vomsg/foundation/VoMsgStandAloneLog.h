@@ -5,10 +5,9 @@
 
 #include "vomsg/foundation/VoIntLog.h"
 
-class VOMSG_API VoMsgStandAloneLog : public VoIntLog {
+class VOMSG_API VoMsgStandAloneLog final : public VoIntLog {
  public:
   VoMsgStandAloneLog() = default;  // disabled, level 0, no sinks
-  ~VoMsgStandAloneLog() override;
 
   bool isEnabled(VoModuleID module) override;
   unsigned getLogLevel() override;

@@ -4,11 +4,14 @@
 #include <cstring>
 #include <ctime>
 
+#include "vomsg/foundation/VoMsgLogLine.h"
+#include "vomsg/foundation/VoMsgRandomDraws.h"
+
+using vomsg::detail::RandomDraws;
+
 namespace {
 
-// The next 32 bits of the sequence. Its order is part of the contract: a host that seeds the generator itself
-// gets the same identifiers again.
-std::uint32_t draw() { return static_cast<std::uint32_t>(lrand48()); }
+constexpr char kLogSource[] = "VoUUID";
 
 void storeLittleEndian(std::uint8_t* out, std::uint32_t value) {
   for (int i = 0; i < 4; ++i) out[i] = static_cast<std::uint8_t>(value >> (8 * i));
@@ -23,13 +26,15 @@ char* putHex(char* out, std::uint32_t value, int digits) {
 }  // namespace
 
 VoErrorCode vo_createUUID(VoUUID_t* uuid) {
-  if (!uuid) return kVoBadArgument;
-  uuid->Data1 = draw();
-  const std::uint32_t second = draw();
+  if (!uuid) return VO_LOGGED("", kVoBadArgument);
+  // The order of the draws is part of the contract: a host that seeds the generator gets the same identifiers again.
+  RandomDraws random;
+  uuid->Data1 = random.next();
+  const std::uint32_t second = random.next();
   uuid->Data2 = static_cast<std::uint16_t>(second);
   uuid->Data3 = static_cast<std::uint16_t>(second >> 16);
-  storeLittleEndian(uuid->Data4, draw());
-  storeLittleEndian(uuid->Data4 + 4, draw());
+  storeLittleEndian(uuid->Data4, random.next());
+  storeLittleEndian(uuid->Data4 + 4, random.next());
   return kVoSuccess;
 }
 
@@ -40,7 +45,7 @@ bool vo_isEqualUUID(const VoUUID_t* a, const VoUUID_t* b) {
 }
 
 VoErrorCode vo_stringFromUUID(const VoUUID_t* uuid, char* out) {
-  if (!uuid || !out) return kVoNoMemory;
+  if (!uuid || !out) return VO_LOGGED("", kVoNoMemory);
   // Written out by hand: every message and entity makes one, and a formatted print costs ten times as much.
   out = putHex(out, uuid->Data1, 8);
   *out++ = '-';
@@ -58,7 +63,7 @@ VoErrorCode vo_stringFromUUID(const VoUUID_t* uuid, char* out) {
 
 VoMsgUUID_INIT::VoMsgUUID_INIT() {
   const std::time_t now = std::time(nullptr);
-  srand48(static_cast<long>(now));
+  RandomDraws().seed(static_cast<long>(now));
   std::srand(static_cast<unsigned>(now));
 }
 
