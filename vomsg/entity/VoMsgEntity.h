@@ -101,9 +101,9 @@ class VOMSG_API VoMsgEntity {
   // --- content. Getters report through `err` and return a resource that the entity keeps (borrowed, valid until
   // the content changes; a converted text only until a text in another charset is asked for, be it of a copy made by
   // split() that still shares the body). With a `target` (borrowed) the content goes there and the target is returned.
-  // Null on failure. kVoNoContent: a multipart, or an empty body; kVoReadFailed: no reader, or the source is not what it
-  // was when it was parsed; kVoWriteFailed: no room; kVoBadArgument: the target is a resource or a file that something
-  // in the tree is still read from, and was not touched.
+  // Null on failure. kVoNoContent: a multipart, or an empty body; kVoReadFailed: no reader, or the source is not what
+  // it was when it was parsed; kVoWriteFailed: no room; kVoBadArgument: the target is a resource or a file that
+  // something in the tree is still read from, and was not touched.
   virtual const VoMsgResourceLocator* getContent(int& err, const VoMsgResourceLocator* target) = 0;  // decoded
   // Decoded and converted to `charset`, from the one declared, or else recognised; null leaves it as it is, and so
   // comes a text that cannot be converted.

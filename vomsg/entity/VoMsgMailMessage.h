@@ -84,7 +84,7 @@ class VOMSG_API VoMsgMailMessage : public virtual VoMsgEntity {
   int mEndPosition = 0;
   VoUUID_t mUUID;
   char mUUIDString[37];
-  bool mSourceIsLost = false;  // what was handed over to be read could not be kept, or not be opened
+  bool mSourceIsLost = false;       // what was handed over to be read could not be kept, or not be opened
   bool mCollectsAnomalies = false;  // as it was set when reading began
   std::unique_ptr<VoMsgAnomalyList> mpAnomalies;
 };
