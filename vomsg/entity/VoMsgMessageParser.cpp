@@ -42,6 +42,12 @@ std::string_view inheritedCharset(std::string_view declared) {
   return equalNoCase(declared, "us-ascii") ? std::string_view() : declared;
 }
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+std::string_view withoutTrailingBlanks(std::string_view boundary) {
+  return boundary.substr(0, boundary.find_last_not_of(" \t") + 1);
+}
+
 // Puts the reader back where it stood, whatever looked at the source meanwhile.
 class PositionKeeper {
  public:
@@ -83,12 +89,20 @@ NestedMessage MessageParser::takeNested() {
   return std::exchange(mNested, {});
 }
 
-// A nested message that failed goes, and the message around it fails with its code.
+// What mail is made of, well or badly, as against what was refused.
+VoErrorCode MessageParser::endsReading(VoErrorCode code) {
+  if (!voFailed(code) || !readsOn() || mShortage.seen()) return code;
+  if (!voFailed(mFirstCode)) mFirstCode = code;
+  return kVoSuccess;
+}
+
+// A nested message that failed goes, and the message around it fails with its code; or it stays, and so does what
+// stands behind it.
 void MessageParser::resume(VoErrorCode nestedCode) {
   mIsNestedTaken = false;
   mCode = guarded([&] {
     VoErrorCode code = wake();
-    if (voFailed(nestedCode)) code = nestedCode;
+    if (!voFailed(code)) code = endsReading(nestedCode);
     if (voFailed(code)) TreeAccess::removeAt(mNestedPart, 0);
     voMessageLog(9, kLogSource, "_parseRfc822Message", __LINE__, mTag, "end  : _parseRfc822Message");
     return voFailed(code) ? code : proceed(passDelimiter());
@@ -113,7 +127,9 @@ VoErrorCode MessageParser::conclude() {
   // Whatever step went on without what was refused: its answer is not to be trusted.
   if (!voFailed(mCode) && mShortage.seen()) mCode = mShortage.code();
   if (voFailed(mCode)) giveUp();
-  return mCode;
+  if (voFailed(mCode) || !voFailed(mFirstCode)) return mCode;
+  unmark();
+  return mFirstCode;
 }
 
 // Goes on from the start of a body or of what follows a delimiter line.
@@ -169,6 +185,10 @@ void MessageParser::giveUp() {
   // No epilogue is looked through any more.
   for (OpenMultipart& open : mOpen) open.inEpilogue = false;
   closeAll(mSize);
+  unmark();
+}
+
+void MessageParser::unmark() {
   // A message that was not understood is not corrected either: unedited, it comes out as it came in.
   VoMsgEntityIterator walk(&mRoot);
   for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
@@ -180,7 +200,10 @@ void MessageParser::giveUp() {
 VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
   mUnread = &entity;
   const bool isChild = entity.getParentEntity() != nullptr;
-  surveyHeaderBlock(mSurvey, mReader, isChild, mBoundaries.empty() ? nullptr : &mBoundaries);
+  if (&entity == &mRoot && readsOn())
+    surveyRoot();
+  else
+    surveyHeaderBlock(mSurvey, mReader, isChild, mBoundaries.empty() ? nullptr : &mBoundaries);
   Inside::source(entity) = mSource;
   layoutOf(entity) = surveyedLayout(layoutOf(entity), isChild);
   mUnread = nullptr;
@@ -199,14 +222,29 @@ VoErrorCode MessageParser::_parseEntity(VoMsgRfc822Entity& entity) {
     return kVoSuccess;
   }
   const StructuredValue& type = mSurvey.contentType;
-  OpenMultipart open{&entity, {}, layoutOf(entity).belowSigned || equalNoCase(type.value, "multipart/signed"),
-                     false,   0,  0};
+  OpenMultipart open{};
+  open.entity = &entity;
+  open.belowSigned = layoutOf(entity).belowSigned || equalNoCase(type.value, "multipart/signed");
+  open.isDigest = equalNoCase(type.value, "multipart/digest");
   if (const StructuredParameter* const charset = type.find("charset")) open.charset = inheritedCharset(charset->value);
-  mBoundaries.push(mBoundary);
+  mBoundaries.push(readsOn() ? withoutTrailingBlanks(mBoundary) : mBoundary);
   mOpen.push_back(std::move(open));
   layoutOf(entity).isMultipartBody = true;
   mLeaf = nullptr;
   return kVoSuccess;
+}
+
+// A byte order mark belongs to the block, but not to its first field.
+void MessageParser::surveyRoot() {
+  const std::uint64_t start = mReader.get().getOffset();
+  char first[kByteOrderMark.size()];
+  const bool isMarked = mReader.get().read(first, sizeof first) == sizeof first &&
+                        std::string_view(first, sizeof first) == kByteOrderMark;
+  if (!isMarked) moveTo(mReader, start);
+  surveyHeaderBlock(mSurvey, mReader, mRoot.getParentEntity() != nullptr, nullptr);
+  if (!isMarked) return;
+  mSurvey.offset -= static_cast<std::uint32_t>(kByteOrderMark.size());
+  mSurvey.size += static_cast<std::uint32_t>(kByteOrderMark.size());
 }
 
 // What the header block says about an entity whose body is still to be read; `placed` says what is around it.
@@ -238,7 +276,8 @@ VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& 
   };
   if (voFailed(mSurvey.code) || mSurvey.contentTypesDiffer) {
     build();
-    return voFailed(mSurvey.code) ? mSurvey.code : kVoMalformed;
+    if (voFailed(mSurvey.code)) return mSurvey.code;
+    if (const VoErrorCode code = endsReading(kVoMalformed); voFailed(code)) return code;
   }
   const StructuredValue& type = mSurvey.contentType;
   unsigned boundaries = 0;
@@ -248,11 +287,17 @@ VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& 
   }
   mBoundary.clear();
   const bool withoutBoundary = multipart && !findBoundary(type, mBoundary);
+  const auto checkBoundary = [&] {
+    if (!multipart || !mBoundary.empty()) return kVoSuccess;
+    const VoErrorCode code = endsReading(kVoMalformed);
+    multipart = voFailed(code);
+    return code;
+  };
   HeaderMark mark = mSurvey.mark;
   if (mark == HeaderMark::none && boundaries > 1) mark = HeaderMark::repeatedBoundary;
   if (mark == HeaderMark::none && withoutBoundary) mark = HeaderMark::missingBoundary;
   if (mark == HeaderMark::none && inherited.empty() && !(VoMsgExtraOption & kVoOptionKeepFoldSpace))
-    return multipart && mBoundary.empty() ? kVoMalformed : kVoSuccess;
+    return checkBoundary();
 
   VoMsgEntityHeader& header = build();
   if (mark != HeaderMark::none) {
@@ -270,7 +315,7 @@ VoErrorCode MessageParser::_isMalformedMessage(VoMsgRfc822Entity& entity, bool& 
       return kVoNoMemory;
     multipart = false;
   }
-  return multipart && mBoundary.empty() ? kVoMalformed : kVoSuccess;
+  return checkBoundary();
 }
 
 // A marked block is written anew, except where that would destroy what nobody touched: text that follows a block
@@ -327,6 +372,8 @@ MessageParser::LeafPlan MessageParser::planLeaf(VoMsgRfc822Entity& entity) {
 bool MessageParser::_isNeedToExtract(VoMsgRfc822Entity& entity) {
   const std::string_view type = declaredType();
   if (mSurvey.hasContentType && equalNoCase(type, "message/rfc822")) return true;
+  if (readsOn() && mSurvey.hasContentType && equalNoCase(type, "message/global")) return true;
+  if (readsOn() && !mSurvey.hasContentType && !mOpen.empty() && mOpen.back().isDigest) return true;
   return !(mSurvey.hasContentType && startsWithNoCase(type, "application/mac-binhex")) && namedLike(entity, isEmlName);
 }
 
@@ -392,7 +439,7 @@ VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
         VoMsgResourceManager::createTmpResource(decodedRoom(mPlan.encoding, mReader, layoutOf(entity).bodySize)));
     if (!content) return kVoWriteFailed;
     const VoErrorCode code = decodeTransfer(mPlan.encoding, *content, mReader, layoutOf(entity).bodySize);
-    if (voFailed(code)) return code;
+    if (voFailed(code)) return endsReading(code);
   }
   auto message = std::make_unique<VoMsgRfc822Message>(static_cast<VoMsgEntity*>(&entity));
   layoutOf(*message).belowSigned = layoutOf(entity).belowSigned;

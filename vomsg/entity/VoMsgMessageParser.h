@@ -15,6 +15,7 @@
 #include "vomsg/entity/VoMsgNestedContent.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 #include "vomsg/foundation/VoMsgBoundaryTable.h"
+#include "vomsg/foundation/VoMsgOptions.h"
 #include "vomsg/foundation/VoMsgShortage.h"
 #include "vomsg/header/VoMsgHeaderSurvey.h"
 
@@ -61,6 +62,7 @@ class MessageParser {
     VoMsgRfc822Entity* entity;
     std::string charset;  // what its parts inherit for 8-bit names; empty: us-ascii
     bool belowSigned;     // for its parts
+    bool isDigest;        // its parts are messages unless they say something else
     bool inEpilogue;
     std::uint32_t epilogueOffset;
     std::uint32_t closeTerminator;  // bytes of the line end behind the close delimiter
@@ -75,6 +77,11 @@ class MessageParser {
     TransferEncoding encoding;
   };
 
+  bool readsOn() const { return (mSource.getObject()->options() & kVoOptionReadOn) != 0; }
+  // The code that ends the reading, or a success to read on with where the host wants that.
+  VoErrorCode endsReading(VoErrorCode code);
+  void surveyRoot();
+  void unmark();
   VoErrorCode proceed(VoErrorCode code);
   VoErrorCode passDelimiter();
   VoErrorCode wake();
@@ -116,8 +123,9 @@ class MessageParser {
   VoMsgRfc822Entity* mLeaf = nullptr;    // the leaf whose body is being read
   LeafPlan mPlan{};
   VoErrorCode mCode = kVoSuccess;
-  BodyEnd mEnd;                // what ended the body that was read last
-  std::uint64_t mBodyEnd = 0;  // where that body ended
+  VoErrorCode mFirstCode = kVoSuccess;  // what was read on behind
+  BodyEnd mEnd;                         // what ended the body that was read last
+  std::uint64_t mBodyEnd = 0;           // where that body ended
   bool mIsRead = false;
   NestedMessage mNested;
   VoMsgRfc822Entity* mNestedPart = nullptr;  // the part that it lies in

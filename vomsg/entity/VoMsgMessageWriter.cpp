@@ -19,6 +19,7 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"
+#include "vomsg/foundation/VoMsgOptions.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/header/VoMsgHeaderSurvey.h"
@@ -188,6 +189,10 @@ VoErrorCode MessageWriter::openMultipart(VoMsgRfc822Entity& entity, std::uint64_
   open.lineEnd = lineEndOf(entity);
   open.boundary = viewOf(entity.getBoundary());
   open.sourceBoundary = open.isNew ? open.boundary : sourceBoundaryOf(entity);
+  if (const MessageSource* const source = Inside::source(entity).getObject();
+      source && (source->options() & kVoOptionReadOn))  // read as if it had no blanks at its end
+    for (std::string* const boundary : {&open.boundary, &open.sourceBoundary})
+      boundary->erase(boundary->find_last_not_of(" \t") + 1);
   if (open.isNew && body && body->isMultipart())
     open.close = static_cast<const VoMsgMultipartBody*>(body)->getPreamble();
   if (!open.isNew && body && body->isMultipart()) {
@@ -424,6 +429,9 @@ std::string MessageWriter::sourceBoundaryOf(const VoMsgRfc822Entity& entity) {
   const VoMsgEntityHeader* const header = Inside::header(entity).getObject();
   if (!header || !header->isEdited()) return std::string(viewOf(entity.getBoundary()));
   std::string block = sourceBytes(entity, layoutOf(entity).headerOffset, layoutOf(entity).headerEnd());
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // part of the block only where a message is read on
+  if ((Inside::source(entity).getObject()->options() & kVoOptionReadOn) && block.starts_with(kByteOrderMark))
+    block.erase(0, kByteOrderMark.size());
   VoMsgMemoryReader reader(reinterpret_cast<unsigned char*>(block.data()), static_cast<unsigned>(block.size()));
   HeaderSurvey survey;
   if (reader.open()) surveyHeaderBlock(survey, reader, layoutOf(entity).isChildHeader, nullptr);

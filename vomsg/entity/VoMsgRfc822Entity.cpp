@@ -22,6 +22,7 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
+#include "vomsg/foundation/VoMsgOptions.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/foundation/VoMsgTreeEpoch.h"
 #include "vomsg/header/VoMsgStructuredValue.h"
@@ -39,6 +40,17 @@ VoMsgRfc822Entity::VoMsgRfc822Entity() = default;
 VoMsgRfc822Entity::~VoMsgRfc822Entity() = default;
 
 // ---- the header block
+
+namespace {
+
+// A block without the byte order mark that may stand before it where a message is read on.
+std::string_view fieldsOf(std::string_view block, bool readsOn) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (readsOn && block.starts_with(kByteOrderMark)) block.remove_prefix(kByteOrderMark.size());
+  return block;
+}
+
+}  // namespace
 
 // A block that could not be read is not kept: the next question asks the source again. Throws Failure, or what a lack
 // of memory throws.
@@ -58,7 +70,9 @@ VoMsgEntityHeader& VoMsgRfc822Entity::_buildHeader(const char* defaultCharset) c
       block.resize(size);
       if (reader->read(block.data(), size) != size) throw Failure{kVoReadFailed};
     }
-    const VoErrorCode code = header->parseSurveyedBlock(block.empty() ? window.substr(0, size) : block, defaultCharset);
+    const bool readsOn = (mMessageSource.getObject()->options() & kVoOptionReadOn) != 0;
+    const std::string_view bytes = block.empty() ? window.substr(0, size) : block;
+    const VoErrorCode code = header->parseSurveyedBlock(fieldsOf(bytes, readsOn), defaultCharset);
     if (voFailed(code)) throw Failure{code};
   }
   return *mHeader.adopt(std::move(header));

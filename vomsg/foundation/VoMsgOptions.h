@@ -16,6 +16,12 @@ inline constexpr int kVoOptionStrictUUEncode = 8;       // uuencoded lines must 
 inline constexpr int kVoOptionRawSubject = 16;          // Subject is written exactly as stored
 inline constexpr int kVoOptionNoChildHeaderLimit = 32;  // no header-count limit below the top level
 inline constexpr int kVoOptionNoChildParamLimit = 64;   // no parameter-count limit below the top level
+// The tree shows what is there, and the first code comes back at the end: conflicting Content-Type fields (the last one
+// counts), an empty boundary (a leaf), a nested message that is malformed, partial or broken no longer end the reading.
+// In a multipart/digest a part without a type is a message, message/global is opened like message/rfc822, a boundary
+// that ends in blanks matches, and a byte order mark does not hide the first field. Limits still end the reading.
+// Taken when readFrom begins, for the message with its nested messages and copies. See docs/reading-and-writing.md.
+inline constexpr int kVoOptionReadOn = 1024;
 
 // A negative limit restores 100; 0 switches the limit off.
 VOMSG_API void VoMsgSetMaxEntityHeaders(int limit);
