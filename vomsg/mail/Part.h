@@ -90,7 +90,7 @@ class Part : public Fields<Part> {
   Result<Stream> stream() const;  // decoded, piece by piece; valid until the content changes
 
   // --- edits
-  // New content in the transfer encoding that suits it; type and name stay.
+  // New content in the transfer encoding that suits it; type and name stay. A text takes the line ends of its message.
   Status setBytes(std::string_view bytes);
   // New text, from UTF-8; the declared charset stays when it can say it.
   Status setText(std::string_view utf8);
