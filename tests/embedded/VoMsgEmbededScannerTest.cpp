@@ -88,6 +88,8 @@ TEST(EncodedLineSearch, MissesNoLineThatDecodingShows) {
                                        "=62egin 6",
                                        "be",
                                        "gin 6",
+                                       "=x\r ",
+                                       "begin=20644",
                                        "(",
                                        " ",
                                        "\t",
