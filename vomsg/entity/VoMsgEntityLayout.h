@@ -17,8 +17,7 @@ struct VoMsgEntityLayout {
         isMarked(false),
         subtreeMarked(false),
         mayBePartial(false),
-        inPlace(false),
-        boundaryIsAlone(false) {}
+        inPlace(false) {}
 
   std::uint64_t headerEnd() const { return std::uint64_t{headerOffset} + headerSize; }
   std::uint64_t bodyEnd() const { return std::uint64_t{bodyOffset} + bodySize; }
@@ -34,6 +33,9 @@ struct VoMsgEntityLayout {
     moved.isMarked = moved.subtreeMarked = moved.inPlace = false;
     return moved;
   }
+
+  // The boundary epoch in which no multipart below had the same boundary; 0: not known.
+  std::uint32_t aloneInEpoch = 0;
 
   // Bytes from the start of the source. The header block includes the empty line that ends it; the body of a part ends
   // before the line end that belongs to the delimiter line behind it.
@@ -57,5 +59,4 @@ struct VoMsgEntityLayout {
   bool subtreeMarked : 1;       // so does a block in the subtree, down to nested messages
   bool mayBePartial : 1;        // the block declares some message/* type
   bool inPlace : 1;             // lies between the delimiters of its parent's source
-  bool boundaryIsAlone : 1;     // no multipart below has the same boundary
 };

@@ -297,8 +297,9 @@ VoErrorCode VoMsgRfc822Entity::appendEntity(VoMsgEntity* entity) { return append
 // multipart becomes one with its first child.
 VoErrorCode VoMsgRfc822Entity::_addChild(VoMsgEntity* child, unsigned i) {
   if (!child || child == this || child->getParentEntity()) return kVoBadArgument;
-  for (const VoMsgEntity* up = this; up; up = up->getParentEntity())
-    if (up == child) return kVoBadArgument;
+  if (child->hasChildEntity())  // else it is not around this entity
+    for (const VoMsgEntity* up = this; up; up = up->getParentEntity())
+      if (up == child) return kVoBadArgument;
   _header();  // a block that cannot be read now says so, before anything is changed
   const bool wasMultipart = isMultipartEntity() && mLayout.isMultipartBody;
   if (i != kAtEnd && (wasMultipart ? i > 0 && !getChildEntityAt(i - 1) : i > 1)) return kVoOutOfRange;

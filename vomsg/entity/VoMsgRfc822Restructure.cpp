@@ -6,11 +6,14 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "vomsg/entity/VoMsgBodyScanner.h"
 #include "vomsg/entity/VoMsgEditUndo.h"
+#include "vomsg/entity/VoMsgEntityInside.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
@@ -63,6 +66,63 @@ void findDelimiters(VoMsgBufferedReader* reader, std::uint64_t begin, std::uint6
   for (BodyEnd at = findBodyEnd(*reader, boundaries); at.match.type != kVoBoundaryNone && at.lineOffset < end;
        at = findBodyEnd(*reader, boundaries))
     found[at.match.depth] = true;
+}
+
+// Whether a multipart below has the boundary of `entity`, for each multipart from `top` down: those that are alone with
+// theirs are told so, in one walk.
+void findLoneBoundaries(VoMsgEntity& top) {
+  struct Open {
+    VoMsgEntity* entity;
+    std::string_view boundary;  // empty unless it is a multipart
+    std::size_t outer;          // one more than the index of the next one outwards with that boundary, or 0
+    bool isAlone;
+  };
+  std::vector<Open> open;
+  std::unordered_map<std::string_view, std::size_t, KeyedHasher> innermost;  // one more than its index
+  const auto close = [&] {
+    const Open& last = open.back();
+    if (!last.boundary.empty()) {
+      innermost[last.boundary] = last.outer;
+      if (last.isAlone) layoutOf(dynamic_cast<VoMsgRfc822Entity&>(*last.entity)).aloneInEpoch = boundaryEpoch();
+    }
+    open.pop_back();
+  };
+  VoMsgEntityIterator walk(&top);
+  for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) {
+    while (!open.empty() && open.back().entity != entity->getParentEntity()) close();
+    const auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity);
+    const std::string_view boundary = mime ? mime->_declaredBoundary() : std::string_view();
+    std::size_t outer = 0;
+    if (!boundary.empty()) {
+      outer = std::exchange(innermost[boundary], open.size() + 1);
+      if (outer > 0) open[outer - 1].isAlone = false;
+    }
+    open.push_back({entity, boundary, outer, true});
+  }
+  while (!open.empty()) close();
+}
+
+// Whether new content in the subtree of `child`, or the source that it was read from, may hold a delimiter line. Mostly
+// there is no line of that kind, and nothing around needs to be asked.
+bool mayBringDelimiters(VoMsgEntity* child) {
+  VoMsgEntityIterator walk(child);
+  for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next()) {
+    auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(entity);
+    if (!mime) continue;
+    if (layoutOf(*mime).hasBodyRange && (entity == child || !layoutOf(*mime).inPlace)) return true;
+    const VoMsgEntityBody* const body = Inside::body(*mime).getObject();
+    const bool isNew = body && body->isNewBody() && !body->isMultipart();
+    const VoMsgResourceLocator* const content =
+        isNew ? static_cast<const VoMsgSingleBody*>(body)->getNewContent() : nullptr;
+    const std::unique_ptr<VoMsgBufferedReader> reader(content ? content->getInputStream(VoMsgResourceLocator::dataPart)
+                                                              : nullptr);
+    if (!reader || !ReaderWindow::fill(*reader)) continue;
+    const std::string_view window = ReaderWindow::buffered(*reader);
+    const char* const end = window.data() + window.size();
+    const bool isWhole = window.size() == content->getSize(VoMsgResourceLocator::dataPart);
+    if (!isWhole || window.front() == '-' || findHyphenLine(window.data() + 1, end) != end) return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -124,16 +184,22 @@ VoErrorCode VoMsgRfc822Entity::_separateBoundaries(VoMsgEntity* child, EditUndos
     undos.add(multipart);
     return multipart._editMultipartHeaderParameter();
   };
-  if (!mLayout.boundaryIsAlone)
-    for (VoMsgEntity* part = getChildEntity(); part && !voFailed(code); part = part->getNextSiblingEntity())
-      if (boundariesIn(part).contains(_declaredBoundary())) code = renew(*this);
-  mLayout.boundaryIsAlone = !voFailed(code);
+  if (mLayout.aloneInEpoch != boundaryEpoch()) {
+    // What was read is looked through as a whole, so that parts can be added at each of many depths; a multipart that
+    // was made later has little below it.
+    VoMsgEntity* top = this;
+    while (mLayout.hasHeaderRange && top->getParentEntity()) top = top->getParentEntity();
+    findLoneBoundaries(*top);
+    if (mLayout.aloneInEpoch != boundaryEpoch()) code = renew(*this);
+    mLayout.aloneInEpoch = voFailed(code) ? 0 : boundaryEpoch();
+  }
+  const auto present = boundariesIn(child);
+  if (present.empty() && !mayBringDelimiters(child)) return code;
   std::vector<VoMsgRfc822Entity*> around;
   for (VoMsgEntity* up = this; up; up = up->getParentEntity())
     if (auto* const mime = dynamic_cast<VoMsgRfc822Entity*>(up); mime && !mime->_declaredBoundary().empty())
       around.push_back(mime);
   std::reverse(around.begin(), around.end());
-  const auto present = boundariesIn(child);
   BoundaryTable boundaries;
   std::vector<bool> clashes;
   for (const VoMsgRfc822Entity* mime : around) {

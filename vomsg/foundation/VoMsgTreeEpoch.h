@@ -12,4 +12,8 @@ std::uint32_t treeEpoch() noexcept;
 // A Content-Type was changed, or an entity that may have been asked something got another parent.
 void noteTreeChange() noexcept;
 
+// The same for the boundaries that multiparts declare: begins anew when one may have been set.
+std::uint32_t boundaryEpoch() noexcept;
+void noteBoundaryChange() noexcept;
+
 }  // namespace vomsg::detail

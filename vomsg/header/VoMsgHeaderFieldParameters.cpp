@@ -8,6 +8,7 @@
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
+#include "vomsg/foundation/VoMsgTreeEpoch.h"
 #include "vomsg/header/VoMsgFieldEncoding.h"
 #include "vomsg/header/VoMsgHeaderField.h"
 #include "vomsg/header/VoMsgHeaderName.h"
@@ -47,6 +48,7 @@ void VoMsgHeaderField::changeParameters() {
   mRfc2231List.clear();
   mHasParameterList = true;
   mIsNewHeader = 1;
+  if (find("boundary")) noteBoundaryChange();
 }
 
 // Positional access, and plain values.
