@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -17,9 +18,11 @@
 
 #include "vomsg/encoding/VoBase64.h"
 #include "vomsg/entity/VoMsgEntityIterator.h"
+#include "vomsg/entity/VoMsgMimeEntity.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/foundation/VoMsgFileResource.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
+#include "vomsg/header/VoMsgHeaderField.h"
 
 namespace {
 
@@ -293,18 +296,43 @@ void subtreeAtEveryLevel(benchmark::State& state, std::string_view part) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-// Heap that a parsed message keeps, per part.
-void heapPerPart(benchmark::State& state) {
-  const std::string& text = message(manyParts);
-  double perPart = 0;
+// A part is added to each of many multiparts inside each other, from the root down and from the innermost up.
+void appendAtEveryLevel(benchmark::State& state) {
+  const std::string text = makeMessage(deepNesting, static_cast<std::size_t>(state.range(0)));
   for (auto _ : state) {
-    const struct mallinfo2 before = mallinfo2();
     VoMsgRfc822Message mail;
     mail.readFrom(memorySource(text));
-    const struct mallinfo2 after = mallinfo2();
-    perPart = static_cast<double>(after.uordblks - before.uordblks) / 20000;
+    std::vector<VoMsgEntity*> multiparts;
+    for (VoMsgEntity* entity = &mail; entity->isMultipartEntity(); entity = entity->getChildEntity())
+      multiparts.push_back(entity);
+    if (state.range(1)) std::reverse(multiparts.begin(), multiparts.end());
+    for (VoMsgEntity* multipart : multiparts) {
+      auto part = std::make_unique<VoMsgMimeEntity>();
+      VoMsgMemoryResource content(const_cast<char*>("added"), 5, nullptr, nullptr);
+      part->setContent(&content, "text/plain", "7bit");
+      benchmark::DoNotOptimize(multipart->appendChildEntity(part.release()));
+    }
   }
-  state.counters["bytes/part"] = perPart;
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+// Heap that a message keeps for each of its parts: once it is read, and once every header of every part was asked for.
+void heapPerPart(benchmark::State& state, std::string_view part) {
+  constexpr int kParts = 20000;
+  std::string text = "MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n";
+  for (int i = 0; i < kParts; ++i) text.append("--b\r\n").append(part).append("\r\n");
+  for (auto _ : state) {
+    const std::size_t before = mallinfo2().uordblks;
+    VoMsgRfc822Message mail;
+    mail.readFrom(memorySource(text));
+    const std::size_t parsed = mallinfo2().uordblks;
+    VoMsgEntityIterator walk(&mail);
+    for (VoMsgEntity* entity = walk.first(); entity; entity = walk.next())
+      for (unsigned i = 0; i < entity->countHeaders(); ++i) entity->getHeaderAt(i)->getFieldValue("utf-8");
+    const std::size_t asked = mallinfo2().uordblks;
+    state.counters["parsed/part"] = static_cast<double>(parsed - before) / kParts;
+    state.counters["asked/part"] = static_cast<double>(asked - before) / kParts;
+  }
 }
 
 void allShapes(benchmark::internal::Benchmark* bench) {
@@ -331,6 +359,14 @@ VOMSG_EVERY_LEVEL(message, "Content-Type: message/rfc822\r\n\r\nSubject: x\r\n\r
 VOMSG_EVERY_LEVEL(tnef, "Content-Type: application/ms-tnef\r\n\r\nx\x9F>\"12");
 VOMSG_EVERY_LEVEL(uuencodedMessage,
                   "Content-Type: text/plain\r\n\r\nbegin 644 a.eml\r\n/4W5B:F5C=#H@> H*:&D*\r\n`\r\nend");
-BENCHMARK(heapPerPart);
+BENCHMARK(appendAtEveryLevel)->ArgsProduct({{2000, 4000, 8000}, {0, 1}})->Unit(benchmark::kMillisecond);
+#define VOMSG_HEAP(name, part) BENCHMARK_CAPTURE(heapPerPart, name, part)->Iterations(1)->Unit(benchmark::kMillisecond)
+VOMSG_HEAP(plain, "Content-Type: text/plain\r\n\r\nA small part.");
+VOMSG_HEAP(typed,
+           "Content-Type: application/pdf; name=\"a.pdf\"\r\nContent-Transfer-Encoding: base64\r\n"
+           "Content-Disposition: attachment; filename=\"a.pdf\"\r\n\r\nAAAA");
+VOMSG_HEAP(message, "Content-Type: message/rfc822\r\n\r\nSubject: x\r\n\r\nx");
+VOMSG_HEAP(tnef, "Content-Type: application/ms-tnef\r\n\r\nx\x9F>\"12");
+VOMSG_HEAP(multipart, "Content-Type: multipart/mixed; boundary=c\r\n\r\n--c\r\n\r\nx\r\n--c--");
 
 }  // namespace
