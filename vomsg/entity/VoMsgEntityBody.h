@@ -11,12 +11,14 @@ class VOMSG_API VoMsgEntityBody {
   VoMsgEntityBody(const VoMsgEntityBody&) = delete;
   VoMsgEntityBody& operator=(const VoMsgEntityBody&) = delete;
   virtual ~VoMsgEntityBody();
-  virtual bool isMultipart() const = 0;
-  virtual void dumpEntityBody(std::FILE* out) const = 0;
+  virtual bool isMultipart() const = 0;                   // a VoMsgMultipartBody, else a VoMsgSingleBody
+  virtual void dumpEntityBody(std::FILE* out) const = 0;  // for people; nothing for null
 
+  // Bytes from the start of the source, and a length. Signed by contract: sources of 2 GiB and more are refused.
   std::int32_t getBodyOffset() const { return mBodyOffset; }
   std::int32_t getBodySize() const { return mBodySize; }
-  bool isNewBody() const { return mIsNewBody; }
+  bool isNewBody() const { return mIsNewBody; }  // replaced: its bytes no longer come from the source
+  // The parser's; not checked against any source.
   void setBodyRange(std::int32_t offset, std::int32_t size) {
     mBodyOffset = offset;
     mBodySize = size;

@@ -16,7 +16,7 @@ class VOMSG_API VoMsgMultipartBody : public VoMsgEntityBody {
 
   // Makes it a body that the library writes: with the usual preamble.
   void setNewBody();
-  const std::string& getPreamble() const { return mPreamble; }
+  const std::string& getPreamble() const { return mPreamble; }  // empty while the body comes from the source
 
   // What was removed from the source: a part with its header block, which takes its delimiter line along, or the text
   // behind the close delimiter.
@@ -25,6 +25,7 @@ class VOMSG_API VoMsgMultipartBody : public VoMsgEntityBody {
     std::uint32_t end;
     bool isPart;
   };
+  // In any order; the writer sorts them. Ranges are within the body's.
   void addRemoved(Range range) { mRemoved.push_back(range); }
   const std::vector<Range>& getRemoved() const { return mRemoved; }
 

@@ -27,14 +27,23 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
  public:
   ~VoMsgRfc822Entity() override;
 
+  // The contract of what is overridden stands in VoMsgEntity.h; here is what is particular to MIME entities.
+
+  // --- the tree. A leaf that gets a part becomes a multipart/mixed: its content, with every Content-* field, moves to
+  // a new first part, which is no edit of that content. A boundary that the new part's bytes hold too is drawn anew.
+  // Removing the last part leaves an empty multipart.
   VoErrorCode appendChildEntity(VoMsgEntity* child) override;
   VoErrorCode insertChildEntityAt(VoMsgEntity* child, unsigned i) override;
   VoErrorCode removeChildEntityAt(unsigned i) override;
 
+  // --- header fields. The first question makes the field objects from the source; until then a part costs none. When
+  // the source cannot be read now, getters answer as if there were nothing, and setters fail.
   const char* getHeaderValue(const char* name, const char* charset) const override;
   const char* getRawHeaderValue(const char* name) const override;
   const char* getHeaderParameterValue(const char* name, const char* param, const char* charset) const override;
   const char* getRawHeaderParameterValue(const char* name, const char* param) const override;
+  // Content fields take their parameters along in `value`, which are set one by one; address fields get their display
+  // names encoded and nothing else.
   VoErrorCode setHeaderValue(const char* name, const char* value, const char* srcCharset,
                              const char* dstCharset) override;
   VoErrorCode setHeaderParameterValue(const char* name, const char* param, const char* value, const char* srcCharset,
@@ -47,15 +56,21 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   VoErrorCode removeHeaderAt(unsigned i) override;
   VoErrorCode removeHeader(const char* name) override;
   VoErrorCode removeHeaderParameter(const char* name, const char* param) override;
+  // kVoNoSuchHeader: no such field; kVoOutOfRange: it has no i-th parameter.
   VoErrorCode removeHeaderParameterAt(const char* name, unsigned i);
 
+  // --- what the content is (RFC 2045, sections 5 and 6; RFC 2183)
   const char* getContentType() const override;  // "text/plain" as written, without parameters
   const char* getCharset() const override;
   const char* getEncoding() const override;
+  // The "filename" of Content-Disposition, else the "name" of Content-Type.
   const char* getFileName(const char* charset) const override;
   unsigned getContentSize() const override;
-  const char* getBoundary() const;
+  const char* getBoundary() const;  // of Content-Type, borrowed; null when it declares none
 
+  // --- content. What was decoded is kept with the body, which copies made by split() share. A setter encodes at once,
+  // drops what lay in the old content, a nested message or attachments in a text, and brings Content-Type,
+  // Content-Transfer-Encoding and the file name in line; fields that say the right thing already are left alone.
   const VoMsgResourceLocator* getContent(int& err, const VoMsgResourceLocator* target) override;
   const VoMsgResourceLocator* getTextContent(int& err, const VoMsgResourceLocator* target,
                                              const char* charset) override;
@@ -70,6 +85,7 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
 
   bool isModified() override;
 
+  // --- addresses (RFC 5322, section 3.4). `name` is From, To, Cc or Bcc; another one has none and takes none.
   unsigned countUserAddress(const char* name) const override;
   VoMsgUserAddress* getUserAddressAt(const char* name, unsigned i) const override;
   VoErrorCode appendUserAddress(const char* name, VoMsgUserAddress* address) override;
@@ -86,10 +102,12 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   unsigned getResourceSize(VoMsgResourceLocator* resource) override;
   VoErrorCode appendEntity(VoMsgEntity* entity) override;
 
+  // --- for the library's own use, and for hosts that compose by hand
   const VoMsgResourceLocator* _getContent(int& err, const VoMsgResourceLocator* target) override;
   const VoMsgResourceLocator* _getRawContent(int& err, const VoMsgResourceLocator* target) override;
   const VoMsgResourceLocator* _getTextContent(int& err, const VoMsgResourceLocator* target,
                                               const char* charset) override;
+  // Fields are copied, body and source shared; children are not copied. kVoBadArgument: `from` is no MIME entity.
   VoErrorCode copy(VoMsgEntity* from) override;
   VoMsgBufferedReader* getContextSource(int& err) override;
 
@@ -101,7 +119,8 @@ class VOMSG_API VoMsgRfc822Entity : public virtual VoMsgEntity {
   VoErrorCode _writeToResource(VoMsgBufferedWriter* writer) override;
   bool _isModified() override;
 
-  // Where the entity lies in the resource it is read from.
+  // Where the entity lies in the resource it is read from: bytes from its start, and lengths. The header block includes
+  // its empty line. 0 for what was never read. An edit does not move them.
   unsigned getHeaderOffset() const { return mLayout.headerOffset; }
   unsigned getHeaderSize() const { return mLayout.headerSize; }
   unsigned getBodyOffset() const { return mLayout.bodyOffset; }

@@ -21,20 +21,28 @@ class VOMSG_API VoMsgRfc822Message : public VoMsgMailMessage, public VoMsgRfc822
   std::uint32_t getEntityTypeID() const override;
   const char* _getEntityName() override;
 
+  // The whole tree as a message of its own, yours; null without memory. Source and decoded content are shared, so
+  // either may die first.
   VoMsgMailMessage* split() override;
   VoErrorCode readFrom(VoMsgResourceLocator* source) override;
   VoErrorCode readFrom(VoMsgResourceLocator* source, const vomsg::detail::MessagePlace& place);  // whose place is known
   VoErrorCode readMailHeaderFrom(VoMsgResourceLocator* source) override;                         // the same as readFrom
   VoErrorCode readMailBodyFrom(VoMsgResourceLocator* source) override;                           // the same as readFrom
+  // Writes the message as it is now, any number of times: what nobody changed is copied from the source. A message
+  // without source and content writes an empty line. kVoBadArgument: null, or a source of this tree; kVoReadFailed: the
+  // source; kVoWriteFailed: the target, which stays as far as it was written.
   VoErrorCode writeTo(VoMsgResourceLocator* target) override;
+  // Both borrowed from the host, who keeps them alive; never looked into.
   VoMsgMailSessionInfo* getSessionInfo() override;
   void setSessionInfo(VoMsgMailSessionInfo* info) override;
   VoErrorCode insertDisclaimerMessage(VoMsgDisclaimerPosition_e position, VoMsgResourceLocator* disclaimer, int option,
                                       const char* srcCharset, const char* preferCharset) override;
   void* getUserData() override;
   void setUserData(void* data) override;
+  // Removes the signatures of multipart/signed entities in which a caller changed something, which become
+  // multipart/mixed; the others stay valid. A failure changes nothing.
   VoErrorCode stripSignaturePart() override;
-  VoErrorCode _isPartialMessage() override;
+  VoErrorCode _isPartialMessage() override;  // kVoPartialMessage for message/partial and message/external-body
   VoErrorCode _copyEntity(VoMsgEntity* from, VoMsgEntity* to) override;
   VoErrorCode _readEntityBodyPart(VoMsgEntity* entity, VoMsgBoundaryType& end) override;
 
