@@ -1,11 +1,12 @@
 // What holds for every codec, through its public functions.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 
-#include "tests/support/FileSizeLimit.h"
 #include "tests/support/Inputs.h"
 #include "tests/support/MessageFixture.h"
+#include "tests/support/RememberingLog.h"
 #include "tests/support/Tools.h"
 #include "tests/support/WindowStreams.h"
 #include "vomsg/encoding/VoBase64.h"
@@ -163,10 +164,25 @@ TEST(Codecs, AgreeWithIndependentTools) {
   if (!missing.empty()) GTEST_SKIP() << "not there:" << missing;
 }
 
+// Takes no more than 50 bytes, as on a disk that is full.
+class FullResource : public VoMsgMemoryResource {
+ public:
+  FullResource() : VoMsgMemoryResource(0u, nullptr, nullptr) {}
+  VoMsgBufferedWriter* getOutputStream(VoMsgResourceDataType) const override { return new LimitedWriter(50); }
+};
+
+// Each failed call leaves one line, whatever it failed at.
 TEST(Codecs, ReportWhatTheyCannotUse) {
   std::mt19937 random(1);
-  const ScratchDirectory scratch;
-  VoMsgFileResource missing("/nowhere/file", nullptr, nullptr), full(scratch.file("full").c_str(), nullptr, nullptr);
+  VoMsgFileResource missing("/nowhere/file", nullptr, nullptr);
+  FullResource full;
+  RememberingLog log;
+  const auto once = [&](auto call) {
+    log.debug.clear();
+    const VoErrorCode code = call();
+    EXPECT_EQ(log.count("failed. (error code:"), 1);
+    return code;
+  };
   std::vector<Codec> codecs(std::begin(kCodecs), std::end(kCodecs));
   codecs.push_back({nullptr, voDecodeLZFu, randomBytes, "rtf", nullptr, nullptr});
   codecs.push_back({voEncodeHexChar, decodeHex, randomBytes, "hex", nullptr, nullptr});
@@ -176,25 +192,44 @@ TEST(Codecs, ReportWhatTheyCannotUse) {
     const std::string content = std::string(100, 'x') + codec.content(random, 50000);
     const std::string text = codec.encode ? encoded(codec, content) : content;
     const long size = static_cast<long>(text.size());
-    for (VoMsgFileResource* target : {&full, &missing}) {
-      const FileSizeLimit limit(0);
+    for (VoMsgResourceLocator* target :
+         {static_cast<VoMsgResourceLocator*>(&full), static_cast<VoMsgResourceLocator*>(&missing)}) {
       WindowReader reader(text, 4096);
       const VoErrorCode hexCode = target == &full ? kVoDecodeFailed : kVoNoMemory;
-      EXPECT_EQ(codec.decode(target, &reader, size), isHex ? hexCode : kVoWriteFailed);
+      EXPECT_EQ(once([&] { return codec.decode(target, &reader, size); }), isHex ? hexCode : kVoWriteFailed);
     }
     const Resource source = resourceOf(content, false);
     WindowReader reader(text, 4096);
-    EXPECT_EQ(codec.decode(nullptr, &reader, size), kVoBadArgument);
-    EXPECT_EQ(codec.decode(source.get(), nullptr, size), kVoBadArgument);
+    EXPECT_EQ(once([&] { return codec.decode(nullptr, &reader, size); }), kVoBadArgument);
+    EXPECT_EQ(once([&] { return codec.decode(source.get(), nullptr, size); }), kVoBadArgument);
     if (!codec.encode) continue;
     for (const std::size_t limit : {std::size_t{0}, std::size_t{1}, text.size() / 2, text.size() - 1}) {
       LimitedWriter refusing(limit);
-      EXPECT_EQ(codec.encode(&refusing, source.get()), isHex ? kVoEncodeFailed : kVoWriteFailed) << limit;
+      EXPECT_EQ(once([&] { return codec.encode(&refusing, source.get()); }), isHex ? kVoEncodeFailed : kVoWriteFailed)
+          << limit;
     }
     LimitedWriter writer;
-    EXPECT_EQ(codec.encode(&writer, &missing), kVoReadFailed);
-    EXPECT_EQ(codec.encode(nullptr, source.get()), kVoBadArgument);
-    EXPECT_EQ(codec.encode(&writer, nullptr), kVoBadArgument);
+    EXPECT_EQ(once([&] { return codec.encode(&writer, &missing); }), kVoReadFailed);
+    EXPECT_EQ(once([&] { return codec.encode(nullptr, source.get()); }), kVoBadArgument);
+    EXPECT_EQ(once([&] { return codec.encode(&writer, nullptr); }), kVoBadArgument);
+  }
+  // The steps that have whole operations around them, and the strings.
+  LimitedWriter refusing(0);
+  WindowReader reader("abcdefghi", 100);
+  LZFu state;
+  char* name = nullptr;
+  const std::function<bool()> failing[] = {
+      [&] { return _decodeLZFu(&state, &refusing, &reader, 9); },
+      [&] { return _decodeLZFu(nullptr, &refusing, &reader, 9); },
+      [&] { return _decodeUUEncode(&refusing, nullptr, 9, &name); },
+      [&] { return _encodeUUEncode(&refusing, &reader, "n"); },
+      [&] { return _encodeUUEncode(nullptr, &reader, "n"); },
+      [&] { return !voFailed(voDecodeHexChar(&refusing, &reader)); },
+      [&] { return !voFailed(voEncodeHexChar(&refusing, static_cast<VoMsgBufferedReader*>(nullptr))); },
+  };
+  for (const auto& call : failing) {
+    reader.seek(-static_cast<long>(reader.getOffset()));
+    EXPECT_NE(once([&] { return call() ? kVoSuccess : kVoWriteFailed; }), kVoSuccess);
   }
 }
 

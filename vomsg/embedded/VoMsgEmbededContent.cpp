@@ -66,7 +66,8 @@ bool mayHoldBlocks(TransferEncoding encoding, VoMsgBufferedReader& reader, std::
     }
     case TransferEncoding::uuencode: {
       SearchWriter writer;
-      _decodeUUEncode(&writer, &reader, static_cast<long>(size), nullptr);
+      CString name;
+      decodeUUEncode(writer, reader, size, name);
       return writer.sink.found;
     }
     case TransferEncoding::binHex:

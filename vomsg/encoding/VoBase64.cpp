@@ -12,6 +12,7 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
@@ -139,32 +140,38 @@ VoErrorCode encodeBase64(VoMsgBufferedWriter& target, VoMsgBufferedReader& sourc
 
 }  // namespace vomsg::detail
 
+using namespace vomsg::detail;
+
+namespace {
+constexpr char kLogSource[] = "VoBase64";
+}
+
 VoErrorCode voDecodeBase64(VoMsgResourceLocator* target, VoMsgBufferedReader* source, long length) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] {
-    const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
-    if (!writer) return kVoWriteFailed;
-    return vomsg::detail::decodeBase64(*writer, *source, length > 0 ? static_cast<std::uint64_t>(length) : 0);
-  });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  const std::uint64_t size = length > 0 ? static_cast<std::uint64_t>(length) : 0;
+  return VO_LOGGED("", guarded([&] {
+                     return decodeInto(*target, [&](auto& writer) { return decodeBase64(writer, *source, size); });
+                   }));
 }
 
 VoErrorCode voEncodeBase64(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] {
-    const std::unique_ptr<VoMsgBufferedReader> reader(source->getInputStream(VoMsgResourceLocator::dataPart));
-    if (!reader) return kVoReadFailed;
-    return vomsg::detail::encodeBase64(*target, *reader, true);
-  });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", guarded([&] {
+                     return encodeFrom(*source, [&](auto& reader) { return encodeBase64(*target, reader, true); });
+                   }));
 }
 
 char* voDecodeBase64(const char* text) {
-  return vomsg::detail::convertText(text, [](auto& writer, auto& reader, std::size_t length) {
-    return !voFailed(vomsg::detail::decodeBase64(writer, reader, length));
+  char* const decoded = convertText(text, [](auto& writer, auto& reader, std::size_t length) {
+    return !voFailed(decodeBase64(writer, reader, length));
   });
+  if (text && !decoded) VO_LOGGED("", kVoNoMemory);
+  return decoded;
 }
 
 char* voEncodeBase64(const char* text) {
-  return vomsg::detail::convertText(text, [](auto& writer, auto& reader, std::size_t) {
-    return !voFailed(vomsg::detail::encodeBase64(writer, reader, false));
-  });
+  char* const encoded = convertText(
+      text, [](auto& writer, auto& reader, std::size_t) { return !voFailed(encodeBase64(writer, reader, false)); });
+  if (text && !encoded) VO_LOGGED("", kVoNoMemory);
+  return encoded;
 }

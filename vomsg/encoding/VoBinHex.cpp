@@ -13,6 +13,7 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLineWalk.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 
 namespace vomsg::detail {
@@ -160,12 +161,18 @@ VoErrorCode encodeBinHex(VoMsgBufferedWriter& target, const VoMsgResourceLocator
 
 }  // namespace vomsg::detail
 
+using namespace vomsg::detail;
+
+namespace {
+constexpr char kLogSource[] = "VoBinHex";
+}
+
 VoErrorCode voDecodeBinHex(VoMsgResourceLocator* target, VoMsgBufferedReader* source) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] { return vomsg::detail::decodeBinHex(*target, *source, UINT64_MAX); });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", guarded([&] { return decodeBinHex(*target, *source, UINT64_MAX); }));
 }
 
 VoErrorCode voEncodeBinHex(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] { return vomsg::detail::encodeBinHex(*target, *source, nullptr); });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", guarded([&] { return encodeBinHex(*target, *source, nullptr); }));
 }

@@ -6,12 +6,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <string_view>
 #include <utility>
 
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgMemoryReader.h"
 #include "vomsg/foundation/VoMsgMemoryWriter.h"
+#include "vomsg/foundation/VoMsgResourceLocator.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
 namespace vomsg::detail {
@@ -86,6 +88,19 @@ bool forEachStretch(VoMsgBufferedReader& source, Each each) {
     ReaderWindow::consume(source, window.size());
   }
   return held == 0 || each(open, held);
+}
+
+// Gives `decode` a writer for the data part of `target`, and `encode` a reader of that of `source`.
+// kVoWriteFailed, kVoReadFailed: there is none; else what it returns.
+template <class Decode>
+VoErrorCode decodeInto(VoMsgResourceLocator& target, Decode&& decode) {
+  const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(VoMsgResourceLocator::dataPart));
+  return writer ? decode(*writer) : kVoWriteFailed;
+}
+template <class Encode>
+VoErrorCode encodeFrom(const VoMsgResourceLocator& source, Encode&& encode) {
+  const std::unique_ptr<VoMsgBufferedReader> reader(source.getInputStream(VoMsgResourceLocator::dataPart));
+  return reader ? encode(*reader) : kVoReadFailed;
 }
 
 // The string forms, a stream codec run from one C string to another:

@@ -35,3 +35,9 @@ struct VOMSG_API LZFu {
 // which only the first byte belongs to the piece stays unread, and the next piece begins with that byte. Bytes that
 // `source` lacks read as with voDecodeLZFu(). False when a write fails, or for null.
 VOMSG_API bool _decodeLZFu(LZFu* state, VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length);
+
+namespace vomsg::detail {
+// The two without their log lines.
+bool expandLZFu(LZFu& state, VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::uint64_t length);
+VoErrorCode decodeLZFu(VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint64_t length);
+}  // namespace vomsg::detail

@@ -10,6 +10,7 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 
 constexpr char hextable_char[17] = "0123456789ABCDEF";
@@ -91,32 +92,37 @@ bool encodeHex(VoMsgBufferedWriter& target, VoMsgBufferedReader& reader) {
 
 }  // namespace vomsg::detail
 
+using namespace vomsg::detail;
+
+namespace {
+constexpr char kLogSource[] = "VoHexChar";
+}
+
 VoErrorCode voDecodeHexChar(VoMsgResourceLocator* target, VoMsgBufferedReader* source) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] {
-    const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
-    if (!writer) return kVoNoMemory;
-    return vomsg::detail::decodeHex(*writer, *source) ? kVoSuccess : kVoDecodeFailed;
-  });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED(
+      "", guarded([&] {
+        const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
+        if (!writer) return kVoNoMemory;
+        return decodeHex(*writer, *source) ? kVoSuccess : kVoDecodeFailed;
+      }));
 }
 
 VoErrorCode voEncodeHexChar(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] {
-    const std::unique_ptr<VoMsgBufferedReader> reader(source->getInputStream(VoMsgResourceLocator::dataPart));
-    if (!reader) return kVoReadFailed;
-    return vomsg::detail::encodeHex(*target, *reader) ? kVoSuccess : kVoEncodeFailed;
-  });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", guarded([&] {
+                     return encodeFrom(*source, [&](auto& reader) {
+                       return encodeHex(*target, reader) ? kVoSuccess : kVoEncodeFailed;
+                     });
+                   }));
 }
 
 VoErrorCode voDecodeHexChar(VoMsgBufferedWriter* target, VoMsgBufferedReader* source) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded(
-      [&] { return vomsg::detail::decodeHex(*target, *source) ? kVoSuccess : kVoWriteFailed; });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", guarded([&] { return decodeHex(*target, *source) ? kVoSuccess : kVoWriteFailed; }));
 }
 
 VoErrorCode voEncodeHexChar(VoMsgBufferedWriter* target, VoMsgBufferedReader* source) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded(
-      [&] { return vomsg::detail::encodeHex(*target, *source) ? kVoSuccess : kVoWriteFailed; });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", guarded([&] { return encodeHex(*target, *source) ? kVoSuccess : kVoWriteFailed; }));
 }

@@ -6,6 +6,7 @@
 
 #include "vomsg/encoding/VoBase64.h"
 #include "vomsg/encoding/VoBinHex.h"
+#include "vomsg/encoding/VoCodecSupport.h"
 #include "vomsg/encoding/VoQuotedPrintable.h"
 #include "vomsg/encoding/VoUUEncode.h"
 #include "vomsg/foundation/VoMsgAscii.h"
@@ -76,20 +77,22 @@ VoErrorCode decodeTransfer(TransferEncoding encoding, VoMsgResourceLocator& targ
                            std::uint32_t length) {
   switch (encoding) {
     case TransferEncoding::base64:
-      return voDecodeBase64(&target, &source, static_cast<long>(length));
+      return decodeInto(target, [&](auto& writer) { return decodeBase64(writer, source, length); });
     case TransferEncoding::quotedPrintable:
-      return voDecodeQuotedPrintable(&target, &source, static_cast<long>(length));
+      return decodeInto(target, [&](auto& writer) {
+        return decodeQuotedPrintable(writer, source, length) ? kVoSuccess : kVoWriteFailed;
+      });
     case TransferEncoding::uuencode:
-      return voDecodeUUEncode(&target, &source, static_cast<long>(length));
+      return decodeUUEncode(target, source, length);
     case TransferEncoding::binHex:
       return decodeBinHex(target, source, length);
     case TransferEncoding::identity:
       break;
   }
-  const std::unique_ptr<VoMsgBufferedWriter> writer(target.getOutputStream(VoMsgResourceLocator::dataPart));
-  if (!writer) return kVoWriteFailed;
-  WriterAccess::expect(*writer, length);
-  return copyBytes(source, *writer, length);
+  return decodeInto(target, [&](auto& writer) {
+    WriterAccess::expect(writer, length);
+    return copyBytes(source, writer, length);
+  });
 }
 
 VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source, std::uint32_t length, unsigned& size) {
@@ -102,10 +105,12 @@ VoErrorCode countDecoded(TransferEncoding encoding, VoMsgBufferedReader& source,
     case TransferEncoding::quotedPrintable:
       count = countQuotedPrintable(source, length);
       break;
-    case TransferEncoding::uuencode:
-      _decodeUUEncode(&counter, &source, static_cast<long>(length), nullptr);
+    case TransferEncoding::uuencode: {
+      CString name;
+      decodeUUEncode(counter, source, length, name);
       count = counter.count();
       break;
+    }
     case TransferEncoding::binHex: {
       BinHexSummary summary;
       const VoErrorCode code = surveyBinHex(source, length, summary);
@@ -130,7 +135,7 @@ VoErrorCode encodeTransfer(TransferEncoding encoding, VoMsgBufferedWriter& targe
   }
   switch (encoding) {
     case TransferEncoding::base64:
-      return voEncodeBase64(&target, &source);
+      return encodeFrom(source, [&](auto& reader) { return encodeBase64(target, reader, true); });
     case TransferEncoding::uuencode:
       return encodeUUEncode(target, source, name);
     case TransferEncoding::binHex:

@@ -13,6 +13,7 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
@@ -108,33 +109,42 @@ std::uint64_t countQuotedPrintable(VoMsgBufferedReader& source, std::uint64_t le
 
 }  // namespace vomsg::detail
 
+using namespace vomsg::detail;
+
+namespace {
+constexpr char kLogSource[] = "VoQuotedPrintable";
+}
+
 VoErrorCode voDecodeQuotedPrintable(VoMsgResourceLocator* target, VoMsgBufferedReader* source, long length) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] {
-    const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
-    if (!writer) return kVoWriteFailed;
-    const std::uint64_t size = length > 0 ? static_cast<std::uint64_t>(length) : 0;
-    return vomsg::detail::decodeQuotedPrintable(*writer, *source, size) ? kVoSuccess : kVoWriteFailed;
-  });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  const std::uint64_t size = length > 0 ? static_cast<std::uint64_t>(length) : 0;
+  return VO_LOGGED("", guarded([&] {
+                     return decodeInto(*target, [&](auto& writer) {
+                       return decodeQuotedPrintable(writer, *source, size) ? kVoSuccess : kVoWriteFailed;
+                     });
+                   }));
 }
 
 VoErrorCode voEncodeQuotedPrintable(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] {
-    const std::unique_ptr<VoMsgBufferedReader> reader(source->getInputStream(VoMsgResourceLocator::dataPart));
-    if (!reader) return kVoReadFailed;
-    return vomsg::detail::encodeQuotedPrintable(*target, *reader, true) ? kVoSuccess : kVoWriteFailed;
-  });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", guarded([&] {
+                     return encodeFrom(*source, [&](auto& reader) {
+                       return encodeQuotedPrintable(*target, reader, true) ? kVoSuccess : kVoWriteFailed;
+                     });
+                   }));
 }
 
 char* voDecodeQuotedPrintable(const char* text) {
-  return vomsg::detail::convertText(text, [](auto& writer, auto& reader, std::size_t length) {
-    return vomsg::detail::decodeQuotedPrintable(writer, reader, length);
+  char* const decoded = convertText(text, [](auto& writer, auto& reader, std::size_t length) {
+    return decodeQuotedPrintable(writer, reader, length);
   });
+  if (text && !decoded) VO_LOGGED("", kVoNoMemory);
+  return decoded;
 }
 
 char* voEncodeQuotedPrintable(const char* text) {
-  return vomsg::detail::convertText(text, [](auto& writer, auto& reader, std::size_t) {
-    return vomsg::detail::encodeQuotedPrintable(writer, reader, false);
-  });
+  char* const encoded = convertText(
+      text, [](auto& writer, auto& reader, std::size_t) { return encodeQuotedPrintable(writer, reader, false); });
+  if (text && !encoded) VO_LOGGED("", kVoNoMemory);
+  return encoded;
 }

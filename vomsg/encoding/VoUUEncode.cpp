@@ -13,6 +13,7 @@
 #include "vomsg/foundation/VoMsgCString.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLineWalk.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgOptions.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 
@@ -142,11 +143,19 @@ bool isUUEncodeData(std::string_view line) {
 
 bool isUUEncodeZeroLine(std::string_view line) { return isUUEncodeData(line) && valueOf(line[0]) == 0; }
 
-namespace {
-
-bool decodeBlockAndFlush(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, long length, CString& name) {
-  return decodeBlock(target, source, length > 0 ? static_cast<std::uint64_t>(length) : 0, name) && target.flush();
+bool decodeUUEncode(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::uint64_t length, CString& name) {
+  return decodeBlock(target, source, length, name) && target.flush();
 }
+
+VoErrorCode decodeUUEncode(VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint64_t length) {
+  CString name;
+  const VoErrorCode code = decodeInto(
+      target, [&](auto& writer) { return decodeUUEncode(writer, source, length, name) ? kVoSuccess : kVoWriteFailed; });
+  if (!voFailed(code)) target.setResourceName(name ? name.get() : "noname", "us-ascii");
+  return code;
+}
+
+namespace {
 
 bool encodeBlock(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, const char* name) {
   const std::string_view given = name ? name : "unknown";
@@ -185,46 +194,49 @@ VoErrorCode encodeUUEncode(VoMsgBufferedWriter& target, const VoMsgResourceLocat
 
 }  // namespace vomsg::detail
 
+using namespace vomsg::detail;
+
+namespace {
+constexpr char kLogSource[] = "VoUUEncode";
+}
+
 bool voGetUUEncodeFileName(const char* line, char** name, long* mode) {
   if (mode) *mode = -1;
   std::string_view found;
-  if (!line || !vomsg::detail::isUUEncodeBegin(line, found)) return false;
+  if (!line || !isUUEncodeBegin(line, found)) return false;
   if (!name) return true;
   char* const copy = strndup(found.data(), found.size());
   if (copy) *name = copy;
   return copy != nullptr;
 }
 
-bool voIsValidUUEncodeString(const char* line) { return line && vomsg::detail::isUUEncodeData(line); }
+bool voIsValidUUEncodeString(const char* line) { return line && isUUEncodeData(line); }
 
 bool _decodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, long length, char** name) {
   if (name) *name = nullptr;
-  return target && source && vomsg::detail::guardedOr(false, [&] {
-           vomsg::detail::CString found;
-           const bool written = vomsg::detail::decodeBlockAndFlush(*target, *source, length, found);
-           if (name) *name = found.release();
-           return written;
-         });
+  if (!target || !source) return !voFailed(VO_LOGGED("", kVoBadArgument));
+  const std::uint64_t size = length > 0 ? static_cast<std::uint64_t>(length) : 0;
+  return !voFailed(VO_LOGGED("", guarded([&] {
+                               CString found;
+                               const bool written = decodeUUEncode(*target, *source, size, found);
+                               if (name) *name = found.release();
+                               return written ? kVoSuccess : kVoWriteFailed;
+                             })));
 }
 
 bool _encodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, const char* name) {
-  return target && source &&
-         vomsg::detail::guardedOr(false, [&] { return vomsg::detail::encodeBlock(*target, *source, name); });
+  if (!target || !source) return !voFailed(VO_LOGGED("", kVoBadArgument));
+  return !voFailed(
+      VO_LOGGED("", guarded([&] { return encodeBlock(*target, *source, name) ? kVoSuccess : kVoWriteFailed; })));
 }
 
 VoErrorCode voDecodeUUEncode(VoMsgResourceLocator* target, VoMsgBufferedReader* source, long length) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] {
-    const std::unique_ptr<VoMsgBufferedWriter> writer(target->getOutputStream(VoMsgResourceLocator::dataPart));
-    if (!writer) return kVoWriteFailed;
-    vomsg::detail::CString name;
-    if (!vomsg::detail::decodeBlockAndFlush(*writer, *source, length, name)) return kVoWriteFailed;
-    target->setResourceName(name ? name.get() : "noname", "us-ascii");
-    return kVoSuccess;
-  });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  const std::uint64_t size = length > 0 ? static_cast<std::uint64_t>(length) : 0;
+  return VO_LOGGED("", guarded([&] { return decodeUUEncode(*target, *source, size); }));
 }
 
 VoErrorCode voEncodeUUEncode(VoMsgBufferedWriter* target, const VoMsgResourceLocator* source) {
-  if (!target || !source) return kVoBadArgument;
-  return vomsg::detail::guarded([&] { return vomsg::detail::encodeUUEncode(*target, *source, nullptr); });
+  if (!target || !source) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", guarded([&] { return encodeUUEncode(*target, *source, nullptr); }));
 }

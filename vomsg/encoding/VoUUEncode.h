@@ -8,9 +8,11 @@
 // a line end.
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 #include "vomsg/foundation/VoErrorCode.h"
+#include "vomsg/foundation/VoMsgCString.h"
 #include "vomsg/foundation/VoMsgExport.h"
 
 class VoMsgBufferedReader;
@@ -45,6 +47,9 @@ VOMSG_API bool _decodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader*
 VOMSG_API bool _encodeUUEncode(VoMsgBufferedWriter* target, VoMsgBufferedReader* source, const char* name);
 
 namespace vomsg::detail {
+// The two decoders without their log lines.
+bool decodeUUEncode(VoMsgBufferedWriter& target, VoMsgBufferedReader& source, std::uint64_t length, CString& name);
+VoErrorCode decodeUUEncode(VoMsgResourceLocator& target, VoMsgBufferedReader& source, std::uint64_t length);
 // voEncodeUUEncode() under another name than the resource's; null leaves that.
 VoErrorCode encodeUUEncode(VoMsgBufferedWriter& target, const VoMsgResourceLocator& source, const char* name);
 

@@ -41,12 +41,12 @@ std::uint32_t readValueLength(VoMsgBufferedReader& source, std::uint32_t offset)
 // Moves from the header of a compressed text behind it and tells how many bytes there are to expand. The compressed
 // size counts from behind itself and covers four bytes too many for the decoder; a value may claim far more than it
 // holds, and must not be believed: the decoder would take the end of the data for text.
-long enterRtf(VoMsgBufferedReader& source, std::uint32_t length) {
+std::uint64_t enterRtf(VoMsgBufferedReader& source, std::uint32_t length) {
   const std::int64_t claimed = std::int64_t{_tnefGetInt32(&source)} - kRtfHeaderSize;
   const std::int64_t held = std::int64_t{length} - kRtfHeaderSize;
   const std::int64_t take = std::max<std::int64_t>(0, std::min(claimed, held));
   const std::uint64_t behind = std::uint64_t{source.getOffset()} + kRtfHeaderSize - kLengthSize;
-  return take > 0 && moveTo(source, behind) ? static_cast<long>(take) : 0;
+  return take > 0 && moveTo(source, behind) ? static_cast<std::uint64_t>(take) : 0;
 }
 
 }  // namespace
@@ -100,7 +100,7 @@ VoErrorCode copyValueContent(const VoMsgResourceLocator& target, VoMsgBufferedRe
       if (length <= kInterfaceIdSize) return kVoNoContent;
       return copyStretch(target, source, offset + kLengthSize + kInterfaceIdSize, length - kInterfaceIdSize);
     case ValueContent::compressedRtf:
-      return voDecodeLZFu(const_cast<VoMsgResourceLocator*>(&target), &source, enterRtf(source, length));
+      return decodeLZFu(const_cast<VoMsgResourceLocator&>(target), source, enterRtf(source, length));
   }
   return kVoNoContent;
 }
@@ -115,8 +115,7 @@ std::uint32_t valueContentSize(VoMsgBufferedReader& source, std::uint32_t offset
     case ValueContent::compressedRtf: {
       CountingWriter counter;
       LZFu state;
-      const long compressed = length > 0 ? enterRtf(source, length) : 0;
-      _decodeLZFu(&state, &counter, &source, compressed);
+      expandLZFu(state, counter, source, length > 0 ? enterRtf(source, length) : 0);
       return static_cast<std::uint32_t>(std::min<std::uint64_t>(counter.count(), 0x7FFFFFFF));
     }
   }
