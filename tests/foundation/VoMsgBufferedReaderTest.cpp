@@ -16,6 +16,8 @@
 #include "tests/support/Tools.h"
 #include "tests/support/WindowStreams.h"
 #include "vomsg/foundation/VoMsgFileReader.h"
+#include "vomsg/foundation/VoMsgFileResource.h"
+#include "vomsg/foundation/VoMsgRangeResource.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
 namespace {
@@ -218,6 +220,26 @@ TEST(VoMsgReaderMoves, MemoryReaderFollowsTheModel) {
   EXPECT_EQ(empty.readBuffer(), 0);
   EXPECT_TRUE(moveTo(empty, 0));
   EXPECT_FALSE(moveTo(empty, 1));
+}
+
+// The bytes around the range are never seen.
+TEST(VoMsgReaderMoves, RangeOfAFileFollowsTheModel) {
+  const ScratchDirectory dir;
+  const std::string path = dir.write("text", "before" + kText + "behind");
+  const VoObjectStub<VoMsgResourceLocator> whole(new VoMsgFileResource(path.c_str(), nullptr, nullptr));
+  const vomsg::detail::RangeResource range(whole, 6, static_cast<std::uint32_t>(kText.size()));
+  const std::unique_ptr<VoMsgBufferedReader> reader(range.getInputStream(VoMsgResourceLocator::dataPart));
+  ASSERT_TRUE(reader);
+  walk(*reader, true);
+  for (const auto& [offset, whence] : {std::pair{kSize + 1, 0}, {-1L, 0}, {-kSize - 1, 2}, {1L, 2}})
+    EXPECT_EQ(reader->rseek(offset, whence), -1) << offset << ' ' << whence;
+  EXPECT_EQ(reader->rseek(-kSize, 2), 0);
+  EXPECT_FALSE(reader->seek(-1));
+  EXPECT_TRUE(reader->seek(kSize));
+  EXPECT_FALSE(reader->seek(1));
+  reader->close();
+  EXPECT_TRUE(reader->open());
+  EXPECT_EQ(reader->getOffset(), 0u);
 }
 
 TEST(VoMsgReaderMoves, FileReaderFollowsTheModelWithAnyBuffer) {

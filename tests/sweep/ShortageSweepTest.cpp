@@ -5,10 +5,12 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <new>
 
 #include "tests/support/MessageFixture.h"
 #include "tests/sweep/Shortage.h"
 #include "vomsg/entity/VoMsgMimeEntity.h"
+#include "vomsg/foundation/VoMsgBoundaryTable.h"
 #include "vomsg/foundation/VoMsgFileResource.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/header/VoMsgHeaderField.h"
@@ -20,7 +22,11 @@ namespace {
 // Requests tried of each operation on each message, and in each of the two ways to fail.
 constexpr long kTries = 10;
 
-enum class Target { root, firstLeaf, lastLeaf };
+enum class Target { root, firstLeaf, lastLeaf, lastInside };  // inside: of a TNEF stream, or of a text
+
+bool isInside(const VoMsgEntity& entity) {
+  return entity.getEntityTypeID() == kVoEntityTnef || entity.getEntityTypeID() == kVoEntityEmbeded;
+}
 
 // What a call said, as it said it: copies are made when memory is there again.
 struct Answer {
@@ -63,6 +69,28 @@ const Operation kOperations[] = {
     {"getRawContent", Target::firstLeaf,
      [](auto&, auto& e, auto&) {
        return content(e, [](VoMsgEntity& of, int& result) { return of.getRawContent(result, nullptr); });
+     }},
+    {"setFileName inside", Target::lastInside,
+     [](auto&, auto& e, auto&) { return Answer{!isInside(e) || voFailed(e.setFileName("another name.txt"))}; }},
+    {"setContentType inside", Target::lastInside,
+     [](auto&, auto& e, auto&) { return Answer{!isInside(e) || voFailed(e.setContentType("text/x-new"))}; }},
+    {"setContent inside", Target::lastInside,
+     [](auto&, auto& e, auto& with) {
+       return Answer{!isInside(e) || voFailed(e.setContent(&with.content, "text/x-new", nullptr))};
+     }},
+    {"setTextContent in a stream", Target::lastInside,
+     [](auto&, auto& e, auto& with) {
+       return Answer{e.getEntityTypeID() != kVoEntityTnef ||
+                     voFailed(e.setTextContent(&with.content, "text/x-new", nullptr))};
+     }},
+    {"replaceTextContent in a stream", Target::lastInside,
+     [](auto&, auto& e, auto& with) {
+       return Answer{e.getEntityTypeID() != kVoEntityTnef ||
+                     voFailed(e.replaceTextContent(&with.content, nullptr, VoMsgReplaceOption{}))};
+     }},
+    {"removeChildEntityAt inside", Target::lastInside,
+     [](auto&, auto& e, auto&) {
+       return Answer{!isInside(e) || voFailed(e.getParentEntity()->removeChildEntityAt(0))};
      }},
     {"split", Target::root,
      [](auto& m, auto&, auto&) {
@@ -120,6 +148,7 @@ VoMsgEntity& targetOf(VoMsgMailMessage& message, Target target) {
   for (VoMsgEntity* entity : entitiesOf(message)) {
     if (target == Target::root) break;
     if (entity->hasChildEntity() || entity->isMultipartEntity()) continue;
+    if (target == Target::lastInside && !isInside(*entity)) continue;
     found = entity;
     if (target == Target::firstLeaf) break;
   }
@@ -224,6 +253,36 @@ class Sweep {
   std::string mBefore;
   bool mHasFailed = false;
 };
+
+// Boundaries are pushed while a message is read: a push that fails leaves a table that still knows the others.
+TEST(Shortage, ABoundaryThatFindsNoRoom) {
+  for (int there = 0; there < 70; ++there) {
+    for (long number = 0; number < 4; ++number) {
+      vomsg::detail::BoundaryTable table;
+      const auto name = [](int i) { return "boundary number " + std::to_string(i); };
+      for (int i = 0; i < there; ++i) table.push(name(i));
+      bool failed = false;
+      {
+        const std::string last = name(there);
+        const Shortage shortage(Scarce::memory, number, true);
+        try {
+          table.push(last);
+        } catch (const std::bad_alloc&) {
+          failed = true;
+        }
+      }
+      ASSERT_EQ(table.size(), static_cast<std::size_t>(there + !failed));
+      for (int i = 0; i <= there; ++i) {
+        const auto match = table.match("--" + name(i));
+        const bool isKnown = i < there || !failed;
+        ASSERT_EQ(match.type, isKnown ? kVoBoundaryDelimiter : kVoBoundaryNone) << there << ' ' << i;
+        ASSERT_TRUE(!isKnown || match.depth == static_cast<std::size_t>(i));
+      }
+      table.push("after");
+      EXPECT_EQ(table.match("--after").depth, table.size() - 1);
+    }
+  }
+}
 
 class ShortageSweep : public ::testing::TestWithParam<int> {};
 

@@ -154,8 +154,20 @@ TEST(MapiProperty, FailsWithACodeForEachFault) {
 
 TEST(MapiProperty, SetsAndGetsTexts) {
   const std::tuple<unsigned, std::string, const char*> rows[] = {
-      {0x001E, std::string("up to\0here", 10), "up to"}, {0x001E, "no NUL", "no NUL"},   {0x001E, "", ""},
-      {0x101E, "first of several", "first of several"},  {0x001F, wide("wide"), "wide"}, {0x0102, "no text", nullptr},
+      {0x001E, std::string("up to\0here", 10), "up to"},
+      {0x001E, "no NUL", "no NUL"},
+      {0x001E, "", ""},
+      {0x101E, "first of several", "first of several"},
+      {0x001F, wide("wide"), "wide"},
+      {0x0102, "no text", nullptr},
+      {0x001F, le16(0xD83D) + le16(0xDE00), "\xF0\x9F\x98\x80"},
+      {0x001F, le16(0xD83D) + le16('a'),
+       "\xEF\xBF\xBD"
+       "a"},  // half a pair costs itself alone
+      {0x001F, le16(0xD83D) + le16(0xD83D) + le16(0xDE00), "\xEF\xBF\xBD\xF0\x9F\x98\x80"},
+      {0x001F, le16(0xDE00) + le16('a') + le16(0xD83D),
+       "\xEF\xBF\xBD"
+       "a\xEF\xBF\xBD"},
   };
   for (const auto& [type, stored, text] : rows) {
     SCOPED_TRACE(stored);

@@ -4,13 +4,16 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <map>
 
 #include "tests/support/RememberingLog.h"
 #include "tests/support/Tools.h"
+#include "tests/support/WindowStreams.h"
 #include "tests/tnef/HostileStreams.h"
 #include "vomsg/foundation/VoMsgFileResource.h"
 #include "vomsg/tnef/VoMsgMapiAttachment.h"
+#include "vomsg/tnef/VoMsgTnefAttachData.h"
 #include "vomsg/tnef/VoMsgTnefBody.h"
 
 namespace vomsg::test {
@@ -91,6 +94,14 @@ const Row kRows[] = {
      "40000005 application/ms-tnef binary - x.msg 0 81011006\n"
      " 20000006 application/ms-tnef binary - - 0 81011006\n  " +
          kFileA + kFileA},
+    {"an object of 20 bytes is a stream when its last four are the signature, one of 19 never",
+     stream(record(0x9002, "") + record(0x9005, list({object(0x3701, le32(kVoTnefSignature))})) + record(0x9002, "") +
+            record(0x9005, list({object(0x3701, le32(kVoTnefSignature).substr(0, 3))}))),
+     kVoSuccess,
+     "5 application/octet-stream binary - - 0 81011006\n"
+     "40000005 application/ms-tnef binary - - 0 81011006\n"
+     " 20000006 application/ms-tnef binary - - 0 81011006\n"
+     "5 application/octet-stream binary - - 3 \x78\x9F\x3E\n"},
     {"several children of one list: the last owns it",
      stream(record(0x9003,
                    list({text8(0x1000, "A"), object(0x3701, stream("")), text8(0x1000, "B"), text8(0x3707, "name")})) +
@@ -140,6 +151,34 @@ TEST(TnefMessage, ReadsStreamsAndWritesThemBack) {
       EXPECT_EQ(treeOf(*each), row.tree);
       EXPECT_EQ(written(*each), row.bytes);
       EXPECT_FALSE(each->isModified());
+    }
+  }
+}
+
+// What is taken into memory may claim as much as the whole stream has, what is kept by reference no more than is left;
+// in the parse of a stream and in the reading of a single record.
+TEST(TnefMessage, RecordsLongerThanWhatIsLeft) {
+  const struct {
+    unsigned nameId;
+    std::uint32_t longest;
+  } rows[] = {{0x8010, 6 + 9 + 4}, {0x9007, 6 + 9 + 4}, {0x1234, 4}, {0x800F, 4}, {0x800C, 4}};
+  for (const auto& [nameId, longest] : rows) {
+    for (const std::uint32_t more : {0u, 1u, 0xFFFFFFFFu - longest}) {
+      SCOPED_TRACE(codeText(nameId) + " and " + std::to_string(more));
+      const VoErrorCode code = more == 0 ? kVoSuccess : kVoReadFailed;
+      const std::string bytes = stream(claim(nameId, longest + more) + "data");
+      ReadMessage read(bytes);
+      EXPECT_EQ(codeText(read.code), codeText(code));
+      EXPECT_EQ(written(read.message), bytes);
+      ExactReader exact(bytes);
+      exact.reader.rseek(11, 0);
+      VoMsgTnefAttribute inMemory(2, 6, static_cast<std::uint16_t>(nameId));
+      VoMsgTnefAttachData byReference(2, 6, static_cast<std::uint16_t>(nameId));
+      VoMsgTnefAttribute& one = longest > 4 ? inMemory : byReference;
+      int result = 0;
+      EXPECT_EQ(one.readData(result, nullptr, &exact.reader), nullptr);
+      EXPECT_EQ(codeText(static_cast<VoErrorCode>(result)), codeText(code));
+      EXPECT_TRUE(more > 0 || one.getDataSize() == longest);
     }
   }
 }
@@ -209,7 +248,67 @@ TEST(TnefMessage, AnswersWithACodeAndALine) {
   std::map<std::string, int> lines;
   for (const auto& line : log.debug)
     if (line.file == "VoMsgTnefMessage") ++lines[line.func];
-  EXPECT_EQ(lines, (std::map<std::string, int>{{"readFrom", 4}, {"writeTo", 5}, {"_parse", 4}}));
+  EXPECT_EQ(
+      lines,
+      (std::map<std::string, int>{
+          {"readFrom", 4}, {"writeTo", 5}, {"_parse", 4}, {"readMailBodyFrom", 1}, {"insertDisclaimerMessage", 1}}));
+}
+
+// Each failed call leaves one line, of records and values too.
+TEST(TnefMessage, EveryRefusalLeavesOneLine) {
+  ReadMessage read(stream(record(0x9003, list({text8(0x1000, "text")})) +
+                          attachment("a", "A", {text8(0x3707, "a"), property(3, 0x3705, "abcd")}) +
+                          record(0x9002, "")));
+  VoMsgTnefEntity& file = *read.child(1);
+  VoMsgMapiAttachment* const properties = file._getTnefBody()->_getAttachment();
+  VoMsgMapiProperty* const number = properties->getMapiPropertyAt(1);
+  auto* const data = dynamic_cast<VoMsgTnefAttachData*>(file._getTnefBody()->getTnefObjectByNameID(0x800F));
+  VoMsgResourceLocator* none = nullptr;
+  const VoMsgResourceLocator* target = nullptr;
+  VoMsgTnefMessage empty, foreign;
+  VoMsgMapiProperty unread;
+  unsigned short sum = 0;
+  int code = 0;
+  LimitedWriter full(0, 1);
+  const std::function<void()> refused[] = {
+      [&] { file.setContent(nullptr, "a/b", nullptr); },
+      [&] { file.setFileName(nullptr); },
+      [&] { file.setContentType(nullptr); },
+      [&] { read.child(0)->setAttachment(nullptr); },
+      [&] { file.removeChildEntityAt(0); },
+      [&] { file.setHeaderValue("Subject", "x", "utf-8", nullptr); },
+      [&] { read.message.setHeaderValue("Subject", "x", "utf-8", nullptr); },
+      [&] { read.message.appendEntity(nullptr); },
+      [&] { read.message.removeHeader("Subject"); },
+      [&] { read.child(2)->getContent(code, nullptr); },
+      [&] { read.child(2)->getTextContent(code, nullptr, "utf-8"); },
+      [&] { read.message.getRawContent(code, nullptr); },
+      [&] { file.copy(nullptr); },
+      [&] { read.message.copy(&empty); },
+      [&] { foreign.readMailHeaderFrom(nullptr); },
+      [&] { properties->readData(code, nullptr, nullptr); },
+      [&] { data->readData(code, &file, nullptr); },
+      [&] { unread.readMapiProperty(code, &file, nullptr); },
+      [&] { unread.setStringData("x"); },
+      [&] { number->setStringData("x"); },
+      [&] { number->getRawContent(nullptr, target); },
+      [&] { number->writeMapiProperty(nullptr, nullptr, sum); },
+      [&] { number->getMapiDataAt(0)->getContent(nullptr, target); },
+      [&] { number->getMapiDataAt(0)->writeMapiData(nullptr, nullptr, sum); },
+      [&] { data->getContent(nullptr, target); },
+      [&] { data->setContent(none); },
+      [&] { data->writeData(&full, nullptr); },
+      [&] { file._getTnefBody()->appendAttribute(nullptr); },
+      [&] { file._getTnefBody()->writeBodyPart(&full, nullptr); },
+      [&] { read.child(2)->_getTnefBody()->getRawContent(nullptr, target); },
+  };
+  RememberingLog log;
+  for (std::size_t i = 0; i < std::size(refused); ++i) {
+    log.debug.clear();
+    refused[i]();
+    EXPECT_EQ(log.count("failed. (error code:"), 1) << i;
+    EXPECT_EQ(log.debug.size(), 1u) << i;
+  }
 }
 
 TEST(TnefMessage, WrapsItselfInAMimeEntity) {

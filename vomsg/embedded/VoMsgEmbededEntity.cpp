@@ -23,6 +23,7 @@
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
+#include "vomsg/foundation/VoMsgShortage.h"
 #include "vomsg/foundation/VoObjectStub.h"
 
 using namespace vomsg::detail;
@@ -163,6 +164,12 @@ const char* VoMsgEmbededEntity::rawName() const {
   State& own = state();
   if (!own.hasName) own.hasName = !voFailed(readName(own.name));
   return own.hasName ? own.name.c_str() : nullptr;
+}
+
+// A block whose name could not be read for want of something must not lose it by being written anew.
+VoErrorCode VoMsgEmbededEntity::presentName(std::string& name) const {
+  const VoErrorCode code = readName(name);
+  return code == kVoDecodeFailed ? VoErrorCode{kVoSuccess} : code;
 }
 
 const char* VoMsgEmbededEntity::getFileName(const char* charset) const {
@@ -370,22 +377,26 @@ VoErrorCode VoMsgEmbededEntity::install(VoMsgResourceLocator* content, const cha
 
 VoErrorCode VoMsgEmbededEntity::installText(VoMsgResourceLocator* content, const char* charset) {
   if (!content) return kVoBadArgument;
+  // A charset that could not be read for want of something is not one that is missing.
+  const ShortageWatch watch;
   const char* const declared = whole() ? whole()->getCharset() : nullptr;
+  if (watch.seen()) return watch.code();
   const char* const to = declared && *declared && !whole()->isEpilogue() ? declared : "us-ascii";
   std::unique_ptr<VoMsgResourceLocator> converted;
   if (charset && !isBlock() && !voIsEqualCharsetName(to, charset)) {
     const VoErrorCode code = convertExactly(*content, to, charset, converted);
     if (voFailed(code)) return code;
   }
-  const std::string name(viewOf(rawName()));
-  return install(converted ? converted.get() : content, nullptr, false, name.c_str());
+  std::string name;
+  const VoErrorCode code = presentName(name);
+  return voFailed(code) ? code : install(converted ? converted.get() : content, nullptr, false, name.c_str());
 }
 
 VoErrorCode VoMsgEmbededEntity::setContent(VoMsgResourceLocator* content, const char*, const char* encoding) {
   const VoErrorCode code = guarded([&] {
-    const std::string given(content ? content->getResourceName(nullptr) : "");
-    const std::string name = given.empty() ? std::string(viewOf(rawName())) : given;
-    return install(content, encoding, false, name.c_str());
+    std::string name(content ? content->getResourceName(nullptr) : "");
+    const VoErrorCode named = name.empty() ? presentName(name) : VoErrorCode{kVoSuccess};
+    return voFailed(named) ? named : install(content, encoding, false, name.c_str());
   });
   if (!voFailed(code)) _freeTree();
   return VO_LOGGED(_getUUIDString(), code);
@@ -405,8 +416,9 @@ VoErrorCode VoMsgEmbededEntity::setTextContent(VoMsgResourceLocator* content, co
 
 VoErrorCode VoMsgEmbededEntity::replaceContent(VoMsgResourceLocator* content, const char* encoding) {
   const VoErrorCode code = guarded([&] {
-    const std::string name(viewOf(rawName()));
-    return install(content, encoding, false, name.c_str());
+    std::string name;
+    const VoErrorCode named = presentName(name);
+    return voFailed(named) ? named : install(content, encoding, false, name.c_str());
   });
   if (!voFailed(code)) _freeTree();
   return VO_LOGGED(_getUUIDString(), code);
@@ -441,14 +453,19 @@ VoErrorCode VoMsgEmbededEntity::setAttachment(VoMsgResourceLocator* content) {
 // ---- copying and writing
 
 VoErrorCode VoMsgEmbededEntity::copy(VoMsgEntity* from) {
-  return guarded([&]() -> VoErrorCode {
+  const VoErrorCode code = guarded([&]() -> VoErrorCode {
     const auto* const other = dynamic_cast<VoMsgEmbededEntity*>(from);
     if (!other) return kVoBadArgument;
+    std::unique_ptr<State> changed;
+    if (other->mpState && other->mpState->bytes.getObject()) {
+      changed = std::make_unique<State>();
+      changed->bytes = other->mpState->bytes;
+    }
+    mpState = std::move(changed);
     mPiece = other->mPiece;
-    mpState.reset();
-    if (other->mpState && other->mpState->bytes.getObject()) state().bytes = other->mpState->bytes;
     return kVoSuccess;
   });
+  return VO_LOGGED(_getUUIDString(), code);
 }
 
 VoErrorCode VoMsgEmbededEntity::_writeToResource(VoMsgBufferedWriter* writer) {
@@ -469,9 +486,11 @@ VoErrorCode VoMsgEmbededEntity::_writeToResource(VoMsgBufferedWriter* writer) {
       if (voFailed(code)) return code;
       if (!inner->flush()) return kVoWriteFailed;
     }
-    const std::string name(viewOf(rawName()));
+    std::string name;
+    VoErrorCode code = presentName(name);
+    if (voFailed(code)) return code;
     EmbeddedKind kind = mPiece.kind;
-    const VoErrorCode code = encodeInto(*block, *message, kind, name.c_str());
+    code = encodeInto(*block, *message, kind, name.c_str());
     return voFailed(code) ? code : encodeTransfer(TransferEncoding::identity, *writer, *block);
   });
 }

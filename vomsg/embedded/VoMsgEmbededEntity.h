@@ -77,6 +77,7 @@ class VOMSG_API VoMsgEmbededEntity : public VoMsgHeaderlessEntity {
   VoMsgMultiEmbededEntity* whole() const;
   State& state() const;
   const char* rawName() const;
+  VoErrorCode presentName(std::string& name) const;
   template <class Sink>
   VoErrorCode withBytes(Sink&& sink) const;
   VoErrorCode fetch(bool decode, std::unique_ptr<VoMsgResourceLocator>& kept, const VoMsgResourceLocator*& resource);

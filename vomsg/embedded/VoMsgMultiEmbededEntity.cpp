@@ -2,10 +2,13 @@
 
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 
 using vomsg::detail::guarded;
 
 namespace {
+
+constexpr char kLogSource[] = "VoMsgMultiEmbededEntity";
 
 const VoMsgResourceLocator* noContent(int& err) {
   err = static_cast<int>(kVoNoContent);
@@ -24,7 +27,7 @@ bool VoMsgMultiEmbededEntity::isMultipartEntity() const { return true; }
 bool VoMsgMultiEmbededEntity::_isModified() { return mPieceRemoved; }
 
 VoErrorCode VoMsgMultiEmbededEntity::removeChildEntityAt(unsigned i) {
-  if (!_removeChildAt(i)) return kVoOutOfRange;
+  if (!_removeChildAt(i)) return VO_LOGGED(_getUUIDString(), kVoOutOfRange);
   mPieceRemoved = true;
   return kVoSuccess;
 }
@@ -39,13 +42,16 @@ const char* VoMsgMultiEmbededEntity::getFileName(const char*) const { return nul
 unsigned VoMsgMultiEmbededEntity::getContentSize() const { return 0; }
 
 const VoMsgResourceLocator* VoMsgMultiEmbededEntity::getContent(int& err, const VoMsgResourceLocator*) {
+  VO_LOGGED(_getUUIDString(), kVoNoContent);
   return noContent(err);
 }
 const VoMsgResourceLocator* VoMsgMultiEmbededEntity::getTextContent(int& err, const VoMsgResourceLocator*,
                                                                     const char*) {
+  VO_LOGGED(_getUUIDString(), kVoNoContent);
   return noContent(err);
 }
 const VoMsgResourceLocator* VoMsgMultiEmbededEntity::getRawContent(int& err, const VoMsgResourceLocator*) {
+  VO_LOGGED(_getUUIDString(), kVoNoContent);
   return noContent(err);
 }
 const VoMsgResourceLocator* VoMsgMultiEmbededEntity::_getContent(int& err, const VoMsgResourceLocator*) {
@@ -60,26 +66,30 @@ const VoMsgResourceLocator* VoMsgMultiEmbededEntity::_getTextContent(int& err, c
 }
 
 VoErrorCode VoMsgMultiEmbededEntity::setContent(VoMsgResourceLocator*, const char*, const char*) {
-  return kVoNoContent;
+  return VO_LOGGED(_getUUIDString(), kVoNoContent);
 }
 VoErrorCode VoMsgMultiEmbededEntity::setTextContent(VoMsgResourceLocator*, const char*, const char*) {
-  return kVoNoContent;
+  return VO_LOGGED(_getUUIDString(), kVoNoContent);
 }
 VoErrorCode VoMsgMultiEmbededEntity::setRawContent(VoMsgResourceLocator*, const char*, const char*) {
-  return kVoNoContent;
+  return VO_LOGGED(_getUUIDString(), kVoNoContent);
 }
-VoErrorCode VoMsgMultiEmbededEntity::replaceContent(VoMsgResourceLocator*, const char*) { return kVoNoContent; }
+VoErrorCode VoMsgMultiEmbededEntity::replaceContent(VoMsgResourceLocator*, const char*) {
+  return VO_LOGGED(_getUUIDString(), kVoNoContent);
+}
 VoErrorCode VoMsgMultiEmbededEntity::replaceTextContent(VoMsgResourceLocator*, const char*, VoMsgReplaceOption) {
-  return kVoNoContent;
+  return VO_LOGGED(_getUUIDString(), kVoNoContent);
 }
-VoErrorCode VoMsgMultiEmbededEntity::setFileName(const char*) { return kVoNotSupported; }
-VoErrorCode VoMsgMultiEmbededEntity::setAttachment(VoMsgResourceLocator*) { return kVoNoContent; }
+VoErrorCode VoMsgMultiEmbededEntity::setFileName(const char*) { return VO_LOGGED(_getUUIDString(), kVoNotSupported); }
+VoErrorCode VoMsgMultiEmbededEntity::setAttachment(VoMsgResourceLocator*) {
+  return VO_LOGGED(_getUUIDString(), kVoNoContent);
+}
 
 void VoMsgMultiEmbededEntity::dumpEntityInf(std::FILE* out) { _dumpEntityInf(out); }
 
 VoErrorCode VoMsgMultiEmbededEntity::copy(VoMsgEntity* from) {
   const auto* const other = dynamic_cast<VoMsgMultiEmbededEntity*>(from);
-  if (!other) return kVoBadArgument;
+  if (!other) return VO_LOGGED(_getUUIDString(), kVoBadArgument);
   mText = other->mText;
   mEpilogue = other->mEpilogue;
   mPieceRemoved = other->mPieceRemoved;

@@ -7,15 +7,18 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
+#include "vomsg/tnef/VoMsgMapiChildren.h"
 #include "vomsg/tnef/VoMsgMapiList.h"
 #include "vomsg/tnef/VoMsgTnefCursor.h"
 #include "vomsg/tnef/VoTnefInteger.h"
+#include "vomsg/tnef/tables/VoTnefRecordKinds.h"
 
 using namespace vomsg::detail;
 
 namespace {
 
-constexpr std::uint32_t kIdBytes = 5;           // level and ids
+constexpr char kLogSource[] = "VoMsgMapiAttachment";
 constexpr std::uint32_t kSmallestProperty = 8;  // type, id, and a number of values or one value
 
 }  // namespace
@@ -26,7 +29,7 @@ VoMsgMapiAttachment::VoMsgMapiAttachment(unsigned char level, unsigned short typ
 VoMsgMapiAttachment::~VoMsgMapiAttachment() = default;
 
 VoMsgTnefAttribute* VoMsgMapiAttachment::copy(VoMsgTnefEntity*) {
-  return guardedOr<VoMsgTnefAttribute*>(nullptr, [&]() -> VoMsgTnefAttribute* {
+  auto* const copied = guardedOr<VoMsgTnefAttribute*>(nullptr, [&]() -> VoMsgTnefAttribute* {
     auto other = std::make_unique<VoMsgMapiAttachment>(mLvlType, mTypeID, mNameID);
     other->takeHead(*this);
     other->mNumOfProperties = mNumOfProperties;
@@ -37,19 +40,25 @@ VoMsgTnefAttribute* VoMsgMapiAttachment::copy(VoMsgTnefEntity*) {
     }
     return other.release();
   });
+  if (!copied) VO_LOGGED("", kVoNoMemory);
+  return copied;
 }
 
-template <class ReadProperty>
-VoErrorCode VoMsgMapiAttachment::readWith(TnefCursor& cursor, std::uint32_t offset, ReadProperty&& readProperty) {
+VoErrorCode VoMsgMapiAttachment::readList(TnefCursor& cursor, std::uint32_t offset, MapiChildren* children) {
   mOffset = static_cast<std::int32_t>(offset);
   mLen = cursor.readInt32();
   const std::uint32_t dataOffset = cursor.position();
   mNumOfProperties = cursor.readInt32();
   mpMapiPropertyList.clear();
   mpMapiPropertyList.reserve(std::min(mNumOfProperties, cursor.left() / kSmallestProperty + 1));
-  for (std::uint32_t i = 0; i < mNumOfProperties; ++i) {
+  MapiListWalk walk(mNumOfProperties);
+  for (;;) {
+    MapiListWalk::Event event;
+    VoErrorCode code = walk.next(cursor, event);
+    if (voFailed(code)) return code;
+    if (event == MapiListWalk::Event::end) break;
     VoMsgMapiProperty property;
-    const VoErrorCode code = readProperty(property);
+    code = property._readProperty(cursor, walk, children);
     if (voFailed(code)) return code;
     mpMapiPropertyList.push_back(std::move(property));
   }
@@ -61,31 +70,18 @@ VoErrorCode VoMsgMapiAttachment::readWith(TnefCursor& cursor, std::uint32_t offs
 }
 
 VoErrorCode VoMsgMapiAttachment::_readRecord(TnefCursor& cursor, std::uint32_t offset) {
-  return readWith(cursor, offset, [&](VoMsgMapiProperty& property) { return property._readProperty(cursor); });
+  return readList(cursor, offset, nullptr);
 }
 
 VoMsgTnefEntity* VoMsgMapiAttachment::readData(int& result, VoMsgTnefEntity* messageEntity,
                                                VoMsgBufferedReader* source) {
-  VoMsgTnefEntity* last = nullptr;
-  const VoErrorCode code = guarded([&]() -> VoErrorCode {
-    if (!source) return kVoReadFailed;
-    TnefCursor cursor(*source);
-    if (!cursor.isReadable()) return kVoReadFailed;
+  MapiChildren children(messageEntity, source);
+  const VoErrorCode code = children.read([&](TnefCursor& cursor) {
     const std::uint32_t position = cursor.position();
-    const VoErrorCode read =
-        readWith(cursor, position - std::min(position, kIdBytes), [&](VoMsgMapiProperty& property) {
-          cursor.settle();
-          int propertyResult = 0;
-          VoMsgTnefEntity* const child = property.readMapiProperty(propertyResult, messageEntity, source);
-          if (child) last = child;
-          cursor.moveTo(source->getOffset());
-          return static_cast<VoErrorCode>(propertyResult);
-        });
-    cursor.settle();
-    return read;
+    return readList(cursor, position - std::min(position, kTnefIdBytes), &children);
   });
-  result = static_cast<int>(code);
-  return voFailed(code) ? nullptr : last;
+  result = static_cast<int>(VO_LOGGED(children.tag(), code));
+  return voFailed(code) ? nullptr : children.last();
 }
 
 bool VoMsgMapiAttachment::_isModified() {
@@ -98,7 +94,7 @@ void VoMsgMapiAttachment::setData(const char*, unsigned int) {}
 VoErrorCode VoMsgMapiAttachment::_writeNewData(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) {
   if (!writer) return kVoWriteFailed;
   const std::uint64_t length = _getDataSize() + 4;
-  if (length > 0x7FFFFFFF) return kVoWriteFailed;
+  if (length > kMostTnefBytes) return kVoWriteFailed;
   mLen = static_cast<std::uint32_t>(length);
   mNumOfProperties = countProperties();
   writeHead(writer, mLen);
@@ -106,7 +102,7 @@ VoErrorCode VoMsgMapiAttachment::_writeNewData(VoMsgBufferedWriter* writer, VoMs
   unsigned short checkSum = 0;
   _tnefSetInt32(writer, mNumOfProperties, checkSum);
   for (VoMsgMapiProperty& property : mpMapiPropertyList) {
-    const VoErrorCode code = property.writeMapiProperty(writer, source, checkSum);
+    const VoErrorCode code = property._write(writer, source, checkSum);
     if (voFailed(code)) return code;
   }
   mCheckSum = checkSum;
@@ -116,7 +112,7 @@ VoErrorCode VoMsgMapiAttachment::_writeNewData(VoMsgBufferedWriter* writer, VoMs
 
 // A length that the end belied is a new one now, so the list is written anew.
 VoErrorCode VoMsgMapiAttachment::_writeWhole(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) {
-  return mMissing > 0 && !mIsBroken ? _writeNewData(writer, source) : writeData(writer, source);
+  return mMissing > 0 && !mIsBroken ? _writeNewData(writer, source) : _writeAsIs(writer, source);
 }
 
 VoMsgMapiProperty* VoMsgMapiAttachment::getMapiPropertyAt(std::uint32_t i) {

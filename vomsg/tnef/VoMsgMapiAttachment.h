@@ -41,8 +41,7 @@ class VOMSG_API VoMsgMapiAttachment : public VoMsgTnefAttribute {
   bool _removeValue(std::uint32_t offset);
 
  private:
-  template <class ReadProperty>
-  VoErrorCode readWith(vomsg::detail::TnefCursor& cursor, std::uint32_t offset, ReadProperty&& readProperty);
+  VoErrorCode readList(vomsg::detail::TnefCursor& cursor, std::uint32_t offset, vomsg::detail::MapiChildren* children);
 
   std::uint32_t mNumOfProperties = 0;
   std::vector<VoMsgMapiProperty> mpMapiPropertyList;

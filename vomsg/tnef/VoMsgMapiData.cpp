@@ -9,20 +9,24 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgDump.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/tnef/VoMsgMapiChildren.h"
 #include "vomsg/tnef/VoMsgMapiList.h"
 #include "vomsg/tnef/VoMsgTnefContent.h"
 #include "vomsg/tnef/VoMsgTnefCursor.h"
 #include "vomsg/tnef/VoMsgTnefEntity.h"
 #include "vomsg/tnef/VoMsgTnefText.h"
 #include "vomsg/tnef/VoTnefInteger.h"
+#include "vomsg/tnef/tables/VoTnefRecordKinds.h"
 
 using namespace vomsg::detail;
 
 namespace {
 
+constexpr char kLogSource[] = "VoMsgMapiData";
 constexpr unsigned kBlockSlack = 16;  // so that a text always ends in NULs
 
 void addCheckSum(unsigned short& checkSum, const char* data, unsigned length) {
@@ -74,7 +78,10 @@ char* VoMsgMapiData::takeBlock(std::uint32_t length) {
   mMapiPaddingSize = mapiPadding(length);
   if (length == 0) return nullptr;
   char* const block = static_cast<char*>(std::malloc(std::size_t{length} + kBlockSlack));
-  if (!block) return nullptr;
+  if (!block) {
+    noteShortage(kVoNoMemory);
+    return nullptr;
+  }
   std::memset(block + length, 0, kBlockSlack);
   mpBlock = block;
   mHolding = Holding::block;
@@ -82,42 +89,37 @@ char* VoMsgMapiData::takeBlock(std::uint32_t length) {
 }
 
 VoMsgTnefEntity* VoMsgMapiData::readMapiData(int& result, VoMsgTnefEntity* messageEntity, VoMsgBufferedReader* source) {
-  VoMsgTnefEntity* child = nullptr;
-  const VoErrorCode code = guarded([&]() -> VoErrorCode {
-    if (!source) return kVoReadFailed;
-    TnefCursor cursor(*source);
-    if (!cursor.isReadable()) return kVoReadFailed;
-    cursor.setReadsStreams(messageEntity && VoMsgTnefEntity::_mayNest(messageEntity->getNestingLevel()));
+  MapiChildren children(messageEntity, source);
+  const VoErrorCode code = children.read([&](TnefCursor& cursor) {
     MapiValueHead head;
     VoErrorCode read = readValueHead(cursor, mMapiType, head);
-    if (voFailed(read)) return read;
-    child = VoMsgTnefEntity::_createValueChild(messageEntity, mMapiType, mMapiName, head, cursor.readsStreams());
-    if (child && head.holdsStream) read = child->_readNestedMessage(*source, head);
-    if (!voFailed(read)) read = _readValue(cursor, head, isChildValue(mMapiType, mMapiName, head));
-    cursor.settle();
+    if (!voFailed(read)) read = _readValue(cursor, head, &children);
+    if (!voFailed(read)) cursor.moveTo(head.end);
     return read;
   });
-  result = static_cast<int>(code);
-  return voFailed(code) ? nullptr : child;
+  result = static_cast<int>(VO_LOGGED(children.tag(), code));
+  return voFailed(code) ? nullptr : children.last();
 }
 
-VoErrorCode VoMsgMapiData::_readValue(TnefCursor& cursor, const MapiValueHead& head, bool isChild) {
+VoErrorCode VoMsgMapiData::_readValue(TnefCursor& cursor, const MapiValueHead& head, MapiChildren* children) {
+  const VoErrorCode made =
+      children ? children->make(mMapiType, mMapiName, head, cursor.readsStreams()) : VoErrorCode{kVoSuccess};
+  if (voFailed(made)) return made;
   release();
   mOffset = head.offset;
+  mSourceSize = head.sourceSize();
   mHasTnefMessage = head.holdsStream && cursor.readsStreams();
   mMapiDataSize = head.length;
   mMapiPaddingSize = head.padding;
   if (mapiTypeRow(mMapiType).form == MapiForm::fixed) {
     cursor.read(mInline, head.length);
     mHolding = Holding::inlined;
-  } else if (_isStringOrBinary() && !isChild && head.length > 0) {
+  } else if (_isStringOrBinary() && !isChildValue(mMapiType, mMapiName, head) && head.length > 0) {
     char* const block = takeBlock(head.length);
     if (!block) return kVoNoMemory;
     cursor.read(block, head.length);
   }
-  const VoErrorCode code = skipValue(cursor, head);
-  mSourceSize = cursor.position() - head.offset;
-  return code;
+  return kVoSuccess;
 }
 
 bool VoMsgMapiData::_isStringOrBinary() const { return mapiTypeRow(mMapiType).form == MapiForm::prefixed; }
@@ -127,7 +129,7 @@ const char* VoMsgMapiData::getData() const {
 }
 
 std::string VoMsgMapiData::getStringData() const {
-  const unsigned base = mMapiType & 0x0FFF;
+  const unsigned base = mapiBaseType(mMapiType);
   if (mHolding != Holding::block || (base != kPtString8 && base != kPtUnicode)) return {};
   return guardedOr(std::string(), [&] {
     const std::string_view bytes(mpBlock, mMapiDataSize);
@@ -136,22 +138,35 @@ std::string VoMsgMapiData::getStringData() const {
 }
 
 VoErrorCode VoMsgMapiData::setStringData(const char* text) {
+  VoMsgMapiData next(mMapiType, mMapiName, true);
+  const VoErrorCode code = _withStringData(text, next);
+  if (!voFailed(code)) *this = std::move(next);
+  return VO_LOGGED("", code);
+}
+
+VoErrorCode VoMsgMapiData::_withStringData(const char* text, VoMsgMapiData& next) const {
   if (!text) return kVoBadArgument;
-  const unsigned base = mMapiType & 0x0FFF;
+  const unsigned base = mapiBaseType(mMapiType);
   if (base != kPtString8 && base != kPtUnicode) return kVoNotSupported;
   return guarded([&]() -> VoErrorCode {
     std::string bytes = base == kPtUnicode ? utf16FromUtf8(text) : std::string(text);
     bytes.append(base == kPtUnicode ? 2 : 1, '\0');
-    if (bytes.size() > 0x7FFFFFFF) return kVoNoMemory;
-    char* const block = takeBlock(static_cast<std::uint32_t>(bytes.size()));
-    mIsModified = true;
+    if (bytes.size() > kMostTnefBytes) return kVoNoMemory;
+    char* const block = next.takeBlock(static_cast<std::uint32_t>(bytes.size()));
     if (!block) return kVoNoMemory;
     std::memcpy(block, bytes.data(), bytes.size());
+    next.mHasTnefMessage = mHasTnefMessage;
+    next.mOffset = mOffset;
+    next.mSourceSize = mSourceSize;
     return kVoSuccess;
   });
 }
 
 VoErrorCode VoMsgMapiData::getContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target) {
+  return VO_LOGGED("", _getContent(source, target));
+}
+
+VoErrorCode VoMsgMapiData::_getContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target) {
   return guarded([&]() -> VoErrorCode {
     const MapiForm form = mapiTypeRow(mMapiType).form;
     const bool isObject = form == MapiForm::object;
@@ -182,28 +197,40 @@ VoErrorCode VoMsgMapiData::getContent(VoMsgBufferedReader* source, const VoMsgRe
   });
 }
 
-VoErrorCode VoMsgMapiData::_setContent(VoMsgResourceLocator* resource, VoMsgBufferedReader* source) {
-  if (!resource) return kVoBadArgument;
+VoErrorCode VoMsgMapiData::_setContent(std::unique_ptr<VoMsgResourceLocator> content, VoMsgBufferedReader* source) {
+  VoMsgMapiData next(mMapiType, mMapiName, true);
+  const VoErrorCode code = _withContent(content, source, next);
+  if (!voFailed(code)) *this = std::move(next);
+  return code;
+}
+
+VoErrorCode VoMsgMapiData::_withContent(std::unique_ptr<VoMsgResourceLocator>& content, VoMsgBufferedReader* source,
+                                        VoMsgMapiData& next) const {
+  if (!content) return kVoBadArgument;
   const bool isObject = mapiTypeRow(mMapiType).form == MapiForm::object;
-  if (!isObject && (mMapiType & 0x0FFF) != kPtBinary) return kVoNotSupported;
+  if (!isObject && mapiBaseType(mMapiType) != kPtBinary) return kVoNotSupported;
   return guarded([&]() -> VoErrorCode {
     const std::uint64_t length =
-        std::uint64_t{resource->getSize(VoMsgResourceLocator::dataPart)} + (isObject ? kInterfaceIdBytes : 0);
-    if (length > 0x7FFFFFFF) return kVoNoMemory;
+        std::uint64_t{content->getSize(VoMsgResourceLocator::dataPart)} + (isObject ? kInterfaceIdBytes : 0);
+    if (length > kMostTnefBytes) return kVoNoMemory;
     auto replacement = std::make_unique<Replacement>();
     if (mHolding == Holding::replaced) {
       std::memcpy(replacement->interfaceId, mpReplacement->interfaceId, kInterfaceIdBytes);
     } else if (isObject) {
-      if (!source || !moveTo(*source, std::uint64_t{mOffset} + 4)) return kVoReadFailed;
-      source->read(replacement->interfaceId, kInterfaceIdBytes);
+      if (!source || !moveTo(*source, std::uint64_t{mOffset} + 4) ||
+          source->read(replacement->interfaceId, kInterfaceIdBytes) < kInterfaceIdBytes)
+        return kVoReadFailed;
     }
-    replacement->content.reset(resource);
-    release();
-    mpReplacement = replacement.release();
-    mHolding = Holding::replaced;
-    mMapiDataSize = static_cast<std::uint32_t>(length);
-    mMapiPaddingSize = mapiPadding(mMapiDataSize);
-    mIsModified = true;
+    replacement->content = std::move(content);
+    next.mMapiType = mMapiType;
+    next.mMapiName = mMapiName;
+    next.mHasTnefMessage = mHasTnefMessage;
+    next.mOffset = mOffset;
+    next.mSourceSize = mSourceSize;
+    next.mpReplacement = replacement.release();
+    next.mHolding = Holding::replaced;
+    next.mMapiDataSize = static_cast<std::uint32_t>(length);
+    next.mMapiPaddingSize = mapiPadding(next.mMapiDataSize);
     return kVoSuccess;
   });
 }
@@ -223,6 +250,10 @@ std::uint32_t VoMsgMapiData::_getSize() const {
 
 VoErrorCode VoMsgMapiData::writeMapiData(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source,
                                          unsigned short& checkSum) {
+  return VO_LOGGED("", _write(writer, source, checkSum));
+}
+
+VoErrorCode VoMsgMapiData::_write(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source, unsigned short& checkSum) {
   if (!writer) return kVoWriteFailed;
   // A number that the end cut short is written in full, or what follows it in the list would be taken for its rest.
   const bool isWhole = mSourceSize == _getSize();

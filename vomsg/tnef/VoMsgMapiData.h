@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include "vomsg/foundation/VoErrorCode.h"
@@ -14,6 +15,7 @@ class VoMsgBufferedWriter;
 class VoMsgResourceLocator;
 class VoMsgTnefEntity;
 namespace vomsg::detail {
+class MapiChildren;
 class TnefCursor;
 struct MapiValueHead;
 }  // namespace vomsg::detail
@@ -44,9 +46,9 @@ class VOMSG_API VoMsgMapiData {
   // `target` receives it; for a null one a temporary resource is made, which is then the caller's.
   // kVoNoContent: no bytes, or a value of another type; else as VoMsgTnefAttachData::getContent.
   VoErrorCode getContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target);
-  // Replaces the content of a PT_BINARY or PT_OBJECT by the resource, which the value takes over; an object keeps the
+  // Replaces the content of a PT_BINARY or PT_OBJECT by `content`; an object keeps the
   // interface id that `source` has for it. kVoNotSupported: other types.
-  VoErrorCode _setContent(VoMsgResourceLocator* resource, VoMsgBufferedReader* source);
+  VoErrorCode _setContent(std::unique_ptr<VoMsgResourceLocator> content, VoMsgBufferedReader* source);
   VoErrorCode _copyBodyFromSource(const VoMsgResourceLocator* target, VoMsgBufferedReader* source, unsigned int length);
 
   bool _isStringOrBinary() const;
@@ -68,9 +70,18 @@ class VOMSG_API VoMsgMapiData {
   bool copy(const VoMsgMapiData& from);
   void dumpMapiData(std::FILE* out) const;
 
-  // Takes the value that `head` describes; the cursor stands at its first byte and moves behind its padding. `isChild`
-  // tells that it has become an entity, so that its bytes stay where they are.
-  VoErrorCode _readValue(vomsg::detail::TnefCursor& cursor, const vomsg::detail::MapiValueHead& head, bool isChild);
+  // Takes the value that `head` describes; the cursor stands at its first byte. What becomes an entity is not held, and
+  // its entity is made by `children`, unless that is null.
+  VoErrorCode _readValue(vomsg::detail::TnefCursor& cursor, const vomsg::detail::MapiValueHead& head,
+                         vomsg::detail::MapiChildren* children);
+  // The same operations without a log line.
+  VoErrorCode _write(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source, unsigned short& checkSum);
+  VoErrorCode _getContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target);
+  // Makes `next` this value with another text, to be moved here when nothing else can fail; as setStringData.
+  VoErrorCode _withStringData(const char* text, VoMsgMapiData& next) const;
+  // The same with other content, which is taken over on success; as _setContent.
+  VoErrorCode _withContent(std::unique_ptr<VoMsgResourceLocator>& content, VoMsgBufferedReader* source,
+                           VoMsgMapiData& next) const;
 
  private:
   enum class Holding : std::uint8_t {

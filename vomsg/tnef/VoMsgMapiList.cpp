@@ -1,10 +1,26 @@
 #include "vomsg/tnef/VoMsgMapiList.h"
 
+#include <algorithm>
+
 #include "vomsg/tnef/VoTnefInteger.h"
 
 namespace vomsg::detail {
 
-VoErrorCode readPropertyHead(TnefCursor& cursor, MapiPropertyHead& head) {
+VoErrorCode MapiListWalk::next(TnefCursor& cursor, Event& event) {
+  if (mIsAtValue && !cursor.moveTo(mValue.end)) return kVoBadFormat;
+  mIsAtValue = mValuesLeft > 0;
+  if (mIsAtValue) {
+    --mValuesLeft;
+    event = Event::value;
+    return readValueHead(cursor, mProperty.type, mValue);
+  }
+  event = mPropertiesLeft > 0 ? Event::property : Event::end;
+  return mPropertiesLeft > 0 ? readProperty(cursor) : kVoSuccess;
+}
+
+VoErrorCode MapiListWalk::readProperty(TnefCursor& cursor) {
+  --mPropertiesLeft;
+  MapiPropertyHead& head = mProperty;
   head = {};
   head.type = cursor.readInt16();
   head.id = cursor.readInt16();
@@ -18,7 +34,7 @@ VoErrorCode readPropertyHead(TnefCursor& cursor, MapiPropertyHead& head) {
       if (!cursor.skip(std::uint64_t{head.nameNumber} + mapiPadding(head.nameNumber))) return kVoBadFormat;
     }
   }
-  head.valueCount = isCountedMapiType(head.type) ? cursor.readInt32() : 1;
+  head.valueCount = mValuesLeft = isCountedMapiType(head.type) ? cursor.readInt32() : 1;
   return kVoSuccess;
 }
 
@@ -32,6 +48,10 @@ VoErrorCode readValueHead(TnefCursor& cursor, std::uint16_t type, MapiValueHead&
   if (row.form == MapiForm::fixed) {
     head.length = row.size;
     head.padding = row.filler;
+    // A number that the end cuts short is filled up with zeros, but what lies behind a number must be there.
+    const std::uint64_t end = std::uint64_t{head.offset} + row.size + row.filler;
+    if (end > cursor.end() && row.filler > 0) return kVoBadFormat;
+    head.end = static_cast<std::uint32_t>(std::min<std::uint64_t>(end, cursor.end()));
     return kVoSuccess;
   }
   if (cursor.left() < 4) return kVoBadFormat;
@@ -40,6 +60,7 @@ VoErrorCode readValueHead(TnefCursor& cursor, std::uint16_t type, MapiValueHead&
   head.dataOffset = cursor.position();
   if (head.length > cursor.size()) return kVoReadFailed;
   if (std::uint64_t{head.length} + head.padding > cursor.left()) return kVoBadFormat;
+  head.end = head.dataOffset + head.length + head.padding;
   if (row.form == MapiForm::object && head.length > 0) {
     if (head.length < kInterfaceIdBytes) return kVoTnefMalformed;
     if (head.length >= kInterfaceIdBytes + 4) {
@@ -49,13 +70,6 @@ VoErrorCode readValueHead(TnefCursor& cursor, std::uint16_t type, MapiValueHead&
     }
   }
   return kVoSuccess;
-}
-
-// A number that the end cuts short has been filled up with zeros, but what lies behind a number must be there.
-VoErrorCode skipValue(TnefCursor& cursor, const MapiValueHead& head) {
-  const std::uint64_t dataEnd = std::uint64_t{head.dataOffset} + head.length;
-  if (dataEnd >= cursor.end() && head.padding == 0) return cursor.moveTo(cursor.end()) ? kVoSuccess : kVoBadFormat;
-  return cursor.moveTo(dataEnd + head.padding) ? kVoSuccess : kVoBadFormat;
 }
 
 }  // namespace vomsg::detail

@@ -7,6 +7,8 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
+#include "vomsg/tnef/VoMsgMapiChildren.h"
 #include "vomsg/tnef/VoMsgMapiList.h"
 #include "vomsg/tnef/VoMsgTnefCursor.h"
 #include "vomsg/tnef/VoTnefInteger.h"
@@ -14,6 +16,8 @@
 using namespace vomsg::detail;
 
 namespace {
+
+constexpr char kLogSource[] = "VoMsgMapiProperty";
 
 // The least that a value takes in a stream, the last one apart, which the end may have cut short.
 std::uint32_t smallestValue(std::uint16_t type) {
@@ -28,76 +32,61 @@ VoMsgMapiProperty::VoMsgMapiProperty(VoMsgMapiProperty&& other) noexcept = defau
 VoMsgMapiProperty& VoMsgMapiProperty::operator=(VoMsgMapiProperty&& other) noexcept = default;
 VoMsgMapiProperty::~VoMsgMapiProperty() = default;
 
-bool VoMsgMapiProperty::_takeHead(TnefCursor& cursor, const MapiPropertyHead& head) {
+// The cursor ends where it was.
+void VoMsgMapiProperty::takeHead(TnefCursor& cursor, const MapiPropertyHead& head) {
   mMapiType = head.type;
   mMapiName = head.id;
-  if (!head.isNamed()) return true;
-  return guardedOr(false, [&] {
-    mpNamedPart = std::make_unique<NamedPart>();
-    std::memcpy(mpNamedPart->propertySet, head.propertySet, sizeof head.propertySet);
-    mpNamedPart->kind = head.nameKind;
-    mpNamedPart->number = head.nameNumber;
-    if (head.hasTextName()) {
-      const std::uint32_t position = cursor.position();
-      mpNamedPart->name.resize(head.nameNumber);
-      cursor.moveTo(head.nameOffset);
-      cursor.read(mpNamedPart->name.data(), head.nameNumber);
-      cursor.moveTo(position);
-    }
-    return true;
-  });
+  if (!head.isNamed()) return;
+  mpNamedPart = std::make_unique<NamedPart>();
+  std::memcpy(mpNamedPart->propertySet, head.propertySet, sizeof head.propertySet);
+  mpNamedPart->kind = head.nameKind;
+  mpNamedPart->number = head.nameNumber;
+  if (!head.hasTextName()) return;
+  const std::uint32_t position = cursor.position();
+  mpNamedPart->name.resize(head.nameNumber);
+  cursor.moveTo(head.nameOffset);
+  cursor.read(mpNamedPart->name.data(), head.nameNumber);
+  cursor.moveTo(position);
 }
 
 // The list is sized once, for what the count claims but no more than what is left could hold: growing it would hold
 // three times as much for a moment.
-template <class ReadValue>
-VoErrorCode VoMsgMapiProperty::readWith(TnefCursor& cursor, ReadValue&& readValue) {
-  MapiPropertyHead head;
-  VoErrorCode code = readPropertyHead(cursor, head);
-  if (voFailed(code)) return code;
-  if (!_takeHead(cursor, head)) return kVoNoMemory;
-  mMapiDataList.reserve(std::min(head.valueCount, cursor.left() / smallestValue(mMapiType) + 1));
-  for (std::uint32_t i = 0; i < head.valueCount && !voFailed(code); ++i) {
+VoErrorCode VoMsgMapiProperty::_readProperty(TnefCursor& cursor, MapiListWalk& walk, MapiChildren* children) {
+  const std::uint32_t count = walk.property().valueCount;
+  takeHead(cursor, walk.property());
+  mMapiDataList.reserve(std::min(count, cursor.left() / smallestValue(mMapiType) + 1));
+  for (std::uint32_t i = 0; i < count; ++i) {
+    MapiListWalk::Event event;
+    VoErrorCode code = walk.next(cursor, event);
     VoMsgMapiData value(mMapiType, mMapiName, false);
-    code = readValue(value);
-    if (!voFailed(code)) mMapiDataList.push_back(std::move(value));
-  }
-  return code;
-}
-
-VoErrorCode VoMsgMapiProperty::_readProperty(TnefCursor& cursor) {
-  return readWith(cursor, [&](VoMsgMapiData& value) {
-    MapiValueHead head;
-    const VoErrorCode code = readValueHead(cursor, mMapiType, head);
+    if (!voFailed(code)) code = value._readValue(cursor, walk.value(), children);
     if (voFailed(code)) return code;
-    return value._readValue(cursor, head, isChildValue(mMapiType, mMapiName, head));
-  });
+    mMapiDataList.push_back(std::move(value));
+  }
+  return kVoSuccess;
 }
 
 VoMsgTnefEntity* VoMsgMapiProperty::readMapiProperty(int& result, VoMsgTnefEntity* messageEntity,
                                                      VoMsgBufferedReader* source) {
-  VoMsgTnefEntity* last = nullptr;
-  const VoErrorCode code = guarded([&]() -> VoErrorCode {
-    if (!source) return kVoReadFailed;
-    TnefCursor cursor(*source);
-    if (!cursor.isReadable()) return kVoReadFailed;
-    const VoErrorCode read = readWith(cursor, [&](VoMsgMapiData& value) {
-      cursor.settle();
-      int valueResult = 0;
-      VoMsgTnefEntity* const child = value.readMapiData(valueResult, messageEntity, source);
-      if (child) last = child;
-      cursor.moveTo(source->getOffset());
-      return static_cast<VoErrorCode>(valueResult);
-    });
-    cursor.settle();
-    return read;
+  MapiChildren children(messageEntity, source);
+  const VoErrorCode code = children.read([&](TnefCursor& cursor) {
+    MapiListWalk walk(1);
+    MapiListWalk::Event event;
+    VoErrorCode read = walk.next(cursor, event);
+    if (!voFailed(read)) read = _readProperty(cursor, walk, &children);
+    return voFailed(read) ? read : walk.next(cursor, event);
   });
-  result = static_cast<int>(code);
-  return voFailed(code) ? nullptr : last;
+  result = static_cast<int>(VO_LOGGED(children.tag(), code));
+  return voFailed(code) ? nullptr : children.last();
 }
 
 VoErrorCode VoMsgMapiProperty::writeMapiProperty(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source,
                                                  unsigned short& checkSum) {
+  return VO_LOGGED("", _write(writer, source, checkSum));
+}
+
+VoErrorCode VoMsgMapiProperty::_write(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source,
+                                      unsigned short& checkSum) {
   if (!writer) return kVoWriteFailed;
   const auto writeBytes = [&](const char* data, std::uint32_t length) {
     writer->write(data, length);
@@ -117,14 +106,14 @@ VoErrorCode VoMsgMapiProperty::writeMapiProperty(VoMsgBufferedWriter* writer, Vo
   }
   if (_isMultipleValue()) _tnefSetInt32(writer, countMapiData(), checkSum);
   for (VoMsgMapiData& value : mMapiDataList) {
-    const VoErrorCode code = value.writeMapiData(writer, source, checkSum);
+    const VoErrorCode code = value._write(writer, source, checkSum);
     if (voFailed(code)) return code;
   }
   return kVoSuccess;
 }
 
 const char* VoMsgMapiProperty::getStringData() const {
-  const unsigned base = mMapiType & 0x0FFF;
+  const unsigned base = mapiBaseType(mMapiType);
   if (mMapiDataList.empty() || (base != kPtString8 && base != kPtUnicode)) return nullptr;
   return guardedOr<const char*>(nullptr, [&] {
     std::string text = mMapiDataList.front().getStringData();
@@ -134,11 +123,15 @@ const char* VoMsgMapiProperty::getStringData() const {
 }
 
 VoErrorCode VoMsgMapiProperty::setStringData(const char* text) {
-  return mMapiDataList.empty() ? kVoNoContent : mMapiDataList.front().setStringData(text);
+  return mMapiDataList.empty() ? VO_LOGGED("", kVoNoContent) : mMapiDataList.front().setStringData(text);
 }
 
 VoErrorCode VoMsgMapiProperty::getRawContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target) {
-  return mMapiDataList.empty() ? kVoNoContent : mMapiDataList.front().getContent(source, target);
+  return VO_LOGGED("", _getRawContent(source, target));
+}
+
+VoErrorCode VoMsgMapiProperty::_getRawContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target) {
+  return mMapiDataList.empty() ? kVoNoContent : mMapiDataList.front()._getContent(source, target);
 }
 
 VoMsgMapiData* VoMsgMapiProperty::getMapiDataAt(std::uint32_t i) {
@@ -163,6 +156,8 @@ bool VoMsgMapiProperty::hasAttachedTnefMessage() const {
   return std::any_of(mMapiDataList.begin(), mMapiDataList.end(),
                      [](const VoMsgMapiData& value) { return value.hasAttachedTnefMessage(); });
 }
+
+bool VoMsgMapiProperty::_isUserDefinedNameToID() const { return mMapiName >= kFirstNamedProperty; }
 
 bool VoMsgMapiProperty::_isMultipleValue() const { return isCountedMapiType(mMapiType); }
 

@@ -11,8 +11,10 @@
 #include "vomsg/tnef/VoMsgMapiData.h"
 
 namespace vomsg::detail {
+class MapiChildren;
+class MapiListWalk;
 struct MapiPropertyHead;
-}
+}  // namespace vomsg::detail
 
 class VOMSG_API VoMsgMapiProperty {
  public:
@@ -48,20 +50,23 @@ class VOMSG_API VoMsgMapiProperty {
   bool hasContent() const;  // this is the data of an attachment (0x3701)
   bool hasAttachedTnefMessage() const;
   bool _isMultipleValue() const;  // the type is followed by a count
-  bool _isUserDefinedNameToID() const { return mMapiName >= 0x8000; }
+  bool _isUserDefinedNameToID() const;
   std::uint64_t _getSize() const;  // bytes that writeMapiProperty writes
 
   // A copy of everything; false when memory runs out.
   bool copy(const VoMsgMapiProperty& from);
   void dumpMapiProperty(std::FILE* out) const;
 
+  // The same operations without a log line.
+  VoErrorCode _write(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source, unsigned short& checkSum);
+  VoErrorCode _getRawContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target);
+
   // The value that lies at `offset` of the source, or null.
   VoMsgMapiData* _findValue(std::uint32_t offset);
   bool _removeValue(std::uint32_t offset);
-  // Takes type, id and name; false when memory runs out. The cursor ends where it was.
-  bool _takeHead(vomsg::detail::TnefCursor& cursor, const vomsg::detail::MapiPropertyHead& head);
-  // Reads head and values without making children.
-  VoErrorCode _readProperty(vomsg::detail::TnefCursor& cursor);
+  // Takes the property that `walk` stands at, with its values, and makes `children` of them, unless that is null.
+  VoErrorCode _readProperty(vomsg::detail::TnefCursor& cursor, vomsg::detail::MapiListWalk& walk,
+                            vomsg::detail::MapiChildren* children);
 
  private:
   struct NamedPart {
@@ -71,8 +76,7 @@ class VOMSG_API VoMsgMapiProperty {
     std::string name;
   };
 
-  template <class ReadValue>
-  VoErrorCode readWith(vomsg::detail::TnefCursor& cursor, ReadValue&& readValue);
+  void takeHead(vomsg::detail::TnefCursor& cursor, const vomsg::detail::MapiPropertyHead& head);
 
   std::uint16_t mMapiType = 0;
   std::uint16_t mMapiName = 0;

@@ -3,6 +3,7 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
@@ -15,11 +16,8 @@
 using namespace vomsg::detail;
 
 namespace {
-
-constexpr std::uint32_t kDataOffset = 9;       // of the data in its record
-constexpr std::uint32_t kRecordOverhead = 11;  // everything but the data
-
-}  // namespace
+constexpr char kLogSource[] = "VoMsgTnefAttachData";
+}
 
 VoMsgTnefAttachData::VoMsgTnefAttachData(unsigned char level, unsigned short typeId, unsigned short nameId)
     : VoMsgTnefAttribute(level, typeId, nameId) {}
@@ -27,7 +25,7 @@ VoMsgTnefAttachData::VoMsgTnefAttachData(unsigned char level, unsigned short typ
 VoMsgTnefAttachData::~VoMsgTnefAttachData() = default;
 
 VoMsgTnefAttribute* VoMsgTnefAttachData::copy(VoMsgTnefEntity*) {
-  return guardedOr<VoMsgTnefAttribute*>(nullptr, [&]() -> VoMsgTnefAttribute* {
+  auto* const copied = guardedOr<VoMsgTnefAttribute*>(nullptr, [&]() -> VoMsgTnefAttribute* {
     auto other = std::make_unique<VoMsgTnefAttachData>(mLvlType, mTypeID, mNameID);
     other->takeHead(*this);
     if (mpData) {
@@ -40,11 +38,14 @@ VoMsgTnefAttribute* VoMsgTnefAttachData::copy(VoMsgTnefEntity*) {
     }
     return other.release();
   });
+  if (!copied) VO_LOGGED("", kVoNoMemory);
+  return copied;
 }
 
 VoMsgTnefEntity* VoMsgTnefAttachData::readData(int& result, VoMsgTnefEntity* messageEntity,
                                                VoMsgBufferedReader* source) {
   result = readRecordFrom(*this, source);
+  VO_LOGGED(messageEntity ? messageEntity->_getUUIDString() : "", static_cast<VoErrorCode>(result));
   if (voFailed(result) || !tnefRecordRow(mNameID).opensChild) return nullptr;
   return VoMsgTnefEntity::_createChild(result, messageEntity, VoMsgTnefEntity::kRecord);
 }
@@ -60,10 +61,14 @@ VoErrorCode VoMsgTnefAttachData::_readRecord(TnefCursor& cursor, std::uint32_t o
 }
 
 bool VoMsgTnefAttachData::seekSourceToBodyPart(VoMsgBufferedReader* source) {
-  return source && moveTo(*source, std::uint64_t{static_cast<std::uint32_t>(mOffset)} + kDataOffset);
+  return source && moveTo(*source, std::uint64_t{static_cast<std::uint32_t>(mOffset)} + kTnefDataOffset);
 }
 
 VoErrorCode VoMsgTnefAttachData::getContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target) {
+  return VO_LOGGED("", _getContent(source, target));
+}
+
+VoErrorCode VoMsgTnefAttachData::_getContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target) {
   return guarded([&]() -> VoErrorCode {
     if (contentResource) {
       if (target) return copyResource(*contentResource, *target);
@@ -101,15 +106,21 @@ VoErrorCode VoMsgTnefAttachData::_copyBodyFromSource(const VoMsgResourceLocator*
 }
 
 VoErrorCode VoMsgTnefAttachData::setContent(VoMsgResourceLocator*& resource) {
-  if (!resource) return kVoBadArgument;
+  if (!resource) return VO_LOGGED("", kVoBadArgument);
+  const unsigned short checkSum = _tnefCalcCheckSum(resource);
+  if (contentResource.get() == resource) static_cast<void>(contentResource.release());
+  _takeContent(std::unique_ptr<VoMsgResourceLocator>(resource), checkSum);
+  return kVoSuccess;
+}
+
+void VoMsgTnefAttachData::_takeContent(std::unique_ptr<VoMsgResourceLocator> content, unsigned short checkSum) {
+  contentResource = std::move(content);
   mIsModified = true;
   mpData.reset();
-  mLen = resource->getSize(VoMsgResourceLocator::dataPart);
+  mLen = contentResource->getSize(VoMsgResourceLocator::dataPart);
   mOffset = 0;
-  mSize = static_cast<std::int32_t>(mLen + kRecordOverhead);
-  mCheckSum = _tnefCalcCheckSum(resource);
-  if (contentResource.get() != resource) contentResource.reset(resource);
-  return kVoSuccess;
+  mSize = static_cast<std::int32_t>(mLen + kTnefRecordOverhead);
+  mCheckSum = checkSum;
 }
 
 void VoMsgTnefAttachData::setData(const char* data, unsigned int size) {

@@ -28,6 +28,9 @@ class VOMSG_API VoMsgTnefAttachData : public VoMsgTnefAttribute {
   VoErrorCode getContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target);
   // Takes the resource over as the new data. kVoBadArgument: null.
   VoErrorCode setContent(VoMsgResourceLocator*& resource);
+  // The same with a sum known before. Cannot fail.
+  void _takeContent(std::unique_ptr<VoMsgResourceLocator> content, unsigned short checkSum);
+  VoErrorCode _getContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target);  // leaves no log line
   // Copies the next `length` bytes of `source`; codes as getContent.
   VoErrorCode _copyBodyFromSource(const VoMsgResourceLocator* target, VoMsgBufferedReader* source, unsigned int length);
   // Whether the data is a TNEF stream. The source moves forward to behind the signature, or to the end of the record.

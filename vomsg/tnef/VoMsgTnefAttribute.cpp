@@ -8,6 +8,7 @@
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 #include "vomsg/foundation/VoMsgDump.h"
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/tnef/VoMsgTnefCursor.h"
 #include "vomsg/tnef/VoMsgTnefEntity.h"
@@ -18,8 +19,7 @@ using namespace vomsg::detail;
 
 namespace {
 
-constexpr std::uint32_t kIdBytes = 5;          // level and ids
-constexpr std::uint32_t kRecordOverhead = 11;  // everything but the data
+constexpr char kLogSource[] = "VoMsgTnefAttribute";
 
 const char* modifiedText(unsigned value) { return value == 1 ? "true" : value == 0 ? "false" : "----"; }
 
@@ -41,7 +41,7 @@ void VoMsgTnefAttribute::takeHead(const VoMsgTnefAttribute& from) {
 }
 
 VoMsgTnefAttribute* VoMsgTnefAttribute::copy(VoMsgTnefEntity*) {
-  return guardedOr<VoMsgTnefAttribute*>(nullptr, [&]() -> VoMsgTnefAttribute* {
+  auto* const copied = guardedOr<VoMsgTnefAttribute*>(nullptr, [&]() -> VoMsgTnefAttribute* {
     auto other = std::make_unique<VoMsgTnefAttribute>(mLvlType, mTypeID, mNameID);
     other->takeHead(*this);
     if (mpData) {
@@ -50,6 +50,8 @@ VoMsgTnefAttribute* VoMsgTnefAttribute::copy(VoMsgTnefEntity*) {
     }
     return other.release();
   });
+  if (!copied) VO_LOGGED("", kVoNoMemory);
+  return copied;
 }
 
 int vomsg::detail::readRecordFrom(VoMsgTnefAttribute& record, VoMsgBufferedReader* source) {
@@ -57,7 +59,8 @@ int vomsg::detail::readRecordFrom(VoMsgTnefAttribute& record, VoMsgBufferedReade
   TnefCursor cursor(*source);
   if (!cursor.isReadable()) return static_cast<int>(kVoReadFailed);
   const std::uint32_t position = cursor.position();
-  const VoErrorCode code = guarded([&] { return record._readRecord(cursor, position - std::min(position, kIdBytes)); });
+  const VoErrorCode code =
+      guarded([&] { return record._readRecord(cursor, position - std::min(position, kTnefIdBytes)); });
   cursor.settle();
   return static_cast<int>(code);
 }
@@ -66,6 +69,7 @@ int vomsg::detail::readRecordFrom(VoMsgTnefAttribute& record, VoMsgBufferedReade
 VoMsgTnefEntity* VoMsgTnefAttribute::readData(int& result, VoMsgTnefEntity* messageEntity,
                                               VoMsgBufferedReader* source) {
   result = readRecordFrom(*this, source);
+  VO_LOGGED(messageEntity ? messageEntity->_getUUIDString() : "", static_cast<VoErrorCode>(result));
   if (voFailed(result) || mNameID != kAttAttachRendData) return nullptr;
   return VoMsgTnefEntity::_createChild(result, messageEntity, VoMsgTnefEntity::kInMemoryRecord);
 }
@@ -78,7 +82,7 @@ VoErrorCode VoMsgTnefAttribute::_readRecord(TnefCursor& cursor, std::uint32_t of
   mpData.reset();
   if (mLen > 0) {
     mpData.reset(static_cast<char*>(std::malloc(std::size_t{mLen} + 1)));
-    if (!mpData) return kVoNoMemory;
+    if (!mpData) return noteShortage(kVoNoMemory);
     cursor.read(mpData.get(), mLen);
     mpData.get()[mLen] = '\0';
   }
@@ -89,6 +93,10 @@ VoErrorCode VoMsgTnefAttribute::_readRecord(TnefCursor& cursor, std::uint32_t of
 }
 
 VoErrorCode VoMsgTnefAttribute::writeData(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) {
+  return VO_LOGGED("", _writeAsIs(writer, source));
+}
+
+VoErrorCode VoMsgTnefAttribute::_writeAsIs(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) {
   if (_isModified() && !mIsBroken) return _writeNewData(writer, source);
   return source ? _writeFromSource(writer, source) : kVoWriteFailed;
 }
@@ -108,7 +116,7 @@ VoErrorCode VoMsgTnefAttribute::_writeFromSource(VoMsgBufferedWriter* writer, Vo
 }
 
 VoErrorCode VoMsgTnefAttribute::_writeWhole(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) {
-  const VoErrorCode code = writeData(writer, source);
+  const VoErrorCode code = _writeAsIs(writer, source);
   constexpr char kZeros[256] = {};
   for (std::uint32_t left = voFailed(code) || mIsBroken || _isModified() ? 0 : mMissing; left > 0;) {
     const std::uint32_t n = std::min<std::uint32_t>(left, sizeof kZeros);
@@ -138,22 +146,26 @@ VoErrorCode VoMsgTnefAttribute::_writeNewData(VoMsgBufferedWriter* writer, VoMsg
 }
 
 void VoMsgTnefAttribute::setData(const char* data, unsigned int size) {
-  mIsModified = true;
   CString block;
   if (data && size > 0) {
-    block.reset(static_cast<char*>(std::malloc(std::size_t{size} + 1)));
+    block = copyCString({data, size});
     if (!block) {
+      mIsModified = true;
       mpData.reset();
+      VO_LOGGED("", kVoNoMemory);
       return;
     }
-    std::memcpy(block.get(), data, size);
-    block.get()[size] = '\0';
   }
-  mpData = std::move(block);
+  _takeData(std::move(block), size);
+}
+
+void VoMsgTnefAttribute::_takeData(CString data, unsigned int size) {
+  mIsModified = true;
+  mpData = std::move(data);
   mLen = mpData ? size : 0;
   mCheckSum = _tnefCalcCheckSum(mpData.get(), mLen);
   mOffset = 0;
-  mSize = static_cast<std::int32_t>(mLen + kRecordOverhead);
+  mSize = static_cast<std::int32_t>(mLen + kTnefRecordOverhead);
 }
 
 bool VoMsgTnefAttribute::_verifyCheckSum(VoMsgBufferedReader* source, unsigned int length) {

@@ -60,6 +60,10 @@ class VOMSG_API VoMsgTnefAttribute {
   // writeData for a record that another one follows: what the end of the stream cut off is written too, as the zeros
   // that reading takes it for. Else the next record would be taken for it.
   virtual VoErrorCode _writeWhole(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source);
+  // writeData without a log line.
+  VoErrorCode _writeAsIs(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source);
+  // Takes `data` over, which has `size` bytes and a NUL behind them, as new data. Cannot fail.
+  void _takeData(vomsg::detail::CString data, unsigned int size);
   // The parse ended inside this record: it can be looked at, but its bytes belong to the unreadable tail of the
   // stream, so it is never written by itself.
   bool _isBroken() const { return mIsBroken; }

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/tnef/VoMsgMapiAttachment.h"
 #include "vomsg/tnef/VoMsgTnefAttachData.h"
 #include "vomsg/tnef/tables/VoMapiTypes.h"
@@ -11,17 +12,21 @@
 
 using namespace vomsg::detail;
 
+namespace {
+constexpr char kLogSource[] = "VoMsgTnefBody";
+}
+
 VoMsgTnefBody::VoMsgTnefBody() = default;
 VoMsgTnefBody::~VoMsgTnefBody() = default;
 
 VoErrorCode VoMsgTnefBody::appendAttribute(VoMsgTnefAttribute* attribute) {
   std::unique_ptr<VoMsgTnefAttribute> owner(attribute);
-  if (!owner) return kVoBadArgument;
-  return guarded([&] {
-    const bool beforeLast = !mAttributes.empty() && mAttributes.back()->_isBroken();
-    mAttributes.insert(mAttributes.end() - (beforeLast ? 1 : 0), std::move(owner));
-    return kVoSuccess;
-  });
+  if (!owner) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", guarded([&] {
+                     const bool beforeLast = !mAttributes.empty() && mAttributes.back()->_isBroken();
+                     mAttributes.insert(mAttributes.end() - (beforeLast ? 1 : 0), std::move(owner));
+                     return kVoSuccess;
+                   }));
 }
 
 VoMsgTnefAttribute* VoMsgTnefBody::getAttributeAt(std::size_t i) {
@@ -51,16 +56,24 @@ bool VoMsgTnefBody::_isContentBroken() {
 }
 
 VoErrorCode VoMsgTnefBody::writeBodyPart(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) {
+  return VO_LOGGED("", _writeRecords(writer, source));
+}
+
+VoErrorCode VoMsgTnefBody::_writeRecords(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source) {
   for (const auto& attribute : mAttributes) {
     const bool isLast = attribute == mAttributes.back();
-    const VoErrorCode code = isLast ? attribute->writeData(writer, source) : attribute->_writeWhole(writer, source);
+    const VoErrorCode code = isLast ? attribute->_writeAsIs(writer, source) : attribute->_writeWhole(writer, source);
     if (voFailed(code)) return code;
   }
   return kVoSuccess;
 }
 
 VoErrorCode VoMsgTnefBody::getRawContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target) {
-  if (VoMsgTnefAttachData* const record = _getDataRecord()) return record->getContent(source, target);
+  return VO_LOGGED("", _getRawContent(source, target));
+}
+
+VoErrorCode VoMsgTnefBody::_getRawContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target) {
+  if (VoMsgTnefAttachData* const record = _getDataRecord()) return record->_getContent(source, target);
   VoMsgMapiAttachment* const list = _getAttachment();
   VoMsgMapiProperty* const property = list ? list->getMapiPropertyByName(kPrAttachData) : nullptr;
   if (!property) return kVoNoContent;
@@ -69,7 +82,7 @@ VoErrorCode VoMsgTnefBody::getRawContent(VoMsgBufferedReader* source, const VoMs
     return kVoSuccess;
   }
   const bool isMine = !target;
-  const VoErrorCode code = property->getRawContent(source, target);
+  const VoErrorCode code = property->_getRawContent(source, target);
   if (isMine && !voFailed(code)) mContent.reset(const_cast<VoMsgResourceLocator*>(target));
   return code;
 }
@@ -81,7 +94,7 @@ std::uint32_t VoMsgTnefBody::_getContentSize() {
   VoMsgMapiData* const value = property ? property->getMapiDataAt(0) : nullptr;
   const MapiForm form = property ? mapiTypeRow(property->getMapiType()).form : MapiForm::unsupported;
   if (!value || (form != MapiForm::prefixed && form != MapiForm::object)) return 0;
-  const std::uint32_t idSize = form == MapiForm::object ? 16 : 0;
+  const std::uint32_t idSize = form == MapiForm::object ? kInterfaceIdBytes : 0;
   return value->getDataSize() - std::min(value->getDataSize(), idSize);
 }
 

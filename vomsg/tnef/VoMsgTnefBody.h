@@ -29,6 +29,7 @@ class VOMSG_API VoMsgTnefBody {
   VoMsgTnefAttribute* getTnefObjectByNameID(unsigned short nameId);
   // Writes every record as it stands. kVoWriteFailed.
   VoErrorCode writeBodyPart(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source);
+  VoErrorCode _writeRecords(VoMsgBufferedWriter* writer, VoMsgBufferedReader* source);  // leaves no log line
   // The content that the records hold: attAttachData, else attBody, else property 0x3701. A given `target` receives
   // it; a null one becomes the body's own resource, borrowed. kVoNoContent: there is none; else as
   // VoMsgTnefAttachData::getContent.
@@ -37,6 +38,9 @@ class VOMSG_API VoMsgTnefBody {
   VoMsgTnefBody* copy(VoMsgTnefEntity* entity);
   void dumpTnefBody(std::FILE* out);
 
+  VoErrorCode _getRawContent(VoMsgBufferedReader* source, const VoMsgResourceLocator*& target);  // leaves no log line
+  // Makes room for so many records more, which appendAttribute() then takes without failing.
+  void _reserve(std::size_t more) { mAttributes.reserve(mAttributes.size() + more); }
   bool _isModified() const;  // one of the records is
   std::uint32_t _getContentSize();
   bool _isContentBroken();                // the parse ended inside the record or list that holds the content

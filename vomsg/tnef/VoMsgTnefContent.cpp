@@ -9,13 +9,14 @@
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/tnef/VoTnefInteger.h"
+#include "vomsg/tnef/tables/VoMapiTypes.h"
+#include "vomsg/tnef/tables/VoTnefRecordKinds.h"
 
 namespace vomsg::detail {
 
 namespace {
 
 constexpr std::uint32_t kLengthSize = 4;
-constexpr std::uint32_t kInterfaceIdSize = 16;
 constexpr std::uint32_t kRtfHeaderSize = 16;  // compressed size, raw size, kind of compression, checksum
 
 std::unique_ptr<VoMsgBufferedReader> readerOf(const VoMsgResourceLocator& resource) {
@@ -60,6 +61,20 @@ OpenReader::~OpenReader() {
   if (mIsOpen && !mWasOpen) mpReader->close();
 }
 
+bool sumContent(const VoMsgResourceLocator& resource, unsigned short& sum) {
+  const auto reader = readerOf(resource);
+  std::uint64_t left = resource.getSize(VoMsgResourceLocator::dataPart);
+  if (!reader) return false;
+  sum = 0;
+  while (left > 0 && ReaderWindow::fill(*reader)) {
+    const std::string_view window = ReaderWindow::buffered(*reader);
+    sum = static_cast<unsigned short>(sum + _tnefCalcCheckSum(window.data(), static_cast<unsigned>(window.size())));
+    left -= std::min<std::uint64_t>(left, window.size());
+    ReaderWindow::consume(*reader, window.size());
+  }
+  return left == 0;
+}
+
 std::unique_ptr<VoMsgResourceLocator> copyOfResource(const VoMsgResourceLocator& from) {
   auto copy = temporaryResource(from.getSize(VoMsgResourceLocator::dataPart));
   if (copy && voFailed(copyResource(from, *copy))) copy.reset();
@@ -97,8 +112,8 @@ VoErrorCode copyValueContent(const VoMsgResourceLocator& target, VoMsgBufferedRe
     case ValueContent::bytes:
       return copyStretch(target, source, offset + kLengthSize, length);
     case ValueContent::object:
-      if (length <= kInterfaceIdSize) return kVoNoContent;
-      return copyStretch(target, source, offset + kLengthSize + kInterfaceIdSize, length - kInterfaceIdSize);
+      if (length <= kInterfaceIdBytes) return kVoNoContent;
+      return copyStretch(target, source, offset + kLengthSize + kInterfaceIdBytes, length - kInterfaceIdBytes);
     case ValueContent::compressedRtf:
       return decodeLZFu(const_cast<VoMsgResourceLocator&>(target), source, enterRtf(source, length));
   }
@@ -111,12 +126,12 @@ std::uint32_t valueContentSize(VoMsgBufferedReader& source, std::uint32_t offset
     case ValueContent::bytes:
       return length;
     case ValueContent::object:
-      return length - std::min(length, kInterfaceIdSize);
+      return length - std::min(length, kInterfaceIdBytes);
     case ValueContent::compressedRtf: {
       CountingWriter counter;
       LZFu state;
       expandLZFu(state, counter, source, length > 0 ? enterRtf(source, length) : 0);
-      return static_cast<std::uint32_t>(std::min<std::uint64_t>(counter.count(), 0x7FFFFFFF));
+      return static_cast<std::uint32_t>(std::min<std::uint64_t>(counter.count(), kMostTnefBytes));
     }
   }
   return 0;

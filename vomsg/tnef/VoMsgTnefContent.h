@@ -26,6 +26,9 @@ class OpenReader {
   bool mWasOpen;
 };
 
+// Sums the data of `resource` as a record does. False when it cannot all be read.
+bool sumContent(const VoMsgResourceLocator& resource, unsigned short& sum);
+
 // A temporary resource with the data of another one; null on failure.
 std::unique_ptr<VoMsgResourceLocator> copyOfResource(const VoMsgResourceLocator& from);
 

@@ -6,12 +6,13 @@
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/tnef/VoTnefInteger.h"
+#include "vomsg/tnef/tables/VoTnefRecordKinds.h"
 
 namespace vomsg::detail {
 
 TnefCursor::TnefCursor(VoMsgBufferedReader& reader) : mReader(reader) {
   const std::uint32_t size = reader.getSize();
-  mIsReadable = size <= 0x7FFFFFFFu;
+  mIsReadable = size <= kMostTnefBytes;
   mSourceSize = mEnd = mIsReadable ? size : 0;
   mStart = 0;
   mPosition = std::min(reader.getOffset(), mEnd);

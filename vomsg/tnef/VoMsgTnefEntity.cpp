@@ -154,7 +154,7 @@ const char* VoMsgTnefEntity::getFileName(const char* charset) const {
     if (!body) return nullptr;
     VoMsgMapiAttachment* const list = body->_getAttachment();
     const char* name = list ? list->getFileName() : nullptr;
-    const char* own = name && (list->getMapiTypeID() & 0x0FFF) == kPtUnicode ? "utf-8" : nullptr;
+    const char* own = name && mapiBaseType(list->getMapiTypeID()) == kPtUnicode ? "utf-8" : nullptr;
     if (!name)
       if (const VoMsgTnefAttribute* const title = body->getTnefObjectByNameID(kAttAttachTitle)) name = title->getData();
     if (!name || !*name) return nullptr;
@@ -198,16 +198,22 @@ unsigned VoMsgTnefEntity::getContentSize() const {
 // --- content
 
 const VoMsgResourceLocator* VoMsgTnefEntity::getContent(int& err, const VoMsgResourceLocator* target) {
-  return _getContent(err, target);
+  const VoMsgResourceLocator* const content = _getContent(err, target);
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
+  return content;
 }
 
 const VoMsgResourceLocator* VoMsgTnefEntity::getTextContent(int& err, const VoMsgResourceLocator* target,
                                                             const char* charset) {
-  return _getTextContent(err, target, charset);
+  const VoMsgResourceLocator* const content = _getTextContent(err, target, charset);
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
+  return content;
 }
 
 const VoMsgResourceLocator* VoMsgTnefEntity::getRawContent(int& err, const VoMsgResourceLocator* target) {
-  return _getRawContent(err, target);
+  const VoMsgResourceLocator* const content = _getRawContent(err, target);
+  VO_LOGGED(_getUUIDString(), static_cast<VoErrorCode>(err));
+  return content;
 }
 
 const VoMsgResourceLocator* VoMsgTnefEntity::_getRawContent(int& err, const VoMsgResourceLocator* target) {
@@ -222,7 +228,6 @@ const VoMsgResourceLocator* VoMsgTnefEntity::_getTextContent(int& err, const VoM
 const VoMsgResourceLocator* VoMsgTnefEntity::_getContent(int& err, const VoMsgResourceLocator* target) {
   const VoErrorCode code =
       target && readsFrom(*this, *target) ? kVoBadArgument : guarded([&] { return fetchContent(target); });
-  if (voFailed(code)) VO_LOG(1, _getUUIDString(), "No content (error code:%x).", code);
   err = static_cast<int>(code);
   return voFailed(code) ? nullptr : target;
 }
@@ -235,7 +240,7 @@ VoErrorCode VoMsgTnefEntity::fetchContent(const VoMsgResourceLocator*& target) {
   if (!body) return kVoReadFailed;
   VoMsgTnefMessage* const message = enclosingMessage();
   const OpenSource source(message ? message->mMessageSource.getObject() : nullptr);
-  return body->getRawContent(source.reader(), target);
+  return body->_getRawContent(source.reader(), target);
 }
 
 VoErrorCode VoMsgTnefEntity::fetchValue(const VoMsgResourceLocator*& target) {
@@ -265,7 +270,7 @@ VoErrorCode VoMsgTnefEntity::fetchValue(const VoMsgResourceLocator*& target) {
 
 VoErrorCode VoMsgTnefEntity::_writeToResource(VoMsgBufferedWriter* writer) {
   VoMsgTnefMessage* const message = enclosingMessage();
-  return message ? message->_writeEntityToResource(this, writer) : kVoReadFailed;
+  return message ? message->_writeEntityToResource(this, writer) : VoErrorCode{kVoReadFailed};
 }
 
 VoErrorCode VoMsgTnefEntity::_writeTnefMessageToResource(VoMsgBufferedWriter* writer) {
@@ -281,18 +286,18 @@ void VoMsgTnefEntity::takeOver(const VoMsgTnefEntity& from) {
 
 VoErrorCode VoMsgTnefEntity::copy(VoMsgEntity* from) {
   auto* const other = dynamic_cast<VoMsgTnefEntity*>(from);
-  if (!other) return kVoBadArgument;
-  return guarded([&]() -> VoErrorCode {
-    VoMsgTnefBody* const body = other->_getTnefBody();
-    if (body) {
-      std::unique_ptr<VoMsgTnefBody> copied(body->copy(this));
-      if (!copied) return kVoNoMemory;
-      mBody.adopt(std::move(copied));
-    }
-    takeOver(*other);
-    mFirstRecord = kNoRecord;
-    return kVoSuccess;
-  });
+  if (!other) return VO_LOGGED(_getUUIDString(), kVoBadArgument);
+  return VO_LOGGED(_getUUIDString(), guarded([&]() -> VoErrorCode {
+                     VoMsgTnefBody* const body = other->_getTnefBody();
+                     if (body) {
+                       std::unique_ptr<VoMsgTnefBody> copied(body->copy(this));
+                       if (!copied) return kVoNoMemory;
+                       mBody.adopt(std::move(copied));
+                     }
+                     takeOver(*other);
+                     mFirstRecord = kNoRecord;
+                     return kVoSuccess;
+                   }));
 }
 
 void VoMsgTnefEntity::dumpEntityInf(std::FILE* out) {

@@ -13,6 +13,7 @@
 class VoMsgTnefBody;
 class VoMsgTnefMessage;
 namespace vomsg::detail {
+class MessageSource;
 class NestedStreams;
 class TnefParser;
 enum class ValueContent : std::uint8_t;
@@ -133,7 +134,11 @@ class VOMSG_API VoMsgTnefEntity : public VoMsgHeaderlessEntity {
   // Whether the entity has a record of that name id; tells without reading any.
   bool hasRecord(std::uint16_t nameId) const;
   VoErrorCode refuseEdit(bool typeFirst, bool hasArguments, const char* encoding) const;
-  VoErrorCode installContent(std::unique_ptr<VoMsgResourceLocator> content);
+  template <class Prepare>
+  VoErrorCode change(Prepare&& prepare);
+  template <class Edit>
+  VoErrorCode prepareName(Edit& edit, const char* name) const;
+  vomsg::detail::MessageSource* messageSource() const;
   std::string inCodepage(const char* utf8) const;
   VoErrorCode fetchContent(const VoMsgResourceLocator*& target);
   VoErrorCode fetchValue(const VoMsgResourceLocator*& target);

@@ -92,8 +92,12 @@ VoErrorCode VoMsgTnefMessage::readFrom(VoMsgResourceLocator* source, const Messa
   return _parse(0, place);
 }
 
-VoErrorCode VoMsgTnefMessage::readMailHeaderFrom(VoMsgResourceLocator*) { return kVoNotSupported; }
-VoErrorCode VoMsgTnefMessage::readMailBodyFrom(VoMsgResourceLocator*) { return kVoNotSupported; }
+VoErrorCode VoMsgTnefMessage::readMailHeaderFrom(VoMsgResourceLocator*) {
+  return VO_LOGGED(_getUUIDString(), kVoNotSupported);
+}
+VoErrorCode VoMsgTnefMessage::readMailBodyFrom(VoMsgResourceLocator*) {
+  return VO_LOGGED(_getUUIDString(), kVoNotSupported);
+}
 VoErrorCode VoMsgTnefMessage::_readEntityBodyPart(VoMsgEntity*, VoMsgBoundaryType&) { return kVoNotSupported; }
 
 void VoMsgTnefMessage::traceParse(const char* tag, const char* line) {
@@ -322,7 +326,7 @@ VoErrorCode VoMsgTnefMessage::removeValue(VoMsgTnefEntity& child) {
     while (owner && !owner->hasRecords()) owner = dynamic_cast<VoMsgTnefEntity*>(owner->getNextSiblingEntity());
     VoMsgTnefBody* const body = owner ? owner->_getTnefBody() : nullptr;
     VoMsgMapiAttachment* const list = body ? body->_findList(child.valueOffset()) : nullptr;
-    if (!list) return kVoTnefMalformed;
+    if (!list || !list->_findValue(child.valueOffset())) return kVoTnefMalformed;
     if (owner == &child) {
       VoMsgTnefEntity* neighbour = this;
       for (VoMsgEntity* entity = getChildEntity(); entity != &child; entity = entity->getNextSiblingEntity())
@@ -337,8 +341,11 @@ VoErrorCode VoMsgTnefMessage::removeValue(VoMsgTnefEntity& child) {
 }
 
 VoMsgEntity* VoMsgTnefMessage::createWrapperEntity() {
-  if (mpParent) return nullptr;
-  return guardedOr<VoMsgEntity*>(nullptr, [&]() -> VoMsgEntity* {
+  if (mpParent) {
+    VO_LOGGED(_getUUIDString(), kVoBadArgument);
+    return nullptr;
+  }
+  auto* const made = guardedOr<VoMsgEntity*>(nullptr, [&]() -> VoMsgEntity* {
     auto wrapper = std::make_unique<VoMsgMimeEntity>();
     if (voFailed(wrapper->setHeaderValue("Content-Type", "application/ms-tnef", "us-ascii", nullptr)) ||
         voFailed(wrapper->setHeaderValue("Content-Transfer-Encoding", "base64", "us-ascii", nullptr)))
@@ -347,6 +354,8 @@ VoMsgEntity* VoMsgTnefMessage::createWrapperEntity() {
     TreeAccess::append(wrapper.get(), this);
     return wrapper.release();
   });
+  if (!made) VO_LOGGED(_getUUIDString(), kVoNoMemory);
+  return made;
 }
 
 // --- copying
@@ -371,7 +380,9 @@ VoMsgEntity* vomsg::detail::copyTnefTree(VoMsgEntity* from) {
   return voFailed(other->_copyMessage(from)) ? nullptr : other.release();
 }
 
-VoErrorCode VoMsgTnefMessage::copy(VoMsgEntity* from) {
+VoErrorCode VoMsgTnefMessage::copy(VoMsgEntity* from) { return VO_LOGGED(_getUUIDString(), copyFrom(from)); }
+
+VoErrorCode VoMsgTnefMessage::copyFrom(VoMsgEntity* from) {
   auto* const other = dynamic_cast<VoMsgTnefMessage*>(from);
   if (!other || other == this) return kVoBadArgument;
   if (mSource.getObject()) return kVoNoMemory;
@@ -416,7 +427,7 @@ VoErrorCode VoMsgTnefMessage::copyRecords(const VoMsgTnefEntity& from, VoMsgTnef
 }
 
 VoErrorCode VoMsgTnefMessage::copyTree(VoMsgTnefMessage& from) {
-  VoErrorCode code = copy(&from);
+  VoErrorCode code = copyFrom(&from);
   VoMsgEntity* source = &from;
   VoMsgEntity* target = this;
   while (!voFailed(code)) {
@@ -460,7 +471,7 @@ VoErrorCode VoMsgTnefMessage::_isPartialMessage() { return kVoSuccess; }
 
 VoErrorCode VoMsgTnefMessage::insertDisclaimerMessage(VoMsgDisclaimerPosition_e, VoMsgResourceLocator*, int,
                                                       const char*, const char*) {
-  return kVoDisclaimerRefused;
+  return VO_LOGGED(_getUUIDString(), kVoDisclaimerRefused);
 }
 
 // --- dumps

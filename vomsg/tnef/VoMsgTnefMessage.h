@@ -81,8 +81,7 @@ class VOMSG_API VoMsgTnefMessage : public VoMsgMailMessage, public VoMsgTnefEnti
   // anew, so nothing inside can be changed.
   bool _isInBrokenList() const;
 
-  // Where the stream lies in the resource it is read from: inside another stream it is a stretch of that one's.
-  std::uint32_t getStreamOffset() const { return mStreamOffset; }
+  // Inside another stream it is a stretch of that one.
   std::uint32_t getStreamSize() const { return mStreamSize; }
 
  private:
@@ -111,6 +110,7 @@ class VOMSG_API VoMsgTnefMessage : public VoMsgMailMessage, public VoMsgTnefEnti
   // Takes the value that became `child` out of its list, and gives the child's records to its neighbour.
   VoErrorCode removeValue(VoMsgTnefEntity& child);
 
+  VoErrorCode copyFrom(VoMsgEntity* from);
   VoErrorCode copyStream(const VoMsgTnefMessage& from);
   static VoErrorCode copyRecords(const VoMsgTnefEntity& from, VoMsgTnefEntity& to);
   VoErrorCode copyTree(VoMsgTnefMessage& from);

@@ -58,9 +58,7 @@ VoErrorCode NestedStreams::installOne(VoMsgTnefMessage& nested) {
     if (voFailed(code)) return code;
     if (!writer->flush()) return kVoWriteFailed;
   }
-  const VoErrorCode code = value->_setContent(stream.get(), &mSource);
-  if (!voFailed(code)) stream.release();
-  return code;
+  return value->_setContent(std::move(stream), &mSource);
 }
 
 // What lies between two edited children of one list is walked once: the later one knows its owner already.

@@ -23,12 +23,6 @@
 
 namespace vomsg::detail {
 
-namespace {
-
-constexpr std::uint32_t kCheckSumBytes = 2;
-
-}  // namespace
-
 VoErrorCode TnefParser::run(VoMsgTnefMessage& message, std::uint32_t limit) {
   if (!mCursor.isReadable()) return kVoReadFailed;
   VoErrorCode code = enter(message, mPlace.level, limit);
@@ -46,7 +40,6 @@ VoErrorCode TnefParser::run(VoMsgTnefMessage& message, std::uint32_t limit) {
     if (mLevels.empty()) return code;
     const Level& outer = mLevels.back();
     mCursor.setRange(outer.message->mStreamOffset, outer.message->mStreamOffset + outer.message->mStreamSize);
-    if (!voFailed(code)) code = skipValue(mCursor, outer.value);
   }
 }
 
@@ -69,15 +62,8 @@ VoErrorCode TnefParser::advance(Level& level, bool& isDone) {
     case Step::record:
       isDone = mCursor.left() == 0 || mCursor.position() >= level.stop;
       return isDone ? kVoSuccess : beginRecord(level);
-    case Step::property:
-      if (level.propertiesLeft > 0) return beginProperty(level);
-      finishList(mCursor, level.dataOffset, level.dataLength);
-      endRecord(level, level.lastChild);
-      return kVoSuccess;
-    case Step::value:
-      if (level.valuesLeft > 0) return beginValue(level);
-      level.step = Step::property;
-      return kVoSuccess;
+    case Step::list:
+      return advanceList(level);
   }
   return kVoSuccess;
 }
@@ -94,9 +80,9 @@ VoErrorCode TnefParser::beginRecord(Level& level) {
   level.dataOffset = mCursor.position();
   switch (row.kind) {
     case TnefRecordKind::properties:
-      level.propertiesLeft = mCursor.readInt32();
+      level.list = MapiListWalk(mCursor.readInt32());
       level.lastChild = nullptr;
-      level.step = Step::property;
+      level.step = Step::list;
       return kVoSuccess;
     case TnefRecordKind::inMemory:
       if (level.dataLength > mCursor.size()) return kVoReadFailed;
@@ -110,29 +96,33 @@ VoErrorCode TnefParser::beginRecord(Level& level) {
   return kVoSuccess;
 }
 
-VoErrorCode TnefParser::beginProperty(Level& level) {
-  MapiPropertyHead head;
-  const VoErrorCode code = readPropertyHead(mCursor, head);
-  level.propertyType = head.type;
-  level.propertyId = head.id;
-  level.valuesLeft = head.valueCount;
-  --level.propertiesLeft;
-  level.step = Step::value;
-  return code;
+VoErrorCode TnefParser::advanceList(Level& level) {
+  MapiListWalk::Event event;
+  const VoErrorCode code = level.list.next(mCursor, event);
+  if (voFailed(code)) return code;
+  switch (event) {
+    case MapiListWalk::Event::property:
+      break;
+    case MapiListWalk::Event::value:
+      return takeValue(level);
+    case MapiListWalk::Event::end:
+      finishList(mCursor, level.dataOffset, level.dataLength);
+      endRecord(level, level.lastChild);
+      break;
+  }
+  return kVoSuccess;
 }
 
-VoErrorCode TnefParser::beginValue(Level& level) {
-  const VoErrorCode code = readValueHead(mCursor, level.propertyType, level.value);
-  if (voFailed(code)) return code;
-  --level.valuesLeft;
-  VoMsgTnefEntity* const child = VoMsgTnefEntity::_createValueChild(level.message, level.propertyType, level.propertyId,
-                                                                    level.value, level.message->mReadsStreams);
+VoErrorCode TnefParser::takeValue(Level& level) {
+  const MapiPropertyHead& property = level.list.property();
+  const MapiValueHead& value = level.list.value();
+  VoMsgTnefEntity* const child = VoMsgTnefEntity::_createValueChild(level.message, property.type, property.id, value,
+                                                                    level.message->mReadsStreams);
   if (child) level.lastChild = child;
-  if (!child || !level.value.holdsStream) return skipValue(mCursor, level.value);
+  if (!child || !value.holdsStream) return kVoSuccess;
 
   auto nested = std::make_unique<VoMsgTnefMessage>(child);
-  nested->shareSource(*level.message, level.value.dataOffset + kInterfaceIdBytes,
-                      level.value.length - kInterfaceIdBytes);
+  nested->shareSource(*level.message, value.dataOffset + kInterfaceIdBytes, value.length - kInterfaceIdBytes);
   VoMsgTnefMessage& message = *nested;
   TreeAccess::append(child, nested.release());
   VoMsgTnefMessage::traceParse(mPlace.tag, "begin: _parse");
@@ -142,7 +132,7 @@ VoErrorCode TnefParser::beginValue(Level& level) {
 }
 
 void TnefParser::endRecord(Level& level, VoMsgTnefEntity* child) {
-  mCursor.skip(std::min(kCheckSumBytes, mCursor.left()));
+  mCursor.skip(std::min(kTnefCheckSumBytes, mCursor.left()));
   if (child) level.current = child;
   own(level, false);
   level.message->mEndPosition = static_cast<int>(mCursor.position());

@@ -25,9 +25,8 @@ class TnefParser {
 
  private:
   enum class Step : std::uint8_t {
-    record,    // before the level byte of a record, or at the end of the stream
-    property,  // inside a property list, before a property or behind the last
-    value      // inside a property, before a value or behind the last
+    record,  // before the level byte of a record, or at the end of the stream
+    list     // inside a property list
   };
 
   // A stream that is being read: the outermost one, and those that lie inside the value just read of the one before.
@@ -41,22 +40,18 @@ class TnefParser {
     // The record that is being read.
     std::uint32_t recordOffset = 0;
     std::uint16_t nameId = 0;
-    // Of a property list: where its record's data lies, what is left of the list, and the last child it made.
+    // Of a property list: where its record's data lies, the walk through the list, and the last child it made.
     std::uint32_t dataOffset = 0;
     std::uint32_t dataLength = 0;
-    std::uint32_t propertiesLeft = 0;
-    std::uint32_t valuesLeft = 0;
-    std::uint16_t propertyType = 0;
-    std::uint16_t propertyId = 0;
-    MapiValueHead value = {};
+    MapiListWalk list = {};
     VoMsgTnefEntity* lastChild = nullptr;
   };
 
   VoErrorCode enter(VoMsgTnefMessage& message, unsigned nestingLevel, std::uint32_t limit);
   VoErrorCode advance(Level& level, bool& isDone);
   VoErrorCode beginRecord(Level& level);
-  VoErrorCode beginProperty(Level& level);
-  VoErrorCode beginValue(Level& level);
+  VoErrorCode advanceList(Level& level);
+  VoErrorCode takeValue(Level& level);
   void endRecord(Level& level, VoMsgTnefEntity* child);
   void own(Level& level, bool isBroken);
 

@@ -50,16 +50,23 @@ inline constexpr std::uint16_t kCountedMapiTypes[] = {
     0x1006, 0x1007, 0x1014, 0x101E, 0x101F, 0x1040, 0x1048, 0x1102,
 };
 
+constexpr std::uint16_t mapiBaseType(std::uint16_t type) noexcept { return type & 0x0FFF; }
+
 constexpr MapiTypeRow mapiTypeRow(std::uint16_t type) noexcept {
-  const std::uint16_t base = type & 0x0FFF;
   for (const MapiTypeRow& row : kMapiTypes)
-    if (row.baseType == base) return row;
-  return {base, MapiForm::unsupported, 0, 0};
+    if (row.baseType == mapiBaseType(type)) return row;
+  return {mapiBaseType(type), MapiForm::unsupported, 0, 0};
 }
 
 constexpr bool isCountedMapiType(std::uint16_t type) noexcept {
   return std::find(std::begin(kCountedMapiTypes), std::end(kCountedMapiTypes), type) != std::end(kCountedMapiTypes);
 }
+
+// What an object's data begins with.
+inline constexpr std::uint32_t kInterfaceIdBytes = 16;
+
+// Properties from here on have a name beside their id.
+inline constexpr std::uint16_t kFirstNamedProperty = 0x8000;
 
 // The properties that mean something to the tree.
 inline constexpr std::uint16_t kPrBody = 0x1000;

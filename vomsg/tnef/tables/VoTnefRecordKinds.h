@@ -7,6 +7,14 @@
 
 namespace vomsg::detail {
 
+// The parts of a record: level (1 byte), name id (2), type id (2); length of the data (4); data; sum of the data (2).
+inline constexpr std::uint32_t kTnefIdBytes = 5;
+inline constexpr std::uint32_t kTnefDataOffset = kTnefIdBytes + 4;
+inline constexpr std::uint32_t kTnefCheckSumBytes = 2;
+inline constexpr std::uint32_t kTnefRecordOverhead = kTnefDataOffset + kTnefCheckSumBytes;
+// Records tell offsets and sizes as signed numbers, so nothing is longer.
+inline constexpr std::uint32_t kMostTnefBytes = 0x7FFFFFFF;
+
 enum class TnefRecordKind : std::uint8_t {
   inMemory,     // VoMsgTnefAttribute: small, and looked at by name
   byReference,  // VoMsgTnefAttachData: stays in the source until somebody asks for it
