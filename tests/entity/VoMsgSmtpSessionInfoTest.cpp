@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "tests/support/RememberingLog.h"
+
 namespace vomsg::test {
 namespace {
 
@@ -15,6 +17,7 @@ std::string recipientsOf(const VoMsgSmtpSessionInfo& session) {
 }
 
 TEST(SmtpSessionInfo, RecipientsKeepTheirOrderAndTheirLimits) {
+  const RememberingLog log;
   VoMsgSmtpSessionInfo session;
   EXPECT_EQ(session.insertRecipientAt(0, "a@x"), kVoOutOfRange);
   EXPECT_EQ(session.appendRecipient(static_cast<const char*>(nullptr)), kVoBadArgument);
@@ -35,6 +38,7 @@ TEST(SmtpSessionInfo, RecipientsKeepTheirOrderAndTheirLimits) {
   EXPECT_EQ(session.getRecipientAt(3), nullptr);
   EXPECT_EQ(session.removeRecipientAll(), kVoSuccess);
   EXPECT_EQ(session.countRecipient(), 0u);
+  EXPECT_EQ(log.debug.size(), 6u);  // one line each for what was refused
 }
 
 TEST(SmtpSessionInfo, ACopyIsUnmodifiedAndItsOwn) {

@@ -69,7 +69,9 @@ TEST(VoMsgBufferedWriter, ReportsRefusalsAndNull) {
     EXPECT_EQ(b.copyFromText(&readers[1], 15u), want) << limit;
   }
   LimitedWriter writer;
+  const vomsg::test::RememberingLog log;
   EXPECT_EQ(writer.copyFrom(nullptr), kVoBadArgument);
+  EXPECT_EQ(log.count("copyFrom failed. (error code:81010008)"), 1);
   EXPECT_EQ(writer.copyFrom(nullptr, 1), kVoBadArgument);
   EXPECT_EQ(writer.copyFromText(nullptr, nullptr), kVoBadArgument);
   EXPECT_EQ(writer.copyFromText(nullptr, 1u), kVoBadArgument);

@@ -80,6 +80,16 @@ class InstalledPackage(unittest.TestCase):
         self.assertEqual(foreign, [])
         self.assertNotIn(str(ROOT).encode(), self.library.read_bytes())
 
+    def test_what_comes_along(self):
+        """The target asks for the language of the headers; the README's links lead somewhere, examples are there."""
+        config = next(self.prefix.rglob("vomsgConfig.cmake")).read_text(encoding="utf-8")
+        self.assertIn("cxx_std_17", config)
+        readme = next(self.prefix.rglob("README.md"))
+        links = re.findall(r"\]\((?!https?:)([^)#]+)", readme.read_text(encoding="utf-8"))
+        self.assertIn("docs/design.md", links)
+        self.assertEqual([link for link in links if not (readme.parent / link).exists()], [])
+        self.assertTrue((readme.parent / "examples/list_parts.cpp").exists())
+
     def test_readme_tells_the_truth(self):
         """The program of the README is the one that is compiled here."""
         shown = re.search(r"```cpp\n(.*?)```", (ROOT / "README.md").read_text(encoding="utf-8"), re.DOTALL)[1]

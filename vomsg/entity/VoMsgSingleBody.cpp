@@ -8,6 +8,7 @@
 #include "vomsg/foundation/VoMsgRangeResource.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/foundation/VoMsgStreamCopy.h"
 
 namespace {
 
@@ -19,7 +20,7 @@ VoErrorCode copyResource(const VoMsgResourceLocator& from, const VoMsgResourceLo
   if (!reader) return kVoReadFailed;
   const std::unique_ptr<VoMsgBufferedWriter> writer(to.getOutputStream(VoMsgResourceLocator::dataPart));
   if (!writer) return kVoWriteFailed;
-  return writer->copyFrom(reader.get());
+  return copyRest(*reader, *writer);
 }
 
 }  // namespace

@@ -3,21 +3,25 @@
 #include <cstddef>
 
 #include "vomsg/foundation/VoMsgGuard.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 
 using vomsg::detail::guarded;
 using vomsg::detail::guardedOr;
+using vomsg::detail::logged;
 
 namespace {
 
+constexpr char kLogSource[] = "VoMsgSmtpSessionInfo";
+
 // Makes an address of `text` and hands it to `take`; what `take` refuses is destroyed.
 template <class Take>
-VoErrorCode withAddress(const char* text, Take&& take) {
-  return guarded([&] {
-    auto address = std::make_unique<VoMsgUserAddress>(text);
-    const VoErrorCode code = take(address.get());
-    if (!voFailed(code)) static_cast<void>(address.release());
-    return code;
-  });
+VoErrorCode withAddress(const char* function, const char* text, Take&& take) {
+  std::unique_ptr<VoMsgUserAddress> address(
+      guardedOr<VoMsgUserAddress*>(nullptr, [text] { return new VoMsgUserAddress(text); }));
+  if (!address) return logged(kVoNoMemory, kLogSource, function, __LINE__, [] { return ""; });
+  const VoErrorCode code = take(address.get());
+  if (!voFailed(code)) static_cast<void>(address.release());
+  return code;
 }
 
 }  // namespace
@@ -42,11 +46,11 @@ VoMsgSmtpSessionInfo* VoMsgSmtpSessionInfo::copy() const {
 }
 
 VoErrorCode VoMsgSmtpSessionInfo::setConnectionHost(const char* host) {
-  return guarded([&] {
-    mConnectionHost = host ? host : "";
-    mIsModified = true;
-    return kVoSuccess;
-  });
+  return VO_LOGGED("", guarded([&] {
+                     mConnectionHost = host ? host : "";
+                     mIsModified = true;
+                     return kVoSuccess;
+                   }));
 }
 
 VoErrorCode VoMsgSmtpSessionInfo::setSender(VoMsgUserAddress* address) {
@@ -56,7 +60,7 @@ VoErrorCode VoMsgSmtpSessionInfo::setSender(VoMsgUserAddress* address) {
 }
 
 VoErrorCode VoMsgSmtpSessionInfo::setSender(const char* text) {
-  return withAddress(text, [this](VoMsgUserAddress* address) { return setSender(address); });
+  return withAddress(__func__, text, [this](VoMsgUserAddress* address) { return setSender(address); });
 }
 
 unsigned VoMsgSmtpSessionInfo::countRecipient() const { return static_cast<unsigned>(mRecipients.size()); }
@@ -66,49 +70,49 @@ VoMsgUserAddress* VoMsgSmtpSessionInfo::getRecipientAt(unsigned i) const {
 }
 
 VoErrorCode VoMsgSmtpSessionInfo::setRecipientAt(unsigned i, VoMsgUserAddress* address) {
-  if (!address) return kVoBadArgument;
-  if (i >= mRecipients.size()) return kVoOutOfRange;
+  if (!address) return VO_LOGGED("", kVoBadArgument);
+  if (i >= mRecipients.size()) return VO_LOGGED("", kVoOutOfRange);
   if (address != mRecipients[i].get()) mRecipients[i].reset(address);
   mIsModified = true;
   return kVoSuccess;
 }
 
 VoErrorCode VoMsgSmtpSessionInfo::setRecipientAt(unsigned i, const char* text) {
-  if (!text) return kVoBadArgument;
-  return withAddress(text, [&](VoMsgUserAddress* address) { return setRecipientAt(i, address); });
+  if (!text) return VO_LOGGED("", kVoBadArgument);
+  return withAddress(__func__, text, [&](VoMsgUserAddress* address) { return setRecipientAt(i, address); });
 }
 
 VoErrorCode VoMsgSmtpSessionInfo::appendRecipient(VoMsgUserAddress* address) {
-  if (!address) return kVoBadArgument;
-  return guarded([&] {
-    mRecipients.emplace_back(address);  // what throws, throws before this takes the address over
-    mIsModified = true;
-    return kVoSuccess;
-  });
+  if (!address) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", guarded([&] {
+                     mRecipients.emplace_back(address);  // what throws, throws before this takes the address over
+                     mIsModified = true;
+                     return kVoSuccess;
+                   }));
 }
 
 VoErrorCode VoMsgSmtpSessionInfo::appendRecipient(const char* text) {
-  if (!text) return kVoBadArgument;
-  return withAddress(text, [this](VoMsgUserAddress* address) { return appendRecipient(address); });
+  if (!text) return VO_LOGGED("", kVoBadArgument);
+  return withAddress(__func__, text, [this](VoMsgUserAddress* address) { return appendRecipient(address); });
 }
 
 VoErrorCode VoMsgSmtpSessionInfo::insertRecipientAt(unsigned i, VoMsgUserAddress* address) {
-  if (!address) return kVoBadArgument;
-  if (i >= mRecipients.size()) return kVoOutOfRange;
-  return guarded([&] {
-    mRecipients.emplace(mRecipients.begin() + static_cast<std::ptrdiff_t>(i))->reset(address);
-    mIsModified = true;
-    return kVoSuccess;
-  });
+  if (!address) return VO_LOGGED("", kVoBadArgument);
+  if (i >= mRecipients.size()) return VO_LOGGED("", kVoOutOfRange);
+  return VO_LOGGED("", guarded([&] {
+                     mRecipients.emplace(mRecipients.begin() + static_cast<std::ptrdiff_t>(i))->reset(address);
+                     mIsModified = true;
+                     return kVoSuccess;
+                   }));
 }
 
 VoErrorCode VoMsgSmtpSessionInfo::insertRecipientAt(unsigned i, const char* text) {
-  if (!text) return kVoBadArgument;
-  return withAddress(text, [&](VoMsgUserAddress* address) { return insertRecipientAt(i, address); });
+  if (!text) return VO_LOGGED("", kVoBadArgument);
+  return withAddress(__func__, text, [&](VoMsgUserAddress* address) { return insertRecipientAt(i, address); });
 }
 
 VoErrorCode VoMsgSmtpSessionInfo::removeRecipientAt(unsigned i) {
-  if (i >= mRecipients.size()) return kVoOutOfRange;
+  if (i >= mRecipients.size()) return VO_LOGGED("", kVoOutOfRange);
   mRecipients.erase(mRecipients.begin() + static_cast<std::ptrdiff_t>(i));
   mIsModified = true;
   return kVoSuccess;

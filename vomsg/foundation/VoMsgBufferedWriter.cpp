@@ -9,14 +9,17 @@
 
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgLineWalk.h"
+#include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgShortage.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/foundation/VoMsgStreamCopy.h"
 
 using vomsg::detail::ReaderWindow;
 using vomsg::detail::WriterAccess;
 
 namespace {
 
+constexpr char kLogSource[] = "VoMsgBufferedWriter";
 constexpr unsigned kDefaultBufferSize = 32768;
 
 // Copies up to `n` bytes, window by window. `copied` is less than `n` when `source` ended early.
@@ -81,25 +84,28 @@ bool VoMsgBufferedWriter::write(const char* data, unsigned n) {
 
 bool VoMsgBufferedWriter::flush() { return writeBuffer(); }
 
-VoErrorCode VoMsgBufferedWriter::copyFrom(VoMsgBufferedReader* source) {
-  if (!source) return kVoBadArgument;
+VoErrorCode vomsg::detail::copyRest(VoMsgBufferedReader& source, VoMsgBufferedWriter& target) {
   std::uint64_t copied;
-  return copyBytes(*source, *this, vomsg::detail::kNoLimit, copied) && flush() ? kVoSuccess : kVoWriteFailed;
+  return copyBytes(source, target, kNoLimit, copied) && target.flush() ? kVoSuccess : kVoWriteFailed;
+}
+
+VoErrorCode VoMsgBufferedWriter::copyFrom(VoMsgBufferedReader* source) {
+  return VO_LOGGED("", source ? vomsg::detail::copyRest(*source, *this) : kVoBadArgument);
 }
 
 VoErrorCode VoMsgBufferedWriter::copyFrom(VoMsgBufferedReader* source, unsigned n) {
-  if (!source) return kVoBadArgument;
+  if (!source) return VO_LOGGED("", kVoBadArgument);
   std::uint64_t copied;
-  if (!copyBytes(*source, *this, n, copied) || !flush()) return kVoWriteFailed;
-  return copied == n ? kVoSuccess : kVoReadFailed;
+  if (!copyBytes(*source, *this, n, copied) || !flush()) return VO_LOGGED("", kVoWriteFailed);
+  return VO_LOGGED("", copied == n ? kVoSuccess : kVoReadFailed);
 }
 
 VoErrorCode VoMsgBufferedWriter::copyFromText(VoMsgBufferedReader* source, const char* htmlBreak) {
-  if (!source) return kVoBadArgument;
-  return copyLines(*source, *this, vomsg::detail::kNoLimit, htmlBreak ? "<br>" : "\r\n");
+  if (!source) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", copyLines(*source, *this, vomsg::detail::kNoLimit, htmlBreak ? "<br>" : "\r\n"));
 }
 
 VoErrorCode VoMsgBufferedWriter::copyFromText(VoMsgBufferedReader* source, unsigned n) {
-  if (!source) return kVoBadArgument;
-  return copyLines(*source, *this, n, "\r\n");
+  if (!source) return VO_LOGGED("", kVoBadArgument);
+  return VO_LOGGED("", copyLines(*source, *this, n, "\r\n"));
 }

@@ -7,6 +7,7 @@
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/foundation/VoMsgStreamCopy.h"
 #include "vomsg/tnef/VoMsgTnefContent.h"
 #include "vomsg/tnef/VoMsgTnefCursor.h"
 #include "vomsg/tnef/VoMsgTnefEntity.h"
@@ -133,7 +134,7 @@ VoErrorCode VoMsgTnefAttachData::_writeNewData(VoMsgBufferedWriter* writer, VoMs
   if (!writer) return kVoWriteFailed;
   writeHead(writer, contentResource->getSize(VoMsgResourceLocator::dataPart));
   const std::unique_ptr<VoMsgBufferedReader> content(contentResource->getInputStream(VoMsgResourceLocator::dataPart));
-  const VoErrorCode code = content && content->open() ? writer->copyFrom(content.get()) : kVoWriteFailed;
+  const VoErrorCode code = content && content->open() ? copyRest(*content, *writer) : kVoWriteFailed;
   _tnefSetInt16(writer, mCheckSum);
   return code;
 }

@@ -8,6 +8,7 @@
 #include "vomsg/foundation/VoMsgResourceBytes.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
+#include "vomsg/foundation/VoMsgStreamCopy.h"
 #include "vomsg/tnef/VoTnefInteger.h"
 #include "vomsg/tnef/tables/VoMapiTypes.h"
 #include "vomsg/tnef/tables/VoTnefRecordKinds.h"
@@ -85,7 +86,7 @@ VoErrorCode copyResource(const VoMsgResourceLocator& from, const VoMsgResourceLo
   const auto reader = readerOf(from);
   if (!reader) return kVoReadFailed;
   const auto writer = writerOf(target);
-  return writer ? writer->copyFrom(reader.get()) : kVoReadFailed;
+  return writer ? copyRest(*reader, *writer) : kVoReadFailed;
 }
 
 VoErrorCode writeBytes(const VoMsgResourceLocator& target, const char* data, std::uint32_t length) {
