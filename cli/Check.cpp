@@ -6,8 +6,8 @@
 #include "cli/Command.h"
 #include "cli/Console.h"
 #include "cli/Failure.h"
-#include "cli/Input.h"
 #include "cli/Json.h"
+#include "cli/Messages.h"
 #include "cli/Printable.h"
 #include "vomsg/anomaly/VoMsgAnomalyList.h"
 
@@ -50,11 +50,13 @@ std::string jsonOf(const std::string& file, const VoMsgAnomalyList& list) {
                        {"outermostOffset", entry.outermostOffset},
                        {"outermostLength", entry.outermostLength}});
   }
-  return jsonLine({{"file", file}, {"count", list.countAll()}, {"anomalies", std::move(entries)}}) + "\n";
+  return jsonLine({{"schema", 1}, {"file", file}, {"count", list.countAll()}, {"anomalies", std::move(entries)}}) +
+         "\n";
 }
 
-int checkFile(const Options& options, VoMsgAnomalyLevel level, const std::string& file) {
-  const OpenedMessage opened = openMessage(file);
+int checkMessage(const Options& options, VoMsgAnomalyLevel level, MessageInput& input) {
+  const std::string& file = input.place;
+  const OpenedMessage opened = openMessage(file, std::move(input.source));
   const VoMsgAnomalyList* const list = opened.message->getAnomalies();
   if (list == nullptr) throw failureOf(kVoReadFailed, file);
   if (options.json) {
@@ -87,8 +89,8 @@ int run(const Options& options) {
   int level = 0;
   while (options.level != nameOf(static_cast<VoMsgAnomalyLevel>(level))) ++level;
   VoMsgSetCollectAnomalies(true);
-  return forEachFile(options.files, [&](const std::string& file, bool) {
-    return checkFile(options, static_cast<VoMsgAnomalyLevel>(level), file);
+  return forEachMessage(options.files, [&](MessageInput& input) {
+    return checkMessage(options, static_cast<VoMsgAnomalyLevel>(level), input);
   });
 }
 

@@ -10,8 +10,8 @@
 #include "cli/Command.h"
 #include "cli/Console.h"
 #include "cli/Failure.h"
-#include "cli/Input.h"
 #include "cli/Json.h"
+#include "cli/Messages.h"
 #include "cli/Printable.h"
 #include "vomsg/charset/detect/VoMsgCharSetAnalysis.h"
 #include "vomsg/charset/detect/VoMsgCharSetDetector.h"
@@ -43,9 +43,8 @@ void printRow(const std::string& charset, const std::string& bytes, const std::s
   print(row + (" " + file) + "\n");
 }
 
-int detect(const Options& options, const std::string& file) {
-  const std::unique_ptr<VoMsgResourceLocator> text = openInput(file);
-  const std::unique_ptr<VoMsgBufferedReader> reader(text->getInputStream(VoMsgResourceLocator::dataPart));
+int detect(const Options& options, const std::string& file, const VoMsgResourceLocator& text) {
+  const std::unique_ptr<VoMsgBufferedReader> reader(text.getInputStream(VoMsgResourceLocator::dataPart));
   if (!reader) throw Failure(kNoInput, file + ": cannot be read");
   char* found = nullptr;
   VoMsgCharSetAnalysis::Evidence evidence;
@@ -53,7 +52,8 @@ int detect(const Options& options, const std::string& file) {
   const std::unique_ptr<char, decltype(&std::free)> charset(found, &std::free);
   const std::string detector = className(evidence.detector);
   if (options.json) {
-    const Json object = {{"file", file},
+    const Json object = {{"schema", 1},
+                         {"file", file},
                          {"charset", jsonText(charset.get())},
                          {"bytes", evidence.bytes},
                          {"detector", charset ? Json(detector) : Json(nullptr)}};
@@ -72,7 +72,8 @@ const Command kDetect("detect", "Recognise the charset of texts", [](CLI::App& a
   app.add_flag("--json", options->json, "One JSON object a line and file");
   return [options] {
     if (!options->json) printRow("CHARSET", "BYTES", "DETECTOR", "FILE");
-    return forEachFile(options->files, [&](const std::string& file, bool) { return detect(*options, file); });
+    return forEachMessage(options->files,
+                          [&](MessageInput& input) { return detect(*options, input.place, *input.source); });
   };
 });
 

@@ -6,7 +6,7 @@
 #include "cli/Command.h"
 #include "cli/Editing.h"
 #include "cli/Failure.h"
-#include "cli/Input.h"
+#include "cli/Messages.h"
 #include "vomsg/charset/convert/VoCharsetName.h"
 
 namespace cli {
@@ -43,7 +43,7 @@ void checkCharset(const std::string& name) {
 int disclaim(const Options& options) {
   checkCharset(options.charset);
   checkCharset(options.prefer);
-  const OpenedMessage opened = openMessage(options.in);
+  const OpenedMessage opened = openMessage(options.in, openWhole(options.in));
   check(opened.code, options.in);
   std::unique_ptr<VoMsgResourceLocator> text = openInput(options.text);
   const auto position = options.position == "top" ? kVoDisclaimerTop : kVoDisclaimerBottom;

@@ -12,7 +12,7 @@
 #include "cli/Console.h"
 #include "cli/EntityWalk.h"
 #include "cli/Failure.h"
-#include "cli/Input.h"
+#include "cli/Messages.h"
 #include "cli/Output.h"
 #include "cli/SafeName.h"
 
@@ -57,22 +57,25 @@ void extractLeaf(const Folder& folder, const std::string& path, unsigned number,
   print(output.path() + "\n");
 }
 
-int extract(const Options& options) {
-  const OpenedMessage opened = openMessage(options.file);
-  const Folder folder(options.folder);
+int extract(const Options& options, MessageInput& input) {
+  const std::string& file = input.place;
+  const OpenedMessage opened = openMessage(file, std::move(input.source));
+  // The parts of each message of a mailbox have a folder of their own, named like its number.
+  const std::string path = options.folder + (input.several ? "/" + file.substr(file.rfind('#') + 1) : "");
+  const Folder folder(path);
   int exit = kOk;
   EntityWalk walk(opened.message.get());
   while (walk.next()) {
     if (!walk.isLeaf()) continue;
     try {
-      extractLeaf(folder, options.folder, walk.number(), walk.entity());
+      extractLeaf(folder, path, walk.number(), walk.entity());
     } catch (const Failure& failure) {
       if (failure.exit() == kCannotCreate) throw;
       complain(failure.what());
       if (exit == kOk) exit = failure.exit();
     }
   }
-  checkReading(opened, options.file);
+  checkReading(opened, file);
   return exit;
 }
 
@@ -80,7 +83,9 @@ const Command kExtract("extract", "Save the decoded content of every part", [](C
   const auto options = std::make_shared<Options>();
   app.add_option("FILE", options->file, "The message; - for the standard input")->required();
   app.add_option("-d,--directory", options->folder, "Where the files go; made when it is missing")->required();
-  return [options] { return extract(*options); };
+  return [options] {
+    return forEachMessageIn(options->file, [&](MessageInput& input) { return extract(*options, input); });
+  };
 });
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include "cli/Console.h"
 #include "cli/EntityWalk.h"
 #include "cli/Failure.h"
-#include "cli/Input.h"
+#include "cli/Messages.h"
 #include "cli/Printable.h"
 #include "vomsg/header/VoMsgHeaderField.h"
 
@@ -19,22 +19,23 @@ struct Options {
   unsigned part = 0;
 };
 
-int showHeaders(const Options& options) {
-  const OpenedMessage opened = openMessage(options.file);
+int showHeaders(const Options& options, MessageInput& input) {
+  const OpenedMessage opened = openMessage(input.place, std::move(input.source));
+  print(titleOf(input));
   const VoMsgEntity* entity = entityByNumber(opened.message.get(), options.part);
-  if (entity == nullptr) checkReading(opened, options.file);
+  if (entity == nullptr) checkReading(opened, input.place);
   if (entity == nullptr) throw Failure(kUsage, "there is no part " + std::to_string(options.part));
   const auto shown = [](const char* text) { return text != nullptr ? printable(text) : std::string(); };
   for (unsigned i = 0; i < entity->countHeaders(); ++i) {
     VoMsgHeaderField* field = entity->getHeaderAt(i);
     if (field == nullptr) continue;
-    std::string line = shown(field->getName()) + ": " + shown(field->getFieldValue("utf-8"));
+    std::string line = inColour(Colour::name, shown(field->getName())) + ": " + shown(field->getFieldValue("utf-8"));
     for (unsigned p = 0; p < field->countParameter(); ++p) {
       line += "; " + shown(field->getParameterNameAt(p)) + "=" + shown(field->getParameterValueAt(p, "utf-8"));
     }
     print(line + "\n");
   }
-  checkReading(opened, options.file);
+  checkReading(opened, input.place);
   return kOk;
 }
 
@@ -42,7 +43,9 @@ const Command kHeaders("headers", "Print the header fields, decoded to UTF-8", [
   const auto options = std::make_shared<Options>();
   app.add_option("FILE", options->file, "The message; - for the standard input")->required();
   app.add_option("--part", options->part, "Of the part with that number in `vomsg tree`, 0 for the message");
-  return [options] { return showHeaders(*options); };
+  return [options] {
+    return forEachMessageIn(options->file, [&](MessageInput& input) { return showHeaders(*options, input); });
+  };
 });
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <cstring>
 #include <filesystem>
 
-#include "cli/Console.h"
 #include "cli/Failure.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
@@ -83,8 +82,6 @@ std::string readAll(const VoMsgResourceLocator& resource, const std::string& fil
   return bytes;
 }
 
-OpenedMessage openMessage(const std::string& file) { return openMessage(file, openInput(file)); }
-
 OpenedMessage openMessage(const std::string& file, std::unique_ptr<VoMsgResourceLocator> source) {
   OpenedMessage opened{nullptr, kVoSuccess};
   const std::unique_ptr<VoMsgBufferedReader> reader(source->getInputStream(VoMsgResourceLocator::dataPart));
@@ -116,35 +113,19 @@ std::vector<std::string> expandFolders(const std::vector<std::string>& arguments
       continue;
     }
     const auto first = static_cast<std::ptrdiff_t>(files.size());
-    fs::recursive_directory_iterator entry(argument, error);
-    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-      std::error_code ignored;  // an entry that vanished is no file any more
-      if (entry->is_regular_file(ignored)) files.push_back(entry->path().string());
+    // Of a Maildir's three folders "tmp" holds what is still being delivered.
+    const bool isMaildir = fs::is_directory(argument + "/cur", error) && fs::is_directory(argument + "/new", error);
+    for (const char* below : isMaildir ? std::vector<const char*>{"/cur", "/new"} : std::vector<const char*>{""}) {
+      fs::recursive_directory_iterator entry(argument + below, error);
+      for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+        std::error_code ignored;  // an entry that vanished is no file any more
+        if (entry->is_regular_file(ignored)) files.push_back(entry->path().string());
+      }
+      if (error) throw noInput(argument, error.message().c_str());
     }
-    if (error) throw noInput(argument, error.message().c_str());
     std::sort(files.begin() + first, files.end());
   }
   return files;
-}
-
-int forEachFile(const std::vector<std::string>& arguments,
-                const std::function<int(const std::string& file, bool several)>& work) {
-  const std::vector<std::string> files = expandFolders(arguments);
-  if (files.empty()) throw Failure(kNoInput, "there is no file in what was named");
-  Progress progress(files.size());
-  int exit = kOk;
-  for (const std::string& file : files) {
-    progress.next(file);
-    int result = kOk;
-    try {
-      result = work(file, files.size() > 1);
-    } catch (const Failure& failure) {
-      complain(failure.what());
-      result = failure.exit();
-    }
-    if (exit == kOk) exit = result;
-  }
-  return exit;
 }
 
 }  // namespace cli

@@ -6,11 +6,10 @@
 
 #include "cli/Command.h"
 #include "cli/Console.h"
-#include "cli/EntityWalk.h"
 #include "cli/Failure.h"
-#include "cli/Input.h"
+#include "cli/Marks.h"
+#include "cli/Messages.h"
 #include "cli/Printable.h"
-#include "vomsg/entity/VoMsgRfc822Entity.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
 
@@ -76,48 +75,12 @@ class Comparison : public VoMsgResourceLocator {
   std::optional<std::uint64_t> mDifference;
 };
 
-const char* reasonOf(vomsg::detail::HeaderMark mark) {
-  using vomsg::detail::HeaderMark;
-  switch (mark) {
-    case HeaderMark::none:
-      return "none";
-    case HeaderMark::droppedLine:
-      return "a line that is no header field";
-    case HeaderMark::repeatedContentType:
-      return "a second Content-Type";
-    case HeaderMark::unquotedBoundary:
-      return "a boundary without the quotes it needs";
-    case HeaderMark::blankTerminator:
-      return "blanks in the line that ends the header";
-    case HeaderMark::repeatedBoundary:
-      return "more than one boundary";
-    case HeaderMark::missingBoundary:
-      return "a multipart without boundary";
-  }
-  return "unknown";
-}
-
-std::string explainMarks(VoMsgEntity* root) {
-  std::string lines;
-  EntityWalk walk(root);
-  while (walk.next()) {
-    const auto* mime = dynamic_cast<const VoMsgRfc822Entity*>(walk.entity());
-    if (mime == nullptr) continue;
-    const VoMsgEntityHeader* header = mime->getEntityHeader();
-    if (header->getMark() == vomsg::detail::HeaderMark::none) continue;
-    lines +=
-        std::string("mark: ") + reasonOf(header->getMark()) + " at " + std::to_string(header->getMarkOffset()) + "\n";
-  }
-  return lines;
-}
-
 struct Options {
   std::vector<std::string> files;
   bool explain = false;
 };
 
-int checkFile(const Options& options, const std::string& file) {
-  std::unique_ptr<VoMsgResourceLocator> source = openInput(file);
+int checkFile(const Options& options, const std::string& file, std::unique_ptr<VoMsgResourceLocator> source) {
   std::unique_ptr<VoMsgBufferedReader> original(source->getInputStream(VoMsgResourceLocator::dataPart));
   if (!original) throw failureOf(kVoReadFailed, file);
   const OpenedMessage opened = openMessage(file, std::move(source));
@@ -129,7 +92,8 @@ int checkFile(const Options& options, const std::string& file) {
   report += difference ? "differs at " + std::to_string(*difference) : "identical";
   if (voFailed(opened.code)) report += " (read with " + hexCode(opened.code) + ")";
   report += "\n";
-  if (options.explain) report += explainMarks(opened.message.get());
+  for (const Mark& mark : options.explain ? marksOf(opened.message.get()) : std::vector<Mark>())
+    report += std::string("mark: ") + mark.reason + " at " + std::to_string(mark.offset) + "\n";
   print(report);
   return difference ? kDifferent : kOk;
 }
@@ -141,7 +105,9 @@ const Command kRoundtrip(
           ->required();
       app.add_flag("--explain", options->explain, "Add a line for each header block that is written anew: why, where");
       return [options] {
-        return forEachFile(options->files, [&](const std::string& file, bool) { return checkFile(*options, file); });
+        return forEachMessage(options->files, [&](MessageInput& input) {
+          return checkFile(*options, input.place, std::move(input.source));
+        });
       };
     });
 

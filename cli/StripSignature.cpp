@@ -6,7 +6,7 @@
 #include "cli/Editing.h"
 #include "cli/EntityWalk.h"
 #include "cli/Failure.h"
-#include "cli/Input.h"
+#include "cli/Messages.h"
 
 namespace cli {
 
@@ -27,7 +27,7 @@ void touchSignedParts(VoMsgEntity* message, const std::string& file) {
 }
 
 int stripSignature(const Options& options) {
-  const OpenedMessage opened = openMessage(options.in);
+  const OpenedMessage opened = openMessage(options.in, openWhole(options.in));
   check(opened.code, options.in);
   touchSignedParts(opened.message.get(), options.in);
   check(opened.message->stripSignaturePart(), options.in);

@@ -5,8 +5,9 @@
 #include "cli/Command.h"
 #include "cli/Console.h"
 #include "cli/Failure.h"
-#include "cli/Input.h"
-#include "vomsg/entity/VoMsgRfc822Message.h"
+#include "cli/MainText.h"
+#include "cli/Messages.h"
+#include "vomsg/entity/VoMsgRfc822Entity.h"
 
 namespace cli {
 
@@ -29,28 +30,14 @@ const char* originName(VoMsgRfc822Entity::CharsetOrigin origin) {
   return "unknown";
 }
 
-// A bare TNEF stream has its texts in front of its attachments: the first of the wanted kind, else the first of any.
-VoMsgEntity* mainTextOfStream(VoMsgEntity* stream, bool preferHtml) {
-  VoMsgEntity* first = nullptr;
-  for (VoMsgEntity* part = stream->getChildEntity(); part != nullptr; part = part->getNextSiblingEntity()) {
-    if (!part->isContentType("text", nullptr) || part->getFileName("utf-8") != nullptr) continue;
-    if (part->isContentType("text", "html") == preferHtml) return part;
-    if (first == nullptr) first = part;
-  }
-  return first;
-}
-
-VoMsgEntity* mainText(VoMsgEntity* root, bool preferHtml) {
-  auto* const message = dynamic_cast<VoMsgRfc822Message*>(root);
-  return message != nullptr ? message->_findMessageBody(preferHtml) : mainTextOfStream(root, preferHtml);
-}
-
-int showText(const Options& options) {
-  const OpenedMessage opened = openMessage(options.file);
+int showText(const Options& options, MessageInput& input) {
+  const std::string& file = input.place;
+  const OpenedMessage opened = openMessage(file, std::move(input.source));
+  print(titleOf(input));
   VoMsgEntity* const body = mainText(opened.message.get(), options.html);
   if (body == nullptr) {
-    checkReading(opened, options.file);
-    throw Failure(kBadData, options.file + ": the message holds no text");
+    checkReading(opened, file);
+    throw Failure(kBadData, file + ": the message holds no text");
   }
   if (auto* mime = dynamic_cast<VoMsgRfc822Entity*>(body)) {
     auto origin = VoMsgRfc822Entity::CharsetOrigin::assumed;
@@ -60,11 +47,11 @@ int showText(const Options& options) {
   int code = 0;
   const VoMsgResourceLocator* text = body->getTextContent(code, nullptr, "utf-8");
   if (text != nullptr) {
-    printText(readAll(*text, options.file));
+    printText(readAll(*text, file));
   } else if (static_cast<VoErrorCode>(code) != kVoNoContent) {
-    throw failureOf(static_cast<VoErrorCode>(code), options.file);
+    throw failureOf(static_cast<VoErrorCode>(code), file);
   }
-  checkReading(opened, options.file);
+  checkReading(opened, file);
   return kOk;
 }
 
@@ -72,7 +59,9 @@ const Command kText("text", "Print the main text in UTF-8, its charset on stderr
   const auto options = std::make_shared<Options>();
   app.add_option("FILE", options->file, "The message; - for the standard input")->required();
   app.add_flag("--html", options->html, "Prefer HTML to plain text");
-  return [options] { return showText(*options); };
+  return [options] {
+    return forEachMessageIn(options->file, [&](MessageInput& input) { return showText(*options, input); });
+  };
 });
 
 }  // namespace

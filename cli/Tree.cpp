@@ -5,8 +5,8 @@
 #include "cli/Command.h"
 #include "cli/Console.h"
 #include "cli/Failure.h"
-#include "cli/Input.h"
 #include "cli/Json.h"
+#include "cli/Messages.h"
 #include "cli/Printable.h"
 #include "cli/TreeText.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
@@ -18,8 +18,20 @@ namespace {
 
 Json range(unsigned offset, unsigned size) { return {{"offset", offset}, {"size", size}}; }
 
-// The object of the walk's present entity, open for its children: `{...,"children":[`.
-std::string openObject(const EntityWalk& walk) {
+// A field's parameters by name, decoded; null without the field.
+Json parametersOf(VoMsgEntity* entity, const char* name) {
+  VoMsgHeaderField* const field = entity->getHeader(name);
+  if (field == nullptr) return nullptr;
+  Json parameters = Json::object();
+  for (unsigned i = 0; i < field->countParameter(); ++i) {
+    const char* const parameter = field->getParameterNameAt(i);
+    if (parameter != nullptr) parameters[parameter] = jsonText(field->getParameterValueAt(i, "utf-8"));
+  }
+  return parameters;
+}
+
+// The object of the walk's present entity, open for its children: `{...,"children":[`. docs/json.md tells the keys.
+std::string openObject(const EntityWalk& walk, bool checksum) {
   VoMsgEntity* const entity = walk.entity();
   const auto* mime = dynamic_cast<const VoMsgRfc822Entity*>(entity);
   Json flags = Json::array();
@@ -32,9 +44,14 @@ std::string openObject(const EntityWalk& walk) {
     if (field != nullptr)
       headers.push_back(Json::array({jsonText(field->getName()), jsonText(field->getFieldValue("utf-8"))}));
   }
-  const Json object = {
+  Json object = {
+      {"number", walk.number()},
+      {"kind", kindOf(entity->getEntityTypeID())},
       {"type", hexCode(entity->getEntityTypeID())},
       {"contentType", jsonText(entity->getContentType())},
+      {"contentTypeParameters", parametersOf(entity, "Content-Type")},
+      {"disposition", jsonText(entity->getHeaderValue("Content-Disposition", "utf-8"))},
+      {"dispositionParameters", parametersOf(entity, "Content-Disposition")},
       {"charset", jsonText(entity->getCharset())},
       {"encoding", jsonText(entity->getEncoding())},
       {"fileName", jsonText(entity->getFileName("utf-8"))},
@@ -45,14 +62,16 @@ std::string openObject(const EntityWalk& walk) {
       {"flags", std::move(flags)},
       {"headers", std::move(headers)},
   };
+  if (checksum && walk.isLeaf()) object["crc32"] = crcOf(entity);
   std::string opened = jsonLine(object);
   opened.back() = ',';
   return opened + "\"children\":[";
 }
 
 // Written entity by entity: a document of a hundred thousand levels is nothing to build as one object.
-void printJson(const std::string& file, const OpenedMessage& opened) {
-  std::string out = "{\"file\":" + jsonLine(file) + ",\"code\":" + jsonLine(hexCode(opened.code)) + ",\"root\":";
+void printJson(const std::string& file, const OpenedMessage& opened, bool checksum) {
+  std::string out =
+      "{\"schema\":1,\"file\":" + jsonLine(file) + ",\"code\":" + jsonLine(hexCode(opened.code)) + ",\"root\":";
   EntityWalk walk(opened.message.get());
   unsigned open = 0;  // objects whose children are being written
   while (walk.next()) {
@@ -60,7 +79,7 @@ void printJson(const std::string& file, const OpenedMessage& opened) {
       for (; open > walk.depth(); --open) out += "]}";
       out += ',';
     }
-    out += openObject(walk);
+    out += openObject(walk, checksum);
     ++open;
     if (out.size() > 65536) {
       print(out);
@@ -77,12 +96,13 @@ struct Options {
   bool checksum = false;
 };
 
-int showFile(const Options& options, const std::string& file, bool several) {
-  const OpenedMessage opened = openMessage(file);
+int showMessage(const Options& options, MessageInput& input) {
+  const std::string& file = input.place;
+  const OpenedMessage opened = openMessage(file, std::move(input.source));
   if (options.json) {
-    printJson(file, opened);
+    printJson(file, opened, options.checksum);
   } else {
-    print((several ? "== " + printable(file) + "\n" : "") + treeText(opened.message.get(), options.checksum));
+    print(titleOf(input) + treeText(opened.message.get(), options.checksum));
   }
   checkReading(opened, file);
   return kOk;
@@ -95,8 +115,7 @@ const Command kTree("tree", "Print the entity tree of messages", [](CLI::App& ap
   app.add_flag("--json", options->json, "One JSON object a line and file");
   app.add_flag("--checksum", options->checksum, "Add the CRC-32 of each part's decoded content");
   return [options] {
-    return forEachFile(options->files,
-                       [&](const std::string& file, bool several) { return showFile(*options, file, several); });
+    return forEachMessage(options->files, [&](MessageInput& input) { return showMessage(*options, input); });
   };
 });
 

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string_view>
 
+#include "cli/Console.h"
 #include "cli/Printable.h"
 #include "vomsg/entity/VoMsgRfc822Entity.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
@@ -42,22 +43,6 @@ constexpr auto kCrcTable = [] {
   return table;
 }();
 
-std::string checksumOf(VoMsgEntity* entity) {
-  int code = 0;
-  const VoMsgResourceLocator* content = entity->getContent(code, nullptr);
-  if (content == nullptr) return static_cast<VoErrorCode>(code) == kVoNoContent ? " crc=00000000" : " crc=none";
-  const std::unique_ptr<VoMsgBufferedReader> reader(content->getInputStream(VoMsgResourceLocator::dataPart));
-  if (!reader) return " crc=none";
-  std::uint32_t crc = 0xFFFFFFFFu;
-  char chunk[4096];
-  while (const unsigned n = reader->read(chunk, sizeof chunk)) {
-    for (unsigned i = 0; i < n; ++i) crc = crc >> 8 ^ kCrcTable[(crc ^ static_cast<std::uint8_t>(chunk[i])) & 0xFF];
-  }
-  char text[16];
-  std::snprintf(text, sizeof text, " crc=%08x", ~crc);
-  return text;
-}
-
 // A value from the mail; in quotes when it could be taken for something else.
 std::string value(const char* text) {
   const std::string shown = printable(text);
@@ -73,6 +58,22 @@ std::string value(const char* text) {
 
 }  // namespace
 
+std::string crcOf(VoMsgEntity* entity) {
+  int code = 0;
+  const VoMsgResourceLocator* content = entity->getContent(code, nullptr);
+  if (content == nullptr) return static_cast<VoErrorCode>(code) == kVoNoContent ? "00000000" : "none";
+  const std::unique_ptr<VoMsgBufferedReader> reader(content->getInputStream(VoMsgResourceLocator::dataPart));
+  if (!reader) return "none";
+  std::uint32_t crc = 0xFFFFFFFFu;
+  char chunk[4096];
+  while (const unsigned n = reader->read(chunk, sizeof chunk)) {
+    for (unsigned i = 0; i < n; ++i) crc = crc >> 8 ^ kCrcTable[(crc ^ static_cast<std::uint8_t>(chunk[i])) & 0xFF];
+  }
+  char text[16];
+  std::snprintf(text, sizeof text, "%08x", ~crc);
+  return text;
+}
+
 const char* kindOf(std::uint32_t typeId) {
   for (const Kind& kind : kKinds) {
     if (kind.typeId == typeId) return kind.name;
@@ -82,9 +83,9 @@ const char* kindOf(std::uint32_t typeId) {
 
 std::string treeLine(const EntityWalk& walk, bool checksum) {
   VoMsgEntity* const entity = walk.entity();
-  std::string line = std::to_string(walk.number()) + ' ' + kindOf(entity->getEntityTypeID());
+  std::string line = inColour(Colour::number, std::to_string(walk.number())) + ' ' + kindOf(entity->getEntityTypeID());
   const char* type = entity->getContentType();
-  line += type != nullptr ? ' ' + value(type) : " -";
+  line += type != nullptr ? ' ' + inColour(Colour::name, value(type)) : " -";
   if (const char* charset = entity->getCharset()) line += " charset=" + value(charset);
   if (const char* encoding = entity->getEncoding()) line += " encoding=" + value(encoding);
   if (const char* name = entity->getFileName("utf-8")) line += " name=" + value(name);
@@ -100,7 +101,7 @@ std::string treeLine(const EntityWalk& walk, bool checksum) {
   if (walk.isSigned()) line += " signed";
   if (walk.isEncrypted()) line += " encrypted";
   if (walk.isModified()) line += " modified";
-  if (checksum && walk.isLeaf()) line += checksumOf(entity);
+  if (checksum && walk.isLeaf()) line += " crc=" + crcOf(entity);
   return line;
 }
 

@@ -41,6 +41,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vomsg.pc DESTINATION ${CMAKE_INSTALL_L
 
 if(TARGET vomsg_program)
   install(TARGETS vomsg_program RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES docs/json.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/vomsg)
 endif()
 # Where the links of the README lead, and whole programs to start from.
 install(FILES LICENSE NOTICE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})

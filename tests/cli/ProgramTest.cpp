@@ -19,7 +19,8 @@ TEST_F(ProgramTest, ExitCodes) {
   };
   const Row rows[] = {
       {{}, 64, "subcommand"},
-      {{"frobnicate"}, 64, ""},
+      {{"nonsense"}, 64, "no command \"nonsense\"; the nearest is \"convert\""},
+      {{"hedaers", plain}, 64, "the nearest is \"headers\""},
       {{"tree"}, 64, "FILE"},
       {{"tree", "--max-entity-headers", "many", plain}, 64, "many"},
       {{"--help"}, 0, ""},
@@ -56,6 +57,8 @@ TEST_F(ProgramTest, ExitCodes) {
   EXPECT_EQ(get(path("copied")), many + "\r\n");
   EXPECT_EQ(get(path("edited")), "Content-Type: message/partial\r\nX-A: b\r\n\r\nx");
 }
+
+TEST_F(ProgramTest, TellsItsVersion) { EXPECT_EQ(run({"--version"}).out, "vomsg 1.100.0 (libvomsg 1.100.0.0000)\n"); }
 
 TEST_F(ProgramTest, RefusesWhatCannotBeAddressed) {
   put("huge", "");

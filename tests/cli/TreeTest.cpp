@@ -23,15 +23,18 @@ TEST_F(ProgramTest, TreeAsJson) {
                                   "--b\r\n\r\n\xE9\r\n--b\r\nContent-Type: image/gif; name=\"\xFF.gif\"\r\n"
                                   "Content-Transfer-Encoding: base64\r\n\r\nAAEC\r\n--b--\r\n");
   const std::string want =
-      R"({"file":")" + message +
+      R"({"schema":1,"file":")" + message +
       R"(","code":"0x00010000","root":)"
-      R"({"type":"0x20000002","contentType":"multipart/signed","charset":null,"encoding":null,"fileName":null,)"
+      R"({"number":0,"kind":"message","type":"0x20000002","contentType":"multipart/signed",)"
+      R"("contentTypeParameters":{"boundary":"b"},"disposition":null,"dispositionParameters":null,"charset":null,"encoding":null,"fileName":null,)"
       R"("header":{"offset":0,"size":90},"body":{"offset":90,"size":104},"contentSize":null,"level":0,)"
       R"("flags":["signed"],"headers":[["Subject","café"],["X-Raw","�"],["Content-Type","multipart/signed"]],"children":[)"
-      R"({"type":"0x00000001","contentType":null,"charset":null,"encoding":null,"fileName":null,)"
+      R"({"number":1,"kind":"part","type":"0x00000001","contentType":null,)"
+      R"("contentTypeParameters":null,"disposition":null,"dispositionParameters":null,"charset":null,"encoding":null,"fileName":null,)"
       R"("header":{"offset":95,"size":2},"body":{"offset":97,"size":1},"contentSize":1,"level":0,)"
       R"("flags":["signed"],"headers":[],"children":[]},)"
-      R"({"type":"0x00000001","contentType":"image/gif","charset":null,"encoding":"base64","fileName":"�.gif",)"
+      R"({"number":2,"kind":"part","type":"0x00000001","contentType":"image/gif",)"
+      R"("contentTypeParameters":{"name":"�.gif"},"disposition":null,"dispositionParameters":null,"charset":null,"encoding":"base64","fileName":"�.gif",)"
       R"("header":{"offset":105,"size":76},"body":{"offset":181,"size":4},"contentSize":3,"level":0,)"
       R"("flags":["signed"],"headers":[["Content-Type","image/gif"],["Content-Transfer-Encoding","base64"]],)"
       R"("children":[]}]}})"

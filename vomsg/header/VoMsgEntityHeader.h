@@ -93,8 +93,8 @@ class VOMSG_API VoMsgEntityHeader {
   // The fields so far were put together from unchanged ones, and nobody edited anything.
   void setUnedited();
   // The parser's mark: the first reason and the source offset of the line that caused it.
-  void setMark(vomsg::detail::HeaderMark mark, unsigned offset);
-  vomsg::detail::HeaderMark getMark() const { return mMark; }
+  void setMark(VoMsgHeaderMark mark, unsigned offset);
+  VoMsgHeaderMark getMark() const { return mMark; }
   unsigned getMarkOffset() const { return mMarkOffset; }
   // Of several Content-Type fields in the source, one that was replaced said something else than the next.
   bool contentTypesDiffer() const { return mContentTypesDiffer; }
@@ -155,7 +155,7 @@ class VOMSG_API VoMsgEntityHeader {
   bool mIsChild = false;
   bool mIsEdited = false;
   bool mContentTypesDiffer = false;
-  vomsg::detail::HeaderMark mMark{};
+  VoMsgHeaderMark mMark{};
   unsigned mMarkOffset = 0;
   void* mpLogOwner = nullptr;
   const char* (*mpTagOf)(void* owner) = nullptr;

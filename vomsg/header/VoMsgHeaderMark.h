@@ -3,10 +3,8 @@
 
 #include <cstdint>
 
-namespace vomsg::detail {
-
 // Why the parser wants a block written anew.
-enum class HeaderMark : std::uint8_t {
+enum class VoMsgHeaderMark : std::uint8_t {
   none,
   droppedLine,          // a line without ":" after its name
   repeatedContentType,  // a second Content-Type replaced the first
@@ -16,4 +14,6 @@ enum class HeaderMark : std::uint8_t {
   missingBoundary       // a multipart without boundary, read as text/plain
 };
 
-}  // namespace vomsg::detail
+namespace vomsg::detail {
+using HeaderMark = VoMsgHeaderMark;
+}
