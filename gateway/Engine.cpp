@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "vomsg/anomaly/VoMsgAnomalyList.h"
+
 namespace gateway {
 
 namespace {
@@ -13,8 +15,8 @@ namespace {
 class Matcher {
  public:
   Matcher(const Policy& policy, const Delivery& delivery, const vomsg::Message& message, VoErrorCode code,
-          std::uint64_t bytes)
-      : mPolicy(policy), mDelivery(delivery), mMessage(message), mCode(code), mBytes(bytes) {}
+          std::uint64_t bytes, const VoMsgAnomalyList* anomalies)
+      : mPolicy(policy), mDelivery(delivery), mMessage(message), mCode(code), mBytes(bytes), mAnomalies(anomalies) {}
 
   bool hits(const Conditions& when) const {
     if (!hitsCode(when.codes) || !hitsDirection(when.direction)) return false;
@@ -23,6 +25,7 @@ class Matcher {
     if (!when.senders.empty() && !matchesOne(when.senders, mDelivery.sender)) return false;
     if (!when.recipients.empty() && !hitsRecipients(when)) return false;
     if (!when.field.empty() && !hitsField(when)) return false;
+    if (when.anomaly && !hitsAnomaly(*when.anomaly)) return false;
     return !when.attachment.isAsked || !attachments(when.attachment).empty();
   }
 
@@ -41,6 +44,10 @@ class Matcher {
   bool hitsCode(const std::vector<VoErrorCode>& codes) const {
     if (codes.empty()) return !voFailed(mCode);
     return std::find(codes.begin(), codes.end(), mCode) != codes.end();
+  }
+
+  bool hitsAnomaly(VoMsgAnomalyLevel level) const {
+    return mAnomalies != nullptr && mAnomalies->countAll() > 0 && mAnomalies->highestLevel() >= level;
   }
 
   bool isInsideAddress(const std::string& address) const {
@@ -84,6 +91,7 @@ class Matcher {
   const vomsg::Message& mMessage;
   VoErrorCode mCode;
   std::uint64_t mBytes;
+  const VoMsgAnomalyList* mAnomalies;  // of the message as it came
 };
 
 // "%n" in a notice is the attachment's name.
@@ -145,6 +153,13 @@ vomsg::Status edit(const Action& action, const Conditions& when, const Matcher& 
   return {};
 }
 
+const char* firstDanger(const VoMsgAnomalyList& anomalies) {
+  for (unsigned i = 0; i < anomalies.count(); ++i) {
+    if (anomalies.at(i)->level == kVoAnomalyDangerous) return voAnomalyName(anomalies.at(i)->code);
+  }
+  return "further down";
+}
+
 Outcome failed(OnFailure how, VoErrorCode code, const std::string& reason, Outcome&& outcome,
                std::optional<vomsg::Message> original) {
   outcome.code = code;
@@ -196,15 +211,19 @@ Outcome treat(const Policy& policy, const Delivery& delivery, vomsg::Result<voms
   vomsg::Result<vomsg::Message> copy = original->copy();
   if (!copy) return failed(OnFailure::closed, copy.code(), copy.error().text(), std::move(outcome), std::nullopt);
   vomsg::Message& edited = *copy;
+  const VoMsgAnomalyList* const anomalies = original->message()->getAnomalies();
   std::vector<std::string> folders;
+  bool isDangerous = anomalies != nullptr && anomalies->highestLevel() == kVoAnomalyDangerous;
   bool isOver = false;
   bool isDecided = false;  // about damaged mail
   for (const Rule& rule : policy.rules) {
     if (isOver) break;
-    const Matcher matcher(policy, delivery, edited, code, outcome.bytes);
+    const Matcher matcher(policy, delivery, edited, code, outcome.bytes, anomalies);
     if (!matcher.hits(rule.when)) continue;
     outcome.rules.push_back(rule.name);
     isDecided = true;
+    if (rule.when.anomaly || !rule.when.codes.empty())
+      isDangerous = false;  // the administrator has said what is to be done
     isOver = !rule.goesOn;
     for (const Action& action : rule.actions) {
       if (action.what == Do::reject) {
@@ -224,6 +243,10 @@ Outcome treat(const Policy& policy, const Delivery& delivery, vomsg::Result<voms
     const auto found = policy.onCode.find(code);
     return failed(found != policy.onCode.end() ? found->second : policy.onDamage, code, read.error().text(),
                   std::move(outcome), std::move(*original));
+  }
+  if (isDangerous) {
+    return failed(policy.onDangerous, code, std::string("dangerous: ") + firstDanger(*anomalies), std::move(outcome),
+                  std::move(*original));
   }
   outcome.code = code;
   for (const std::string& folder : folders) {

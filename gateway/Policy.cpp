@@ -161,6 +161,7 @@ class Reader {
   void failure(const toml::table& node, Policy& policy) {
     Table table(node, mMistakes);
     policy.onDamage = onFailure(table.word("damage", {"open", "closed", "reject"}));
+    policy.onDangerous = onFailure(table.word("dangerous", {"closed", "open", "reject"}));
     policy.onEdit = onFailure(table.word("edit", {"closed", "open", "reject"}));
     for (const Named& each : kCodes) {
       if (table.has(each.name))
@@ -202,6 +203,10 @@ class Reader {
     made.field = table.text("field");
     made.fieldValues = table.texts("value");
     if (made.field.empty() && !made.fieldValues.empty()) table.complain("\"value\" needs \"field\"");
+    const std::string level = table.word("anomaly", {"", "note", "ambiguous", "dangerous"});
+    if (level == "note") made.anomaly = kVoAnomalyNote;
+    if (level == "ambiguous") made.anomaly = kVoAnomalyAmbiguous;
+    if (level == "dangerous") made.anomaly = kVoAnomalyDangerous;
     for (const std::string& word : table.texts("code")) {
       const auto* const found =
           std::find_if(std::begin(kCodes), std::end(kCodes), [&](const Named& each) { return word == each.name; });

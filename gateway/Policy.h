@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "vomsg/anomaly/VoMsgAnomaly.h"
 #include "vomsg/mail.h"
 
 namespace gateway {
@@ -31,7 +32,8 @@ struct Conditions {
   std::string field;  // a name; empty: not asked
   std::vector<std::string> fieldValues;
   Attachment attachment;
-  std::vector<VoErrorCode> codes;  // of the reading; a rule without them is for mail that was read
+  std::optional<VoMsgAnomalyLevel> anomaly;  // something at least as odd
+  std::vector<VoErrorCode> codes;            // of the reading; a rule without them is for mail that was read
 };
 
 enum class Do {
@@ -68,9 +70,10 @@ struct Policy {
   std::uint64_t maxMessage = 0;  // bytes; 0: what the library takes
   std::vector<std::string> insideNetworks, insideDomains;
   std::map<VoErrorCode, OnFailure> onCode;
-  OnFailure onDamage = OnFailure::open;  // any other code of the reading
-  OnFailure onEdit = OnFailure::closed;  // an action failed
-  std::string counters;                  // a Prometheus text file; empty: none
+  OnFailure onDamage = OnFailure::open;       // any other code of the reading
+  OnFailure onEdit = OnFailure::closed;       // an action failed
+  OnFailure onDangerous = OnFailure::closed;  // no rule hit, and content may be hidden
+  std::string counters;                       // a Prometheus text file; empty: none
   std::vector<Rule> rules;
 };
 

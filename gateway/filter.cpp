@@ -48,6 +48,7 @@ int filter(const Options& options, const NextHop& hop) {
     return kTryAgain;  // mail waits until the policy is mended
   }
   policy.settings.apply();
+  VoMsgSetCollectAnomalies(true);
   const Report report("vomsg-filter", options.asJson);
   Outcome outcome = treat(policy, options.delivery, vomsg::Message::read(STDIN_FILENO));
   int exit = kDone;

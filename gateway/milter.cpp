@@ -311,6 +311,7 @@ int run(const std::string& policyFile, const std::string& socket, bool asJson) {
   }
   if (!mistakes.empty()) return kBadPolicy;
   policy.settings.apply();
+  VoMsgSetCollectAnomalies(true);
   const Report report("vomsg-milter", asJson);
   gPolicy = &policy;
   gReport = &report;

@@ -207,6 +207,17 @@ class Gateway(unittest.TestCase):
                         self.assertEqual(out, DAMAGED)
         self.run_filter("[limits]\nmessage_mib = 1\n[failure]\ndamage = \"closed\"\n", b"A: b\n\n" + b"x" * 1100000, status=75)
 
+    def test_danger(self):
+        odd = sample("rfc2231_names")  # its boundary is given in a form that many readers do not know
+        rows = [("", 75, odd), ('[failure]\ndangerous = "open"\n', 0, odd), ('[failure]\ndangerous = "reject"\n', 69, odd),
+                (rule('anomaly = "dangerous"', '{ action = "pass" }'), 0, odd), (rule('anomaly = "ambiguous"'), 0, odd),
+                (rule(), 75, odd), ("", 0, sample("plain"))]
+        for policy, status, message in rows:
+            with self.subTest(policy=policy):
+                out = self.run_filter(policy, message, status=status)
+                self.assertEqual(b"X-Hit" in out, "ambiguous" in policy)
+        self.assertNotIn(b"X-Hit", self.run_filter(rule('anomaly = "ambiguous"'), sample("plain")))
+
     def test_verdicts(self):
         out = self.run_filter(rule(do='{ action = "reject", reason = "not here" }'), sample("plain"), status=69)
         self.assertEqual(out, b"not here\n")
@@ -259,9 +270,10 @@ class Gateway(unittest.TestCase):
         self.assertEqual(text.count("# TYPE"), 3)
 
     def test_nothing_changes_without_need(self):
+        policy = (ROOT / "gateway/policy.toml").read_text().replace("[failure]\n", '[failure]\ndangerous = "open"\n')
         for path in sorted(MESSAGES.glob("*.eml")):
             with self.subTest(path=path.name):
-                self.assertEqual(self.run_filter((ROOT / "gateway/policy.toml").read_text(), path.read_bytes(),
+                self.assertEqual(self.run_filter(policy, path.read_bytes(),
                                                  "--sender=a@x", "--client=192.0.2.1"), path.read_bytes())
 
 
