@@ -68,7 +68,9 @@ constexpr Setter kSetters[] = {
     [](auto& m, auto& t) {
       VoMsgHeaderField* const field = fieldAt(m, t.place);
       field->setFieldValue(t.a.c_str(), "utf-8", t.charset);
-      field->setParameterValue("p", t.b.c_str(), "utf-8", t.charset);
+      // Of a field without parameters one would be read as text of its value.
+      if (std::string_view(field->getName()) == "Content-Type")
+        field->setParameterValue("p", t.b.c_str(), "utf-8", t.charset);
     },
     [](auto& m, auto& t) { m.appendUserAddress("Cc", t.a.c_str()); },
     [](auto& m, auto& t) { m.insertUserAddressAt("To", t.a.c_str(), t.place % 3); },
