@@ -257,7 +257,8 @@ struct SlowFacade : SlowGroup {
 
 using Session = std::unique_ptr<VoMsgDetectorSession>;
 
-// Both trees know the same after each chunk, down to the last member.
+// Both trees know the same after each chunk, down to the last member; once a group has made its choice, its members are
+// not asked any more.
 inline void expectSame(VoMsgDetectorSession& session, const SlowMember& slow) {
   ASSERT_EQ(session.getState(), slow.state) << slow.charset;
   ASSERT_EQ(session.getConfidence(), slow.confidence()) << slow.charset;
@@ -265,7 +266,7 @@ inline void expectSame(VoMsgDetectorSession& session, const SlowMember& slow) {
     ASSERT_EQ(session.getCharSet(), slow.charset);
   }
   const auto* const group = dynamic_cast<const SlowGroup*>(&slow);
-  if (!group) return;
+  if (!group || group->state == 1) return;
   const auto& sessions = static_cast<VoMsgGroupDetectorSession&>(session).getSessions();
   ASSERT_EQ(sessions.size(), group->members.size());
   for (std::size_t i = 0; i < sessions.size(); ++i) expectSame(*sessions[i], *group->members[i]);

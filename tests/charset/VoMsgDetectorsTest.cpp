@@ -209,13 +209,13 @@ TEST(SequenceModels, HaveTheirPartsAndNames) {
 
 TEST(Detectors, NeedASession) {
   VoMsgCharSetDetectorFacade facade;
-  for (VoMsgCharSetDetector* member : facade.getMembers()) EXPECT_EQ(member->handleData("x", 1, nullptr), nullptr);
+  for (const auto& member : facade.getMembers()) EXPECT_EQ(member->handleData("x", 1, nullptr), nullptr);
   const Session session(facade.handleData("", 0, nullptr));  // the root makes its own
   ASSERT_NE(session, nullptr);
   auto& group = static_cast<VoMsgGroupDetectorSession&>(*session);
   EXPECT_EQ(group.setPrefSession(nullptr), -1);
-  EXPECT_EQ(group.setPrefSession(group.getSessions()[2]), 0);
-  EXPECT_EQ(group.setPrefSession(group.getSessions()[0]), -1);
+  EXPECT_EQ(group.setPrefSession(group.getSessions()[2].get()), 0);
+  EXPECT_EQ(group.setPrefSession(group.getSessions()[0].get()), -1);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #include "vomsg/charset/detect/VoMsgCharSetDetectorFacade.h"
 #include "vomsg/charset/detect/VoMsgSBCSGroupDetector.h"
@@ -36,6 +37,8 @@ const VoMsgCharSetDetector* deciderOf(const VoMsgDetectorSession* session) {
   while (session && dynamic_cast<const VoMsgGroupDetector*>(session->getDetector())) session = choiceOf(session);
   return session ? session->getDetector() : nullptr;
 }
+
+bool mayHoldEscapes(std::string_view text) { return text.find('\x1B') != text.npos || text.find('~') != text.npos; }
 
 bool isAscii(const char* text, unsigned size) {
   unsigned char all = 0;
@@ -79,8 +82,13 @@ char* VoMsgCharSetAnalysis::analysisText(VoMsgBufferedReader* reader, const char
     std::unique_ptr<VoMsgTextFilterSession> filtered;
     std::unique_ptr<VoMsgDetectorSession> detected;
     bool isAllAscii = true;
-    char block[kBlock];
-    while (const unsigned size = reader->read(block, kBlock)) {
+    bool isReadAhead = false;
+    char blocks[2][kBlock];
+    unsigned size = 0;
+    for (unsigned turn = 0;; turn = 1 - turn) {
+      if (!isReadAhead) size = reader->read(blocks[turn], kBlock);
+      if (size == 0) return nullptr;
+      const char* const block = blocks[turn];
       evidence.bytes += size;
       if (!goOn(filtered, filter->filterText(block, size, filtered.get()))) return nullptr;
       if (const char* const named = filtered->getCharSet()) return charset = ::strdup(named);
@@ -88,6 +96,11 @@ char* VoMsgCharSetAnalysis::analysisText(VoMsgBufferedReader* reader, const char
       const unsigned length = filtered->getRecentContextSize();
       if (!text && length > 0) return nullptr;
       isAllAscii = isAllAscii && isAscii(text, length);
+      // Of ASCII alone only escape sequences can tell something. Most texts are short and have none: then what comes
+      // next is that nothing comes.
+      isReadAhead = isAllAscii && !detected && !mayHoldEscapes({text, length});
+      if (isReadAhead) size = reader->read(blocks[1 - turn], kBlock);
+      if (isReadAhead && size == 0) return nullptr;
       const bool isChosen = detected && detected->getState() == VoMsgDetectorSession::kFound;
       if (!isChosen && !goOn(detected, facade->handleData(text, length, detected.get()))) return nullptr;
       if (detected->getState() == VoMsgDetectorSession::kNotMe || detected->getState() == VoMsgDetectorSession::kError)
@@ -99,6 +112,5 @@ char* VoMsgCharSetAnalysis::analysisText(VoMsgBufferedReader* reader, const char
       evidence.detector = deciderOf(detected.get());
       return charset = ::strdup(name);
     }
-    return nullptr;
   });
 }

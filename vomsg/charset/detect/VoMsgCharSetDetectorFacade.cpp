@@ -5,9 +5,9 @@
 #include "vomsg/charset/detect/VoMsgSchemeDetector.h"
 
 VoMsgCharSetDetectorFacade::VoMsgCharSetDetectorFacade() {
-  addMember(new VoMsgSchemeDetector);
-  addMember(new VoMsgMBCSGroupDetector);
-  addMember(new VoMsgSBCSGroupDetector);
+  addMember(std::make_unique<VoMsgSchemeDetector>());
+  addMember(std::make_unique<VoMsgMBCSGroupDetector>());
+  addMember(std::make_unique<VoMsgSBCSGroupDetector>());
 }
 
 VoMsgDetectorSession* VoMsgCharSetDetectorFacade::handleData(const char* data, unsigned length,

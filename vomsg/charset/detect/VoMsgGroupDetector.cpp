@@ -1,49 +1,47 @@
 #include "vomsg/charset/detect/VoMsgGroupDetector.h"
 
 #include <algorithm>
-#include <memory>
+#include <cstddef>
+#include <utility>
 
 #include "vomsg/foundation/VoMsgGuard.h"
 
-VoMsgGroupDetectorSession::VoMsgGroupDetectorSession(VoMsgGroupDetector* group) : VoMsgDetectorSession(group) {
-  sessions.reserve(group->getMembers().size());
-  for (VoMsgCharSetDetector* member : group->getMembers())
-    if (VoMsgDetectorSession* const session = member->createSession()) sessions.push_back(session);
+VoMsgGroupDetectorSession::VoMsgGroupDetectorSession(VoMsgGroupDetector* group) : VoMsgDetectorSession(group) {}
+
+VoMsgGroupDetectorSession::~VoMsgGroupDetectorSession() = default;
+
+// False: all members have theirs. One whose session memory does not suffice for is not in play.
+bool VoMsgGroupDetectorSession::addNext() {
+  const auto& members = static_cast<VoMsgGroupDetector*>(getDetector())->getMembers();
+  if (mAdded == members.size()) return false;
+  sessions.reserve(members.size());
+  std::unique_ptr<VoMsgDetectorSession> session(members[mAdded++]->createSession());
+  if (session) sessions.push_back(std::move(session));
+  return true;
 }
 
-VoMsgGroupDetectorSession::~VoMsgGroupDetectorSession() {
-  for (VoMsgDetectorSession* session : sessions) delete session;
-  delete kept;
+const std::vector<std::unique_ptr<VoMsgDetectorSession>>& VoMsgGroupDetectorSession::getSessions() {
+  while (addNext()) continue;
+  return sessions;
 }
 
 void VoMsgGroupDetectorSession::feedMembers(const char* data, unsigned length) {
-  std::size_t stay = 0;
-  for (VoMsgDetectorSession* const session : sessions) {
-    VoMsgDetectorSession* const next = session->getDetector()->handleData(data, length, session);
-    if (next != session) drop(session);
-    if (!next) continue;
-    if (next->getState() == kNotMe || next->getState() == kError) {
-      drop(next);
+  for (std::size_t i = 0; getState() == kDetecting && (i < sessions.size() || addNext());) {
+    if (i == sessions.size()) continue;  // no memory for that one
+    std::unique_ptr<VoMsgDetectorSession>& session = sessions[i];
+    VoMsgDetectorSession* const next = session->getDetector()->handleData(data, length, session.get());
+    if (next != session.get()) session.reset(next);
+    if (!next || next->getState() == kNotMe || next->getState() == kError) {
+      sessions.erase(sessions.begin() + static_cast<std::ptrdiff_t>(i));
       continue;
     }
-    sessions[stay++] = next;
-    // A rival with more confidence is offered too, and refused like all others: the choice is made once.
-    const bool isBeaten = getState() == kFound && prefSession && prefSession->getConfidence() >= next->getConfidence();
-    if (next->getState() == kFound && !isBeaten) setPrefSession(next);
+    if (next->getState() == kFound) setPrefSession(next);
+    ++i;
   }
-  sessions.resize(stay);
-}
-
-// The name that the group reports belongs to its choice, so that one stays although it is no longer asked.
-void VoMsgGroupDetectorSession::drop(VoMsgDetectorSession* session) {
-  if (session == prefSession)
-    kept = session;
-  else
-    delete session;
 }
 
 int VoMsgGroupDetectorSession::calculateState() {
-  if (getState() == kDetecting && sessions.empty()) setState(kNotMe);
+  if (getState() == kDetecting && getSessions().empty()) setState(kNotMe);
   return getState();
 }
 
@@ -54,16 +52,17 @@ int VoMsgGroupDetectorSession::setPrefSession(VoMsgDetectorSession* session) {
   return 0;
 }
 
-VoMsgGroupDetector::~VoMsgGroupDetector() {
-  for (VoMsgCharSetDetector* member : members) delete member;
-}
+VoMsgGroupDetector::~VoMsgGroupDetector() = default;
 
 VoMsgDetectorSession* VoMsgGroupDetector::handleData(const char* data, unsigned length, VoMsgDetectorSession* session) {
   if (!session) return nullptr;
   auto* const group = static_cast<VoMsgGroupDetectorSession*>(session);
-  group->feedMembers(data, length);
-  group->calculateState();
-  return group;
+  // Without memory for a member's session the group is of no use.
+  return vomsg::detail::guardedOr<VoMsgDetectorSession*>(nullptr, [&] {
+    group->feedMembers(data, length);
+    group->calculateState();
+    return group;
+  });
 }
 
 const char* VoMsgGroupDetector::getCharSetName(VoMsgDetectorSession* session) {
@@ -80,12 +79,10 @@ float VoMsgGroupDetector::getConfidence(VoMsgDetectorSession* session) {
   if (!group || group->getState() != VoMsgDetectorSession::kFound) return 0.0f;
   if (group->getPrefSession()) return group->getPrefSession()->getConfidence();
   float greatest = 0.0f;
-  for (VoMsgDetectorSession* member : group->getSessions()) greatest = std::max(greatest, member->getConfidence());
+  for (const auto& member : group->getSessions()) greatest = std::max(greatest, member->getConfidence());
   return greatest;
 }
 
-void VoMsgGroupDetector::addMember(VoMsgCharSetDetector* member) {
-  std::unique_ptr<VoMsgCharSetDetector> owner(member);
-  members.push_back(member);
-  owner.release();
+void VoMsgGroupDetector::addMember(std::unique_ptr<VoMsgCharSetDetector> member) {
+  members.push_back(std::move(member));
 }

@@ -1,8 +1,10 @@
 // A detector made of detectors: it hands each chunk to its members, drops those that are out, and reports what the
 // first member that finds its charset has found. Among members that find in the same chunk the order of members
-// decides, never their confidence.
+// decides, never their confidence: so with the first find the choice is made, and nobody else is asked.
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <vector>
 
 #include "vomsg/charset/detect/VoMsgCharSetDetector.h"
@@ -11,11 +13,11 @@ class VoMsgGroupDetector;
 
 class VOMSG_API VoMsgGroupDetectorSession : public VoMsgDetectorSession {
  public:
-  // A session of each member, in their order. Throws std::bad_alloc.
+  // A session of each member, in their order, made when the member's turn comes: mostly an earlier one decides.
   explicit VoMsgGroupDetectorSession(VoMsgGroupDetector* group);
   ~VoMsgGroupDetectorSession() override;
 
-  // Gives every member still in play the chunk. Stays without effect on a choice once made.
+  // Gives the members still in play the chunk, until one has found its charset. Throws std::bad_alloc.
   void feedMembers(const char* data, unsigned length);
   // The state becomes kNotMe when nothing is decided and no member is left. Returns the state.
   int calculateState();
@@ -23,14 +25,15 @@ class VOMSG_API VoMsgGroupDetectorSession : public VoMsgDetectorSession {
   // kDetecting. Else 0.
   int setPrefSession(VoMsgDetectorSession* session);
   VoMsgDetectorSession* getPrefSession() const { return prefSession; }  // null until one is found
-  const std::vector<VoMsgDetectorSession*>& getSessions() const { return sessions; }
+  // The members still in play, in their order. Throws std::bad_alloc.
+  const std::vector<std::unique_ptr<VoMsgDetectorSession>>& getSessions();
 
  private:
-  void drop(VoMsgDetectorSession* session);
+  bool addNext();
 
-  std::vector<VoMsgDetectorSession*> sessions;  // owned: the members still in play, in their order
-  VoMsgDetectorSession* prefSession = nullptr;  // one of `sessions`, or `kept`
-  VoMsgDetectorSession* kept = nullptr;         // owned: the choice, should it leave the list afterwards
+  std::vector<std::unique_ptr<VoMsgDetectorSession>> sessions;
+  VoMsgDetectorSession* prefSession = nullptr;  // one of `sessions`
+  std::size_t mAdded = 0;                       // members that got their session
 };
 
 class VOMSG_API VoMsgGroupDetector : public VoMsgCharSetDetector {
@@ -44,12 +47,11 @@ class VOMSG_API VoMsgGroupDetector : public VoMsgCharSetDetector {
   // 0 unless the state is kFound; then that of the choice, without one the greatest of the members.
   float getConfidence(VoMsgDetectorSession* session) override;
 
-  const std::vector<VoMsgCharSetDetector*>& getMembers() const { return members; }
+  const std::vector<std::unique_ptr<VoMsgCharSetDetector>>& getMembers() const { return members; }
 
  protected:
-  // Takes `member` over. Throws std::bad_alloc.
-  void addMember(VoMsgCharSetDetector* member);
+  void addMember(std::unique_ptr<VoMsgCharSetDetector> member);  // throws std::bad_alloc
 
  private:
-  std::vector<VoMsgCharSetDetector*> members;  // owned
+  std::vector<std::unique_ptr<VoMsgCharSetDetector>> members;
 };

@@ -25,17 +25,17 @@ unsigned reduce(const char* data, unsigned length, char* reduced) {
 }
 
 template <class Table>
-VoMsgCharSetDetector* distribution(const SMModel& model) {
+std::unique_ptr<VoMsgCharSetDetector> distribution(const SMModel& model) {
   auto table = std::make_unique<Table>();
   auto detector = std::make_unique<VoMsgDistributionDetector>(table.get(), VoMsgCodingStateMachine(&model));
   table.release();
-  return detector.release();
+  return detector;
 }
 
 }  // namespace
 
 VoMsgMBCSGroupDetector::VoMsgMBCSGroupDetector() {
-  addMember(new VoMsgUTF8Detector);
+  addMember(std::make_unique<VoMsgUTF8Detector>());
   addMember(distribution<VoMsgBig5FrequenceTable>(Big5SMModel));
   addMember(distribution<VoMsgGB2312FrequenceTable>(GB18030SMModel));
   addMember(distribution<VoMsgEUCKRFrequenceTable>(EUCKRSMModel));

@@ -5,6 +5,7 @@
 
 #include "vomsg/charset/detect/VoMsgSequenceCounter.h"
 #include "vomsg/charset/detect/VoMsgSequenceDetector.h"
+#include "vomsg/foundation/VoMsgGuard.h"
 
 namespace {
 
@@ -17,10 +18,17 @@ constexpr std::array kModels = {
 };
 static_assert(kModels.size() <= SequenceCounter::kMostModels);
 
+// Some hundred kilobytes, worked out from the models when the first text comes that needs it: few do, and every process
+// that loads the library would pay for it.
+const SequenceCounter& counter() {
+  static const SequenceCounter counter(kModels);
+  return counter;
+}
+
 }  // namespace
 
-VoMsgSBCSGroupDetector::VoMsgSBCSGroupDetector() : mCounter(std::make_unique<SequenceCounter>(kModels)) {
-  for (const SequenceModel* model : kModels) addMember(new VoMsgSequenceDetector(model));
+VoMsgSBCSGroupDetector::VoMsgSBCSGroupDetector() {
+  for (const SequenceModel* model : kModels) addMember(std::make_unique<VoMsgSequenceDetector>(model));
 }
 
 VoMsgSBCSGroupDetector::~VoMsgSBCSGroupDetector() = default;
@@ -29,15 +37,18 @@ VoMsgSBCSGroupDetector::~VoMsgSBCSGroupDetector() = default;
 VoMsgDetectorSession* VoMsgSBCSGroupDetector::handleData(const char* data, unsigned length,
                                                          VoMsgDetectorSession* session) {
   if (!session) return nullptr;
-  const auto& sessions = static_cast<VoMsgGroupDetectorSession*>(session)->getSessions();
-  for (unsigned done = 0, strip; done < length; done += strip) {
-    strip = std::min(length - done, SequenceCounter::kMostBytes);
-    std::array<vomsg::detail::SequenceCounts, kModels.size()> counts;
-    mCounter->count(data + done, strip, counts);
-    auto next = sessions.begin();  // one for each member, but for those whose session memory did not suffice for
-    for (std::size_t m = 0; m < kModels.size() && next != sessions.end(); ++m)
-      if ((*next)->getDetector() == getMembers()[m])
-        static_cast<const VoMsgSequenceDetector*>(getMembers()[m])->learn(data + done, strip, counts[m], *next++);
-  }
-  return VoMsgGroupDetector::handleData(data, 0, session);
+  return vomsg::detail::guardedOr<VoMsgDetectorSession*>(nullptr, [&] {
+    const auto& sessions = static_cast<VoMsgGroupDetectorSession*>(session)->getSessions();
+    for (unsigned done = 0, strip; done < length; done += strip) {
+      strip = std::min(length - done, SequenceCounter::kMostBytes);
+      std::array<vomsg::detail::SequenceCounts, kModels.size()> counts;
+      counter().count(data + done, strip, counts);
+      auto next = sessions.begin();  // one for each member, but for those whose session memory did not suffice for
+      for (std::size_t m = 0; m < kModels.size() && next != sessions.end(); ++m) {
+        const auto* const member = static_cast<const VoMsgSequenceDetector*>(getMembers()[m].get());
+        if ((*next)->getDetector() == member) member->learn(data + done, strip, counts[m], (next++)->get());
+      }
+    }
+    return VoMsgGroupDetector::handleData(data, 0, session);
+  });
 }

@@ -6,17 +6,10 @@
 
 #include "vomsg/charset/detect/VoMsgGroupDetector.h"
 
-namespace vomsg::detail {
-class SequenceCounter;
-}
-
 class VOMSG_API VoMsgSBCSGroupDetector : public VoMsgGroupDetector {
  public:
   // A VoMsgSequenceDetector for each of the thirteen models, in their order. Throws std::bad_alloc.
   VoMsgSBCSGroupDetector();
   ~VoMsgSBCSGroupDetector() override;
   VoMsgDetectorSession* handleData(const char* data, unsigned length, VoMsgDetectorSession* session) override;
-
- private:
-  std::unique_ptr<const vomsg::detail::SequenceCounter> mCounter;
 };

@@ -39,7 +39,6 @@ class VOMSG_API VoMsgSequenceDetector : public VoMsgCharSetDetector {
   // `session` without deciding anything. `rest` is what was counted of all bytes but the first.
   void learn(const char* data, unsigned length, const vomsg::detail::SequenceCounts& rest,
              VoMsgDetectorSession* session) const;
-  const SequenceModel* getModel() const { return model; }
 
  private:
   void learnByte(unsigned char byte, VoMsgSequenceDetectorSession& counted) const;
