@@ -20,6 +20,9 @@ void addLimitOptions(CLI::App& app) {
   add("--max-entity-headers", &VoMsgSetMaxEntityHeaders, "Header fields per block, 0: no limit");
   add("--max-header-address", &VoMsgSetMaxHeaderAddress, "Addresses per address field, 0: no limit");
   add("--max-header-params", &VoMsgSetMaxHeaderParams, "Parameters per field, 0: no limit");
+  VoMsgSetMaxDecodedSize(1ull << 30);
+  add("--max-decoded-size", &VoMsgSetMaxDecodedSize,
+      "Bytes that the decoded content of a message may come to, 0: no limit [1073741824]");
   add(
       "--max-extract-level", +[](int level) { VoMsgMailMessage::mMaxExtractLevel = level; },
       "Deepest nesting level that is still opened");

@@ -22,8 +22,8 @@
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgRangeResource.h"
-#include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
 namespace vomsg::detail {
@@ -89,8 +89,7 @@ std::unique_ptr<VoMsgResourceLocator> decodedBody(TransferEncoding encoding, Mes
   }
   VoMsgBufferedReader* const reader = source.openReader();
   if (!reader || !moveTo(*reader, offset)) return nullptr;
-  std::unique_ptr<VoMsgResourceLocator> text(
-      VoMsgResourceManager::createTmpResource(decodedRoom(encoding, *reader, size)));
+  std::unique_ptr<VoMsgResourceLocator> text = decodedResource(decodedRoom(encoding, *reader, size));
   if (!text) return nullptr;
   if (encoding != TransferEncoding::quotedPrintable)
     return voFailed(decodeTransfer(encoding, *text, *reader, size)) ? nullptr : std::move(text);
@@ -137,8 +136,7 @@ void readNestedMessages(VoMsgMultiEmbededEntity& whole, const MessagePlace& plac
     const auto& block = dynamic_cast<VoMsgEmbededEntity&>(*piece);
     if (voFailed(block.readName(name)) || !isEmlName(name)) continue;
     const unsigned room = viewOf(block.getEncoding()) == "mac-binhex40" ? block.getContentSize() : 0;
-    std::unique_ptr<VoMsgResourceLocator> content(
-        VoMsgResourceManager::createTmpResource(std::max(block.getBodySize(), room)));
+    std::unique_ptr<VoMsgResourceLocator> content = decodedResource(std::max(block.getBodySize(), room));
     int err = 0;
     if (!content || !piece->_getContent(err, content.get()) || content->getSize(VoMsgResourceLocator::dataPart) == 0)
       continue;

@@ -18,6 +18,7 @@
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLineWalk.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
@@ -215,9 +216,12 @@ VoErrorCode VoMsgEmbededEntity::fetch(bool decode, std::unique_ptr<VoMsgResource
     if (size == 0) return kVoNoContent;
     const TransferEncoding encoding = decode ? transferEncodingFor(mPiece.kind) : TransferEncoding::identity;
     // A caller who passes a target expects its name to be set, as the decoders of these formats do.
-    if (resource) return decodeTransfer(encoding, const_cast<VoMsgResourceLocator&>(*resource), reader, size);
+    if (resource) {
+      const CountedTarget counted(*resource);
+      return decodeTransfer(encoding, counted.target(), reader, size);
+    }
     if (!kept) {
-      std::unique_ptr<VoMsgResourceLocator> made = temporaryResource(decodedRoom(encoding, reader, size));
+      std::unique_ptr<VoMsgResourceLocator> made = decodedResource(decodedRoom(encoding, reader, size));
       if (!made) return kVoWriteFailed;
       const VoErrorCode code = decodeTransfer(encoding, *made, reader, size);
       if (voFailed(code)) return code;

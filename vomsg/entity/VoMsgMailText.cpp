@@ -5,6 +5,7 @@
 #include "vomsg/charset/convert/VoCharsetName.h"
 #include "vomsg/charset/convert/VoMsgTextConversion.h"
 #include "vomsg/foundation/VoMsgAscii.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgTextTransfer.h"
 
 namespace vomsg::detail {
@@ -42,7 +43,8 @@ class MailTextSink final : public TextSink {
 bool isOfStages(VoErrorCode code) { return voFailed(code) && code != kVoReadFailed && code != kVoWriteFailed; }
 
 VoErrorCode transferTo(const VoMsgResourceLocator& target, const VoMsgResourceLocator& content, TextStage* stage) {
-  ResourceSink sink(target);
+  const CountedTarget counted(target);
+  ResourceSink sink(counted.target());
   const VoErrorCode code = transferText(content, {stage}, sink);
   return voFailed(code) || sink.finish() ? code : kVoWriteFailed;
 }

@@ -21,11 +21,11 @@
 #include "vomsg/entity/VoMsgTreeAccess.h"
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgOptions.h"
 #include "vomsg/foundation/VoMsgRangeResource.h"
-#include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
 namespace vomsg::detail {
@@ -435,8 +435,7 @@ VoErrorCode MessageParser::_parseRfc822Message(VoMsgRfc822Entity& entity) {
   } else {
     const PositionKeeper keeper(mReader);
     if (!moveTo(mReader, layoutOf(entity).bodyOffset)) return kVoReadFailed;
-    content.reset(
-        VoMsgResourceManager::createTmpResource(decodedRoom(mPlan.encoding, mReader, layoutOf(entity).bodySize)));
+    content = decodedResource(decodedRoom(mPlan.encoding, mReader, layoutOf(entity).bodySize));
     if (!content) return kVoWriteFailed;
     const VoErrorCode code = decodeTransfer(mPlan.encoding, *content, mReader, layoutOf(entity).bodySize);
     if (voFailed(code)) return endsReading(code);

@@ -8,6 +8,7 @@
 
 #include "vomsg/entity/VoMsgEntityInside.h"
 #include "vomsg/entity/VoMsgRfc822Message.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 
@@ -20,6 +21,7 @@ constexpr std::size_t kOpenSources = 24;  // enough for whatever the default lev
 }  // namespace
 
 VoErrorCode MessageReading::run(VoMsgRfc822Message& root, VoMsgResourceLocator* source, const MessagePlace& place) {
+  const DecodedScope scope(DecodedBudget::forMessage());  // one for all that is inside
   VoErrorCode code = enter(root, source, place);
   while (!mFrames.empty()) {
     MessageParser& parser = mFrames.back()->parser;

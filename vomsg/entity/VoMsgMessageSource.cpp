@@ -29,7 +29,7 @@ MessageSource::MessageSource(const VoObjectStub<VoMsgResourceLocator>& resource,
     : mResource(resource), mOptions(options) {}
 
 MessageSource::MessageSource(const MessageSource& other)
-    : mResource(other.mResource), mState(other.mState), mOptions(other.mOptions) {
+    : mResource(other.mResource), mState(other.mState), mOptions(other.mOptions), mpBudget(other.mpBudget) {
   if (mState.kind == ResourceState::Kind::file) slotOf(mState).fetch_add(1, std::memory_order_relaxed);
 }
 
@@ -92,7 +92,8 @@ std::string_view MessageSource::lineEnd() {
   return mLineEnd;
 }
 
-OpenSource::OpenSource(MessageSource* source) : mpSource(source) {
+OpenSource::OpenSource(MessageSource* source)
+    : mpSource(source), mScope(source ? source->budget() : std::shared_ptr<DecodedBudget>()) {
   if (!source) return;
   mWasOpen = source->isOpen();
   mpReader = source->openReader();

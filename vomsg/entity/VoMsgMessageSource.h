@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "vomsg/foundation/VoMsgBufferedReader.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgResourceLocator.h"
 #include "vomsg/foundation/VoMsgResourceState.h"
 #include "vomsg/foundation/VoObjectStub.h"
@@ -21,6 +22,8 @@ class MessageSource {
   ~MessageSource();
 
   int options() const { return mOptions; }
+  // What is decoded of the message counts there; null without a limit. Shared with the message around this one.
+  const std::shared_ptr<DecodedBudget>& budget() const { return mpBudget; }
   VoMsgResourceLocator* resource() const { return mResource.getObject(); }
   const VoObjectStub<VoMsgResourceLocator>& sharedResource() const { return mResource; }
   // The opened reader; borrowed until it is closed. Null when the resource cannot be read.
@@ -45,10 +48,12 @@ class MessageSource {
   ResourceState mState;  // unknown before the first opening, and for a range, which knows that of its whole
   int mOptions;
   std::string_view mLineEnd;  // empty until asked for
+  const std::shared_ptr<DecodedBudget> mpBudget = DecodedBudget::forMessage();
   std::unique_ptr<VoMsgBufferedReader> mpReader;
 };
 
-// Keeps the reader open while it lives; closes it at the end when it was closed before.
+// Keeps the reader open while it lives; closes it at the end when it was closed before. What is decoded meanwhile
+// counts for the message.
 class OpenSource {
  public:
   explicit OpenSource(MessageSource* source);
@@ -63,6 +68,7 @@ class OpenSource {
   MessageSource* mpSource;
   VoMsgBufferedReader* mpReader = nullptr;
   bool mWasOpen = false;
+  const DecodedScope mScope;
 };
 
 // Whether an open reader has 2^31 bytes or more before it: offsets of bodies are signed.

@@ -22,6 +22,7 @@
 #include "vomsg/foundation/VoMsgBoundaryTable.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMemoryResource.h"
@@ -177,6 +178,8 @@ const VoMsgResourceLocator* VoMsgRfc822Entity::_getTextContent(int& err, const V
       result = kept;
       return kVoSuccess;
     }
+    const MessageSource* const source = mMessageSource.getObject();
+    const DecodedScope scope(source ? source->budget() : nullptr);
     std::unique_ptr<VoMsgResourceLocator> converted;
     const VoErrorCode made = convertBody(*content, charset, isWanted ? from.name.c_str() : nullptr, target, converted);
     if (voFailed(made)) return made;

@@ -4,9 +4,9 @@
 #include "vomsg/entity/VoMsgMessageSource.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgRangeResource.h"
-#include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 #include "vomsg/foundation/VoMsgStreamCopy.h"
 
@@ -61,9 +61,8 @@ VoErrorCode VoMsgSingleBody::fetch(VoMsgBufferedReader* reader, const MessageSou
   }
   return withEncodedBytes(reader, [&](VoMsgBufferedReader& source, std::uint32_t length) {
     if (resource) {
-      // Streams and names of a resource are reached through its constant interface; only the name of what a
-      // uuencode or BinHex block holds is set on it, which the caller who passed it as a target expects.
-      return decodeTransfer(encoding, const_cast<VoMsgResourceLocator&>(*resource), source, length);
+      const CountedTarget counted(*resource);
+      return decodeTransfer(encoding, counted.target(), source, length);
     }
     if (whole && !mpNewContent && encoding == TransferEncoding::identity) {
       if (std::uint64_t{length} > source.getSize() - std::uint64_t{source.getOffset()}) return kVoReadFailed;
@@ -72,8 +71,7 @@ VoErrorCode VoMsgSingleBody::fetch(VoMsgBufferedReader* reader, const MessageSou
       resource = kept.get();
       return kVoSuccess;
     }
-    std::unique_ptr<VoMsgResourceLocator> target(
-        VoMsgResourceManager::createTmpResource(decodedRoom(encoding, source, length)));
+    std::unique_ptr<VoMsgResourceLocator> target = decodedResource(decodedRoom(encoding, source, length));
     if (!target) return kVoWriteFailed;
     const VoErrorCode code = decodeTransfer(encoding, *target, source, length);
     if (voFailed(code)) return code;

@@ -8,6 +8,10 @@ VOMSG_API extern int MaxHeaderAddress;       // addresses per From, To, Cc or Bc
 VOMSG_API extern int MaxHeaderParams;        // parameters per field; exactly this many fail already; <= 0: no limit
 VOMSG_API extern bool NoMaxAddressForChild;  // no address limit below the top level
 VOMSG_API extern int VoMsgExtraOption;       // the bits below
+// The most decoded and converted bytes that a message, with all that is inside it, keeps or is producing; 0: no limit.
+// What would be more fails with kVoWriteFailed, and ends the reading where the message cannot be looked into without
+// it. Bytes that are kept already are handed out for nothing. It holds for messages that are read from then on.
+VOMSG_API extern unsigned long long MaxDecodedSize;
 
 // Mask values of VoMsgExtraOption.
 inline constexpr int kVoOptionEncodeDot = 1;            // quoted-printable writes "." as "=2E"
@@ -28,6 +32,7 @@ VOMSG_API void VoMsgSetMaxEntityHeaders(int limit);
 VOMSG_API void VoMsgSetMaxHeaderAddress(int limit);
 VOMSG_API void VoMsgSetMaxHeaderParams(int limit);
 VOMSG_API void VoMsgSetNoMaxAddressForChild(bool noLimit);
+VOMSG_API void VoMsgSetMaxDecodedSize(unsigned long long bytes);
 // ORs `bits` into VoMsgExtraOption; bits are never cleared.
 VOMSG_API void VoMsgSetExtraOption(int bits);
 // Sets kVoOptionEncodeDot when the lowest bit of `flag` is set; does nothing otherwise.

@@ -5,7 +5,7 @@
 #include "vomsg/charset/convert/VoMsgTextStage.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
-#include "vomsg/foundation/VoMsgResourceBytes.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgResourceManager.h"
 #include "vomsg/foundation/VoMsgStreamAccess.h"
 
@@ -16,7 +16,7 @@ namespace {
 constexpr VoMsgResourceLocator::VoMsgResourceDataType kData = VoMsgResourceLocator::dataPart;
 constexpr std::size_t kPiece = 16384;
 // A text up to this size is collected and gets a resource of its exact size.
-constexpr std::size_t kShortText = std::size_t{1} << 19;
+constexpr std::size_t kShortText = std::size_t{1} << 18;
 // No charset of mail needs more than three bytes for what another says in one, escape sequences aside.
 constexpr std::uint64_t kGrowth = 3;
 
@@ -87,7 +87,7 @@ TemporarySink::TemporarySink(std::uint64_t sourceSize) : mSourceSize(sourceSize)
 TemporarySink::~TemporarySink() = default;
 
 bool TemporarySink::spill(std::uint64_t size) {
-  mpResource = temporaryResource(size);
+  mpResource = decodedResource(size);
   if (mpResource) mpWriter.reset(mpResource->getOutputStream(kData));
   const bool isWritten = mpWriter && WriterAccess::writeThrough(*mpWriter, mShort.data(), mShort.size());
   mShort = std::string();
@@ -97,6 +97,8 @@ bool TemporarySink::spill(std::uint64_t size) {
 bool TemporarySink::put(std::string_view piece) {
   if (!mpWriter) {
     if (mShort.size() + piece.size() <= kShortText) {
+      const std::size_t size = mShort.size() + piece.size();
+      if (size > mShort.capacity()) mShort.reserve(std::min(2 * size, kShortText));
       mShort.append(piece);
       return true;
     }

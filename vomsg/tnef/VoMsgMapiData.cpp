@@ -7,6 +7,7 @@
 
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgDump.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
@@ -181,7 +182,7 @@ VoErrorCode VoMsgMapiData::_getContent(VoMsgBufferedReader* source, const VoMsgR
 
     std::unique_ptr<VoMsgResourceLocator> made;
     if (!target) {
-      made = temporaryResource(isHere ? mMapiDataSize : valueContentSize(*source, mOffset, kind));
+      made = decodedResource(isHere ? mMapiDataSize : valueContentSize(*source, mOffset, kind));
       if (!made) return kVoWriteFailed;
     }
     const VoMsgResourceLocator& into = target ? *target : *made;

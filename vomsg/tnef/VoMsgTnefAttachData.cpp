@@ -2,6 +2,7 @@
 
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgResourceBytes.h"
@@ -78,7 +79,7 @@ VoErrorCode VoMsgTnefAttachData::_getContent(VoMsgBufferedReader* source, const 
     }
     if (mpData) {
       if (target) return writeBytes(*target, mpData.get(), mLen);
-      contentResource = temporaryResource(mLen);
+      contentResource = decodedResource(mLen);
       if (!contentResource) return kVoWriteFailed;
       const VoErrorCode code = writeBytes(*contentResource, mpData.get(), mLen);
       if (voFailed(code)) return code;
@@ -90,7 +91,7 @@ VoErrorCode VoMsgTnefAttachData::_getContent(VoMsgBufferedReader* source, const 
     const OpenReader opened(source);
     if (!opened.isOpen() || !seekSourceToBodyPart(source)) return kVoReadFailed;
     if (target) return _copyBodyFromSource(target, source, mLen);
-    std::unique_ptr<VoMsgResourceLocator> fetched = temporaryResource(mLen);
+    std::unique_ptr<VoMsgResourceLocator> fetched = decodedResource(mLen);
     if (!fetched) return kVoWriteFailed;
     const VoErrorCode code = _copyBodyFromSource(fetched.get(), source, mLen);
     if (voFailed(code)) return code;

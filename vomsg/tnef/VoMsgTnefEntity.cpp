@@ -11,6 +11,7 @@
 #include "vomsg/foundation/VoMsgAscii.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgMultiString.h"
@@ -256,8 +257,8 @@ VoErrorCode VoMsgTnefEntity::fetchValue(const VoMsgResourceLocator*& target) {
   const OpenSource source(message->mMessageSource.getObject());
   if (!source.reader()) return kVoReadFailed;
   const ValueContent kind = valueContent();
-  if (target) return copyValueContent(*target, *source.reader(), valueOffset(), kind);
-  auto content = temporaryResource(valueContentSize(*source.reader(), valueOffset(), kind));
+  if (target) return copyValueContent(CountedTarget(*target).target(), *source.reader(), valueOffset(), kind);
+  auto content = decodedResource(valueContentSize(*source.reader(), valueOffset(), kind));
   if (!content) return kVoWriteFailed;
   const VoErrorCode code = copyValueContent(*content, *source.reader(), valueOffset(), kind);
   if (voFailed(code)) return code;

@@ -15,6 +15,7 @@
 #include "vomsg/entity/VoMsgTreeSources.h"
 #include "vomsg/foundation/VoMsgBufferedReader.h"
 #include "vomsg/foundation/VoMsgBufferedWriter.h"
+#include "vomsg/foundation/VoMsgDecodedBudget.h"
 #include "vomsg/foundation/VoMsgGuard.h"
 #include "vomsg/foundation/VoMsgLogLine.h"
 #include "vomsg/foundation/VoMsgOptions.h"
@@ -137,7 +138,7 @@ VoErrorCode VoMsgTnefMessage::_parseTnefMessage(VoMsgEntity* entity, const Messa
   if (!entity) return kVoSuccess;
   guarded([&]() -> VoErrorCode {
     const auto* const part = dynamic_cast<const VoMsgRfc822Entity*>(entity);
-    std::unique_ptr<VoMsgResourceLocator> content = temporaryResource(part ? part->getBodySize() : 0);
+    std::unique_ptr<VoMsgResourceLocator> content = decodedResource(part ? part->getBodySize() : 0);
     int code = 0;
     if (!content || !entity->getContent(code, content.get()) || voFailed(code)) return kVoNoContent;
     auto message = std::make_unique<VoMsgTnefMessage>(entity);
