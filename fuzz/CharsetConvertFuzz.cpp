@@ -29,7 +29,9 @@ std::string convert(const char* to, const char* from, std::string text, bool enf
 
 void checkPieces(const char* to, const char* from, std::string text) {
   std::list<char*>* lines = nullptr;
-  if (voFailed(voDivisionConvert(from, to, text, 40, &lines))) return;
+  // HZ takes up to three times the room: who wants encoded words of 75 characters asks for less.
+  const unsigned room = std::strcmp(to, "hz-gb-2312") == 0 ? 16 : 40;
+  if (voFailed(voDivisionConvert(from, to, text, room, &lines))) return;
   for (const char* line : *lines) {
     require(*line != '\0' && std::strlen(line) < 128);
     // An encoded word has 75 characters: these two charsets are written in base64.

@@ -227,7 +227,7 @@ TEST(VoMsgReaderMoves, RangeOfAFileFollowsTheModel) {
   const ScratchDirectory dir;
   const std::string path = dir.write("text", "before" + kText + "behind");
   const VoObjectStub<VoMsgResourceLocator> whole(new VoMsgFileResource(path.c_str(), nullptr, nullptr));
-  const vomsg::detail::RangeResource range(whole, 6, static_cast<std::uint32_t>(kText.size()));
+  const vomsg::detail::RangeResource range(whole, {}, 6, static_cast<std::uint32_t>(kText.size()));
   const std::unique_ptr<VoMsgBufferedReader> reader(range.getInputStream(VoMsgResourceLocator::dataPart));
   ASSERT_TRUE(reader);
   walk(*reader, true);

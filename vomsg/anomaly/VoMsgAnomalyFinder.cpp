@@ -292,7 +292,8 @@ const VoMsgAnomalyList* VoMsgMailMessage::getAnomalies() {
                                                          : nullptr);
     };
     if (!vomsg::detail::AnomalyFinder(*list, open).run(this)) return nullptr;
-    mpAnomalies = std::move(list);
-    return mpAnomalies.get();
+    const VoMsgAnomalyList* const found = list.get();
+    vomsg::detail::keepAnomalies(this, std::move(list));
+    return found;
   });
 }

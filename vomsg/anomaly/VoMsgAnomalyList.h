@@ -1,6 +1,7 @@
 // What VoMsgMailMessage::getAnomalies() hands out.
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "vomsg/anomaly/VoMsgAnomaly.h"
@@ -27,3 +28,9 @@ class VOMSG_API VoMsgAnomalyList {
   unsigned mCountAll = 0;
   VoMsgAnomalyLevel mHighest = kVoAnomalyNote;
 };
+
+namespace vomsg::detail {
+// Keeps the list of a message until the next one, null for none, so that the many messages which nobody asks have no
+// room for one. Any thread may call it.
+void keepAnomalies(const void* message, std::unique_ptr<VoMsgAnomalyList> list);
+}  // namespace vomsg::detail

@@ -15,7 +15,9 @@ VoMsgMailMessage::VoMsgMailMessage(const VoUUID_t* uuid) {
   mUUIDString[0] = '\0';
 }
 
-VoMsgMailMessage::~VoMsgMailMessage() = default;
+VoMsgMailMessage::~VoMsgMailMessage() {
+  if (mCollectsAnomalies) vomsg::detail::keepAnomalies(this, nullptr);
+}
 
 // A nested message is tagged like the message it came in; the text is made when the first line is logged.
 const char* VoMsgMailMessage::_getUUIDString() {

@@ -1,7 +1,7 @@
 // A message: the host's handle on an entity tree and on the resource it was read from.
 #pragma once
 
-#include <memory>
+#include <cstdint>
 
 #include "vomsg/entity/VoMsgEntity.h"
 #include "vomsg/foundation/VoObjectStub.h"
@@ -86,5 +86,8 @@ class VOMSG_API VoMsgMailMessage : public virtual VoMsgEntity {
   char mUUIDString[37];
   bool mSourceIsLost = false;       // what was handed over to be read could not be kept, or not be opened
   bool mCollectsAnomalies = false;  // as it was set when reading began
-  std::unique_ptr<VoMsgAnomalyList> mpAnomalies;
+  // What a message in a TNEF stream keeps, here where it fills what the text leaves: there are many of those.
+  bool mHasSignature = false;
+  bool mReadsStreams = false;  // those in its values have been read as messages
+  std::uint32_t mStreamSize = 0;
 };

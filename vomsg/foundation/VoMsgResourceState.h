@@ -23,7 +23,11 @@ struct ResourceState {
   bool isSameFile(const ResourceState& other) const {
     return kind == Kind::file && other.kind == Kind::file && device == other.device && inode == other.inode;
   }
-  bool operator==(const ResourceState&) const = default;
+  bool operator==(const ResourceState& other) const {
+    return kind == other.kind && size == other.size && device == other.device && inode == other.inode &&
+           changedAt == other.changedAt;
+  }
+  bool operator!=(const ResourceState& other) const { return !(*this == other); }
 
   std::uint64_t size = 0;
   std::uint64_t device = 0;

@@ -165,7 +165,7 @@ VoMsgBufferedReader* VoMsgTnefMessage::getContextSource(int& err) {
 void VoMsgTnefMessage::shareSource(const VoMsgTnefMessage& other, std::uint32_t offset, std::uint32_t size) {
   mSource = other.mSource;
   mMessageSource = other.mMessageSource;
-  mStreamOffset = offset;
+  mReserved = offset;
   mStreamSize = size;
 }
 
@@ -191,7 +191,7 @@ std::unique_ptr<VoMsgTnefAttribute> VoMsgTnefMessage::readRecord(std::size_t i, 
 std::unique_ptr<VoMsgTnefBody> VoMsgTnefMessage::readRow(std::uint32_t first, VoMsgBufferedReader& source) const {
   auto body = std::make_unique<VoMsgTnefBody>();
   TnefCursor cursor(source);
-  cursor.setRange(mStreamOffset, mStreamOffset + mStreamSize);
+  cursor.setRange(streamOffset(), streamOffset() + mStreamSize);
   cursor.setReadsStreams(mReadsStreams);
   const std::size_t end = mpIndex ? mpIndex->rowEnd(first) : first;
   for (std::size_t i = first; i < end; ++i) {
@@ -281,7 +281,7 @@ VoErrorCode VoMsgTnefMessage::_writeToResource(VoMsgBufferedWriter* writer) {
     return kVoReadFailed;
   }
   return guarded([&]() -> VoErrorCode {
-    if (!isModified()) return copyRange(*source.reader(), *writer, mStreamOffset, mStreamSize);
+    if (!isModified()) return copyRange(*source.reader(), *writer, streamOffset(), mStreamSize);
     const VoErrorCode code = NestedStreams(*source.reader()).install(*this);
     return voFailed(code) ? code : writeStream(*writer, *source.reader());
   });
@@ -296,7 +296,7 @@ VoErrorCode VoMsgTnefMessage::writeStream(VoMsgBufferedWriter& writer, VoMsgBuff
     if (const auto* const entity = dynamic_cast<VoMsgTnefEntity*>(child)) code = writeRow(*entity, writer, source);
   if (voFailed(code)) return code;
   const auto tail = static_cast<std::uint32_t>(mEndPosition);
-  const std::uint32_t end = mStreamOffset + mStreamSize;
+  const std::uint32_t end = streamOffset() + mStreamSize;
   return tail < end ? copyRange(source, writer, tail, end - tail) : kVoSuccess;
 }
 
@@ -410,7 +410,7 @@ VoErrorCode VoMsgTnefMessage::copyStream(const VoMsgTnefMessage& from) {
   mKey = from.mKey;
   mHasSignature = from.mHasSignature;
   mReadsStreams = from.mReadsStreams;
-  mStreamOffset = from.mStreamOffset;
+  mReserved = from.mReserved;
   mStreamSize = from.mStreamSize;
   mEndPosition = from.mEndPosition;
   if (from.mpIndex) mpIndex = std::make_unique<TnefIndex>(*from.mpIndex);

@@ -116,10 +116,8 @@ class VOMSG_API VoMsgTnefMessage : public VoMsgMailMessage, public VoMsgTnefEnti
   VoErrorCode copyTree(VoMsgTnefMessage& from);
 
   std::uint16_t mKey = 0;
-  bool mHasSignature = false;
-  bool mReadsStreams = false;  // those in its values have been read as messages
   VoObjectStub<vomsg::detail::MessageSource> mMessageSource;
   std::unique_ptr<vomsg::detail::TnefIndex> mpIndex;  // null without records
-  std::uint32_t mStreamOffset = 0;
-  std::uint32_t mStreamSize = 0;
+  // mReserved says where the stream begins.
+  std::uint32_t streamOffset() const { return mReserved; }
 };

@@ -39,12 +39,12 @@ VoErrorCode TnefParser::run(VoMsgTnefMessage& message, std::uint32_t limit) {
     mLevels.pop_back();
     if (mLevels.empty()) return code;
     const Level& outer = mLevels.back();
-    mCursor.setRange(outer.message->mStreamOffset, outer.message->mStreamOffset + outer.message->mStreamSize);
+    mCursor.setRange(outer.message->streamOffset(), outer.message->streamOffset() + outer.message->mStreamSize);
   }
 }
 
 VoErrorCode TnefParser::enter(VoMsgTnefMessage& message, unsigned nestingLevel, std::uint32_t limit) {
-  const std::uint32_t start = message.mStreamOffset;
+  const std::uint32_t start = message.streamOffset();
   const std::uint32_t end = start + message.mStreamSize;
   mCursor.setRange(start, end);
   if (mCursor.readInt32() != kVoTnefSignature) return kVoBadFormat;
@@ -153,7 +153,7 @@ void TnefParser::own(Level& level, bool isBroken) {
 VoErrorCode VoMsgTnefEntity::_readNestedMessage(VoMsgBufferedReader& source, const vomsg::detail::MapiValueHead& head) {
   auto nested = std::make_unique<VoMsgTnefMessage>(this);
   if (const VoMsgTnefMessage* const message = enclosingMessage()) nested->shareSource(*message, 0, 0);
-  nested->mStreamOffset = head.dataOffset + vomsg::detail::kInterfaceIdBytes;
+  nested->mReserved = head.dataOffset + vomsg::detail::kInterfaceIdBytes;
   nested->mStreamSize = head.length - vomsg::detail::kInterfaceIdBytes;
   VoMsgTnefMessage& message = *nested;
   _appendChild(nested.release());
