@@ -1,4 +1,4 @@
-# The API reference, made by Doxygen from the public headers and the documents; a warning is an error.
+# The API reference, made by Doxygen from the public headers and the documents.
 find_package(Doxygen 1.9 REQUIRED)
 set(VOMSG_DOC_INPUT "")
 foreach(header IN LISTS VOMSG_PUBLIC_HEADERS)
