@@ -29,13 +29,18 @@ bool RangeReader::isOpen() { return mIsOpen; }
 
 unsigned RangeReader::getOffset() { return mBuffered - static_cast<unsigned>(mpEnd - mpCurrent); }
 
-bool RangeReader::seek(long delta) { return moveTo(std::int64_t{getOffset()} + delta); }
+bool RangeReader::seek(long delta) {
+  std::int64_t target = 0;
+  return !__builtin_add_overflow(std::int64_t{getOffset()}, std::int64_t{delta}, &target) && moveTo(target);
+}
 
 long RangeReader::rseek(long offset, int whence) {
   if (whence < 0 || whence > 2) return static_cast<long>(getOffset());
   if ((whence == 0 && offset < 0) || (whence == 2 && offset > 0)) return -1;
   const std::int64_t base = whence == 0 ? 0 : whence == 1 ? std::int64_t{getOffset()} : std::int64_t{mSize};
-  return moveTo(base + offset) ? static_cast<long>(getOffset()) : -1;
+  std::int64_t target = 0;
+  if (__builtin_add_overflow(base, std::int64_t{offset}, &target)) return -1;
+  return moveTo(target) ? static_cast<long>(getOffset()) : -1;
 }
 
 bool RangeReader::ungetChar() { return seek(-1); }
