@@ -31,6 +31,9 @@ class NoDescriptors {
 };
 
 TEST(HeaderAccess, WithoutDescriptorsNothingIsLost) {
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "the sanitizer opens a pipe to look at an object, and takes none for a broken object";
+#endif
   std::string text = "footer";
   const auto footer = resourceOver(text);
   using Message = VoMsgRfc822Message;
