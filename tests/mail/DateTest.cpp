@@ -48,6 +48,7 @@ TEST(FaceDate, WrittenReadsBack) {
     EXPECT_EQ(again->seconds, date.seconds) << text;
     EXPECT_EQ(again->offset, date.offset) << text;
     const auto shifted = static_cast<std::time_t>(date.seconds + date.offset * 60);
+    if (shifted != date.seconds + date.offset * 60) continue;  // the C library's clock ends in 2038 in 32 bits
     std::tm fields{};
     if (gmtime_r(&shifted, &fields) == nullptr) continue;
     char want[64];
