@@ -65,9 +65,9 @@ bool receiveItem(int fd, Item& item) {
   if (isWhole) {
     item.exit = static_cast<int>(frame.exit);
     item.bytesBefore = frame.bytesBefore;
-    item.name.resize(frame.nameSize);
-    item.out.resize(frame.outSize);
-    item.err.resize(frame.errSize);
+    item.name.resize(static_cast<std::size_t>(frame.nameSize));
+    item.out.resize(static_cast<std::size_t>(frame.outSize));
+    item.err.resize(static_cast<std::size_t>(frame.errSize));
     isWhole = readAll(fd, item.name.data(), item.name.size()) && readAll(fd, item.out.data(), item.out.size()) &&
               readAll(fd, item.err.data(), item.err.size());
   }
