@@ -188,7 +188,7 @@ void AnomalyFinder::examineMultipart(VoMsgRfc822Entity& entity, Level& level) {
   else if (!isClosed)
     mSink.add(kVoAnomalyMultipartUnclosed, end, 0);
   const VoMsgEntity* const above = entity.getParentEntity();
-  if (isSigned && above && above->isMultipartEntity() && above->countChildEntity() > 1)
+  if (isSigned && above && above->isMultipartEntity() && above->getChildEntity()->getNextSiblingEntity())
     mSink.add(kVoAnomalyBesideSignature, header, entity.getHeaderSize());
 }
 

@@ -76,11 +76,17 @@ GivenName givenName(const RawField& field, std::string_view parameter) {
 
 // The text of a raw name that stands outside of its encoded words, when there are such words.
 std::string outsideWords(std::string_view raw) {
+  constexpr std::size_t kMaxName = 4096;  // a word that never ends is searched from each beginning
+  raw = raw.substr(0, kMaxName);
   std::string text;
   bool hasWord = false;
   for (std::size_t at = 0; at < raw.size();) {
-    const std::size_t end =
-        raw.substr(at, 2) == "=?" ? raw.find("?=", raw.find('?', raw.find('?', at + 2) + 1) + 1) : raw.npos;
+    std::size_t end = raw.npos;
+    if (raw.substr(at, 2) == "=?") {
+      const std::size_t charset = raw.find('?', at + 2);
+      const std::size_t encoding = charset == raw.npos ? charset : raw.find('?', charset + 1);
+      if (encoding != raw.npos) end = raw.find("?=", encoding + 1);
+    }
     if (end == raw.npos) {
       text += raw[at++];
     } else {
